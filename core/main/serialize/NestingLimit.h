@@ -1,0 +1,11 @@
+#pragma once
+
+namespace lum::core {
+
+// How many levels what is read from outside may nest: the types in a type's text, the types and the
+// values of the binary form. Each level costs the reader a stack frame, so without a limit a short
+// hostile input would overflow the stack; real data has a handful of levels. A read at the limit
+// fits a stack of 256 KiB.
+inline constexpr unsigned int kMaxNestingLevels = 256;
+
+}  // namespace lum::core

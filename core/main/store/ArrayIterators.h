@@ -1,0 +1,67 @@
+#pragma once
+
+#include <memory>
+#include <typeinfo>
+
+#include "lum/core/Check.h"
+#include "lum/core/store/ArrayCursor.h"
+#include "lum/core/store/IUniformCollection.h"
+#include "lum/core/store/ValueFactory.h"
+#include "lum/core/store/ValueUtil.h"
+
+namespace lum::core {
+
+/// A walk over the boxed elements of an array. Places compare by position alone.
+template <typename T>
+class ArrayStoreValueIterator final : public IStoreValueIterator {
+public:
+    /// `cursor` stands at the first element; the iterator at `position`.
+    ArrayStoreValueIterator(const Type* elementType, const ArrayCursor<T>& cursor,
+                            lumsize_t position)
+        : m_elementType(elementType), m_cursor(cursor), m_pos(position), m_size(cursor.GetSize()) {}
+
+    std::unique_ptr<IStoreValueIterator> Clone() const override {
+        return std::make_unique<ArrayStoreValueIterator>(*this);
+    }
+    bool operator!=(const std::unique_ptr<IStoreValueIterator>& other) const override {
+        return other != nullptr && typeid(*other) == typeid(*this) &&
+               static_cast<const ArrayStoreValueIterator&>(*other).m_pos != m_pos;
+    }
+    void Advance() override {
+        LUM_CHECK(m_pos < m_size, LumError::IteratorOutOfBounds);
+        ++m_pos;
+        ++m_cursor;
+    }
+    SV Dereference() const override {
+        LUM_CHECK(m_pos < m_size, LumError::IteratorOutOfBounds);
+        const SpecialKind kind = m_cursor.GetSpecialKind();
+        return kind != SpecialKind::Normal
+                   ? factory::MakeSpecial(m_elementType, kind)
+                   : MakeStoreValueFromStorageType<T>(m_elementType, *m_cursor);
+    }
+
+private:
+    const Type* m_elementType;
+    ArrayCursor<T> m_cursor;  // At m_pos, but for the end.
+    lumsize_t m_pos;
+    lumsize_t m_size;
+};
+
+/// The two ends of a walk over an array.
+template <typename T>
+class ArrayStoreValueIterable final : public IUniformCollection::StoreValueIterable {
+public:
+    ArrayStoreValueIterable(const Type* elementType, const ArrayCursor<T>& cursor)
+        : m_begin(std::make_unique<ArrayStoreValueIterator<T>>(elementType, cursor, 0)),
+          m_end(std::make_unique<ArrayStoreValueIterator<T>>(elementType, cursor,
+                                                             cursor.GetSize())) {}
+
+    const std::unique_ptr<IStoreValueIterator>& begin() const override { return m_begin; }
+    const std::unique_ptr<IStoreValueIterator>& end() const override { return m_end; }
+
+private:
+    std::unique_ptr<IStoreValueIterator> m_begin;
+    std::unique_ptr<IStoreValueIterator> m_end;
+};
+
+}  // namespace lum::core

@@ -1,0 +1,134 @@
+#include <utility>
+
+#include "core/main/store/ValueKeyMap.h"
+#include "lum/core/Check.h"
+#include "lum/core/store/IDataStore.h"
+#include "lum/core/store/KeyMapFactory.h"
+#include "lum/core/types/TypeUtil.h"
+
+namespace lum::core {
+namespace {
+
+class DataStore final : public IDataStore {
+public:
+    explicit DataStore(std::shared_ptr<ValueKeyMap> root) : m_root(std::move(root)) {}
+
+    SV GetValue(const KeyPath& path) const override {
+        SV cursor = m_root;
+        for (const KeySegment& segment : path.GetSegments()) {
+            CheckCollection(*cursor, path);
+            cursor = cursor->AsCollection().GetValue(segment.GetSegment());
+        }
+        return cursor;
+    }
+
+    SV TryGetValue(const KeyPath& path) const override {
+        SV cursor = m_root;
+        for (const KeySegment& segment : path.GetSegments()) {
+            // A special value has no members, whatever its type.
+            if (!IsCollectionStoreType(cursor) || cursor->IsSpecial()) {
+                return nullptr;
+            }
+            cursor = cursor->AsCollection().TryGetValue(segment.GetSegment());
+            if (cursor == nullptr) {
+                return nullptr;
+            }
+        }
+        return cursor;
+    }
+
+    void AddValue(const KeyPath& path, SV value) override {
+        const SV parent = WalkToParent(path);
+        IStoreMutableCollection& container = GetContainer(parent, path);
+        const RInternString& key = path.GetLeaf();
+        if (container.HasKey(key)) {
+            LUM_FAIL(LumError::ValueAlreadySet, path.ToString());
+        }
+        container.AddValue(key, value);
+    }
+
+    void UpdateValue(const KeyPath& path, SV value) override {
+        const SV parent = WalkToParent(path);
+        IStoreMutableCollection& container = GetContainer(parent, path);
+        const RInternString& key = path.GetLeaf();
+        if (!container.HasKey(key)) {
+            LUM_FAIL(LumError::ValueNotYetComputed, path.ToString());
+        }
+        container.UpdateValue(key, value);
+    }
+
+    void SetValue(const KeyPath& path, SV value) override {
+        const SV parent = WalkToParent(path);
+        GetContainer(parent, path).SetValue(path.GetLeaf(), value);
+    }
+
+    std::shared_ptr<IStoreKeyMap> GetRootKeyMap() const override { return m_root; }
+
+    std::shared_ptr<ValueKeyMap> ReleaseRoot() override {
+        return std::exchange(m_root, std::make_shared<ValueKeyMap>(nullptr));
+    }
+
+    std::unique_ptr<IDataStore> Clone() const override {
+        return factory::MakeDataStore(SV(m_root->Clone()));
+    }
+
+private:
+    static void CheckCollection(const StoreValue& value, const KeyPath& path) {
+        if (!IsCollectionStoreType(value.GetStoreType())) {
+            LUM_FAIL(LumError::NotStringAccessible, path.ToString());
+        }
+    }
+
+    static IStoreMutableCollection& GetContainer(const SV& value, const KeyPath& path) {
+        CheckCollection(*value, path);
+        return value->AsMutableCollection();
+    }
+
+    /// The value that the last segment names a member of. Key maps that are missing on the way are
+    /// made, and stay if the write then fails.
+    SV WalkToParent(const KeyPath& path) const {
+        const KeyPath parent = path.GetParent();
+        SV cursor = m_root;
+        // A parent that ends in an empty name counts as empty: the value then lands in the root.
+        if (!parent.IsEmpty()) {
+            for (const KeySegment& segment : parent.GetSegments()) {
+                IStoreMutableCollection& container = GetContainer(cursor, path);
+                SV next = container.TryGetValue(segment.GetSegment());
+                if (next == nullptr) {
+                    next = std::make_shared<ValueKeyMap>(nullptr);
+                    container.AddValue(segment.GetSegment(), next);
+                }
+                cursor = std::move(next);
+            }
+        }
+        return cursor;
+    }
+
+    std::shared_ptr<ValueKeyMap> m_root;  // Never null.
+};
+
+}  // namespace
+
+IDataStore::~IDataStore() = default;
+
+std::unique_ptr<IDataStore> factory::MakeDataStore(std::unordered_map<RInternString, SV>&& values) {
+    return MakeDataStore(MakeKeyMap(std::move(values)));
+}
+
+std::unique_ptr<IDataStore> factory::MakeDataStore(
+    std::unique_ptr<std::unordered_map<RInternString, SV>> values) {
+    return MakeDataStore(MakeKeyMap(std::move(values)));
+}
+
+std::unique_ptr<IDataStore> factory::MakeDataStore(SV root) {
+    if (root == nullptr) {
+        LUM_FAIL(LumError::ExpectedKeyMap);
+    }
+    auto keyMap = std::dynamic_pointer_cast<ValueKeyMap>(root);
+    if (keyMap == nullptr) {
+        LUM_FAIL(LumError::ExpectedKeyMap, StoreTypeToString(root->GetStoreType()));
+    }
+    return std::make_unique<DataStore>(std::move(keyMap));
+}
+
+}  // namespace lum::core

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "lum/core/store/IStoreCollection.h"
+#include "lum/core/store/IStoreKeyMap.h"
+
+namespace lum::core {
+
+// IStoreCollection::GetValue and IStoreDictionary::GetValue of a name differ in their result alone,
+// so one class cannot override both. The two bridges give them names of their own. The two fail
+// differently, on purpose, where there is no such name. A call on the concrete class is ambiguous:
+// library code goes through AsCollection() and AsKeyMap().
+
+/// `Base`: IStoreCollection or IStoreMutableCollection.
+template <typename Base>
+class NamedCollectionBridge : public Base {
+public:
+    SV GetValue(const RInternString& key) const final { return GetMember(key); }
+
+protected:
+    virtual SV GetMember(const RInternString& key) const = 0;
+};
+
+class KeyMapBridge : public IStoreKeyMap {
+public:
+    const SV& GetValue(const RInternString& key) const final { return GetEntry(key); }
+
+protected:
+    virtual const SV& GetEntry(const RInternString& key) const = 0;
+};
+
+}  // namespace lum::core

@@ -1,0 +1,496 @@
+#pragma once
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+
+#include "core/main/store/ColumnGather.h"
+#include "core/main/store/TemporaryRawDataAccess.h"
+#include "core/main/store/ValueArray.h"
+#include "core/main/store/ValueSet.h"
+#include "core/main/utility/Parser.h"
+#include "lum/core/store/ArrayFactory.h"
+#include "lum/core/store/SetFactory.h"
+
+namespace lum::core {
+
+template <StorageType T>
+ValueArray<T>::ValueArray(const CollectionType* type, PackagedArrayView<T> values,
+                          PackagedArrayView<SpecialKind> specials,
+                          PackagedArrayView<unsigned> indices, SortSpecOrder order)
+    : m_type(type),
+      m_values(std::move(values)),
+      m_specials(std::move(specials)),
+      m_indices(std::move(indices)),
+      m_count(m_indices.IsNull() ? m_values.GetSize() : m_indices.GetSize()),
+      m_order(order) {
+    LUM_CHECK_NOT_NULL(m_type, LumError::NullArgument);
+    LUM_CHECK_NOT(m_values.IsNull(), LumError::NullArray);
+    if constexpr (!std::is_same_v<T, SV>) {
+        using StorageT = T;
+        LUM_CHECK(StorageTypeTraits<StorageT>::IsMatchingType(m_type->GetElementType()),
+                  LumError::TypeMismatchExpected);
+    }
+    if (m_specials.IsNull()) {
+        return;
+    }
+    LUM_CHECK_NOT(IsCollectionStoreType(m_type->GetElementType()->GetStoreType()),
+                  LumError::NestedCollectionSpecials);
+    LUM_CHECK(m_specials.GetSize() == m_values.GetSize(), LumError::SpecialsSizeMismatch);
+}
+
+template <StorageType T>
+ValueArray<T>::ValueArray(const ValueArray& other)
+    : StoreValue(other),
+      IStoreCollection(other),
+      ITypedArray<T>(other),
+      m_type(other.m_type),
+      m_values(other.m_values),
+      m_specials(other.m_specials),
+      m_indices(other.m_indices),
+      m_count(other.m_count),
+      m_order(SortSpecOrder::UNKNOWN),
+      m_indexRange(other.m_indexRange.load(std::memory_order_relaxed)) {}
+
+template <StorageType T>
+std::unique_ptr<StoreValue> ValueArray<T>::Clone() const {
+    return std::make_unique<ValueArray>(*this);
+}
+
+template <StorageType T>
+SV ValueArray<T>::GetValue(const RInternString& key) const {
+    const auto index = static_cast<lumsize_t>(ReadInt32(key.GetValue()));
+    return MakeStoreValueFromStorageType<T>(GetElementType(), GetValue(index));
+}
+
+template <StorageType T>
+SV ValueArray<T>::TryGetValue(const RInternString& key) const {
+    const std::optional<int> number = TryReadInt32(key.GetValue());
+    if (!number.has_value() || static_cast<lumsize_t>(*number) >= m_count) {
+        return nullptr;
+    }
+    const lumsize_t stored = GetStoredIndex(static_cast<lumsize_t>(*number));
+    return stored < m_values.GetSize()
+               ? MakeStoreValueFromStorageType<T>(GetElementType(), m_values[stored])
+               : nullptr;
+}
+
+template <StorageType T>
+bool ValueArray<T>::HasKey(const RInternString& key) const {
+    const std::optional<int> number = TryReadInt32(key.GetValue());
+    return number.has_value() && static_cast<lumsize_t>(*number) < m_count;
+}
+
+template <StorageType T>
+const IUniformCollection::StoreValueIterable& ValueArray<T>::GetStoreValueIterable() const {
+    std::call_once(m_iterableFlag, [this] {
+        m_iterable = std::make_unique<ArrayStoreValueIterable<T>>(GetElementType(),
+                                                                  GetAdapterWithSpecials());
+    });
+    return *m_iterable;
+}
+
+template <StorageType T>
+SV ValueArray<T>::MakeIndexed(PackagedArrayView<unsigned>&& indices, SortSpecOrder order) const {
+    return std::make_shared<ValueArray>(m_type, m_values, m_specials, std::move(indices), order);
+}
+
+template <StorageType T>
+SV ValueArray<T>::WithIndices(std::shared_ptr<const RawData> indices, SortSpecOrder order) const {
+    return MakeIndexed(PackagedArrayView<unsigned>(std::move(indices)), order);
+}
+
+template <StorageType T>
+SV ValueArray<T>::WithIndices(std::vector<unsigned>&& indices, SortSpecOrder order) const {
+    return MakeIndexed(PackagedArrayView<unsigned>(std::move(indices)), order);
+}
+
+template <StorageType T>
+SV ValueArray<T>::ComposeIndices(std::shared_ptr<const RawData> indices,
+                                 SortSpecOrder order) const {
+    if (!HasIndices()) {
+        return WithIndices(std::move(indices), order);
+    }
+    const PackagedArrayView<unsigned> view(std::move(indices));
+    const ArrayView<const unsigned> positions = view.GetView();
+    return WithIndices(GatherColumn(m_indices.GetView(), positions, AllBelow(positions, m_count)),
+                       order);
+}
+
+template <StorageType T>
+SV ValueArray<T>::ComposeIndices(std::vector<unsigned>&& indices, SortSpecOrder order) const {
+    if (HasIndices()) {
+        const ArrayView<const unsigned> positions = indices;
+        GatherColumn(m_indices.GetView(), positions, AllBelow(positions, m_count), indices.data());
+    }
+    return WithIndices(std::move(indices), order);
+}
+
+template <StorageType T>
+SV ValueArray<T>::Materialize() const {
+    if (!HasIndices()) {
+        return std::make_shared<ValueArray>(m_type, m_values, m_specials,
+                                            PackagedArrayView<unsigned>(), m_order);
+    }
+    const bool isInside = AreIndicesInside();
+    PackagedArrayView<T> values(GatherColumn(m_values.GetView(), m_indices.GetView(), isInside));
+    PackagedArrayView<SpecialKind> specials;
+    if (!m_specials.IsNull()) {
+        specials = PackagedArrayView<SpecialKind>(
+            GatherColumn(m_specials.GetView(), m_indices.GetView(), isInside));
+    }
+    return std::make_shared<ValueArray>(m_type, std::move(values), std::move(specials),
+                                        PackagedArrayView<unsigned>(), m_order);
+}
+
+template <StorageType T>
+SV ValueArray<T>::ToSet(bool includeSpecials) const {
+    std::unique_ptr<SetContainer<T>> values = MakeSetContainer<T>(GetElementType(), m_count);
+    auto kinds = std::make_unique<std::unordered_set<SpecialKind>>();
+    const bool takesKinds = includeSpecials && HasSpecialValues();
+    if (HasIndices()) {
+        const bool isInside = AreIndicesInside();
+        WithGathered(m_values.GetView(), m_indices.GetView(), isInside,
+                     [&](auto first, auto last) {
+                         for (; !(first == last); ++first) {
+                             values->insert(*first);
+                         }
+                     });
+        if (takesKinds) {
+            WithGathered(m_specials.GetView(), m_indices.GetView(), isInside,
+                         [&](auto first, auto last) {
+                             for (; !(first == last); ++first) {
+                                 kinds->insert(*first);
+                             }
+                         });
+        }
+    } else {
+        // Placeholders are values here, on purpose.
+        for (const T& value : m_values.GetView()) {
+            values->insert(value);
+        }
+        if (takesKinds) {
+            const ArrayView<const SpecialKind> stored = m_specials.GetView();
+            kinds->insert(stored.begin(), stored.end());
+        }
+    }
+    kinds->erase(SpecialKind::Normal);
+    return factory::MakeSet<T>(GetElementType(), std::move(values), std::move(kinds));
+}
+
+template <StorageType T>
+void ValueArray<T>::CheckRange(lumsize_t startIndex, lumsize_t length) const {
+    LUM_CHECK_TEXT(
+        "((std::numeric_limits<lumsize_t>::max() - startIndex >= length) && "
+        "(startIndex + length <= GetCount()))",
+        std::numeric_limits<lumsize_t>::max() - startIndex >= length &&
+            startIndex + length <= m_count,
+        LumError::OutOfBounds);
+}
+
+template <StorageType T>
+bool ValueArray<T>::AreIndicesInside() const {
+    IndexRange range = m_indexRange.load(std::memory_order_relaxed);
+    if (range == IndexRange::Unknown) {
+        range = AllBelow(m_indices.GetView(), m_values.GetSize()) ? IndexRange::Inside
+                                                                  : IndexRange::NotAllInside;
+        m_indexRange.store(range, std::memory_order_relaxed);
+    }
+    return range == IndexRange::Inside;
+}
+
+template <StorageType T>
+void ValueArray<T>::CopyValues(ArrayView<T> outView, lumsize_t startIndex, lumsize_t length) const {
+    CheckRange(startIndex, length);
+    LUM_CHECK(outView.GetSize() >= length, LumError::OutOfBounds);
+    if (HasIndices()) {
+        GatherColumn(m_values.GetView(), GetIndexRange(startIndex, length), AreIndicesInside(),
+                     outView.GetData());
+    } else {
+        std::copy_n(m_values.GetData() + startIndex, length, outView.GetData());
+    }
+}
+
+template <StorageType T>
+void ValueArray<T>::CopySpecials(ArrayView<SpecialKind> outView, lumsize_t startIndex,
+                                 lumsize_t length) const {
+    CheckRange(startIndex, length);
+    LUM_CHECK(outView.GetSize() >= length, LumError::OutOfBounds);
+    if (m_specials.IsNull()) {
+        std::fill(outView.begin(), outView.end(), SpecialKind::Normal);
+    } else if (HasIndices()) {
+        GatherColumn(m_specials.GetView(), GetIndexRange(startIndex, length), AreIndicesInside(),
+                     outView.GetData());
+    } else {
+        std::copy_n(m_specials.GetData() + startIndex, length, outView.GetData());
+    }
+}
+
+template <StorageType T>
+void ValueArray<T>::CopyToTuples(ArrayView<LumTuple> outView, lumsize_t startIndex,
+                                 lumsize_t length, lumsize_t tupleIndex) const {
+    CheckRange(startIndex, length);
+    const uint64 arrayLength = outView.GetSize();
+    LUM_CHECK(arrayLength <= GetCount(), LumError::OutOfBounds);
+    LUM_CHECK(arrayLength == length, LumError::OutOfBounds);
+    LUM_CHECK_TEXT("(outView[0].GetNthType(tupleIndex) == m_type->GetElementType())",
+                   outView[0].GetNthType(tupleIndex) == m_type->GetElementType(),
+                   LumError::TypeMismatch);
+    // The writes below trust each row's layout, so each row is looked at, before any is written.
+    for (const LumTuple& row : outView) {
+        LUM_CHECK_TEXT("(outView[0].GetNthType(tupleIndex) == m_type->GetElementType())",
+                       row.GetNthType(tupleIndex) == m_type->GetElementType(),
+                       LumError::TypeMismatch);
+    }
+    if constexpr (!std::is_same_v<T, LumTuple>) {
+        const bool isInside = !HasIndices() || AreIndicesInside();
+        if (!isInside) {
+            for (lumsize_t i = 0; i < length; ++i) {
+                CheckedStoredIndex(startIndex + i);
+            }
+        }
+        if (HasSpecialValues()) {
+            for (lumsize_t i = 0; i < length; ++i) {
+                outView.GetData()[i].SetNthSpecialUnsafe(
+                    tupleIndex, m_specials.GetData()[GetStoredIndex(startIndex + i)]);
+            }
+        }
+        for (lumsize_t i = 0; i < length; ++i) {
+            outView.GetData()[i].template SetNthValueUnsafe<T>(
+                tupleIndex, m_values.GetData()[GetStoredIndex(startIndex + i)]);
+        }
+    }
+}
+
+template <StorageType T>
+ConstRawDataView ValueArray<T>::GetValuesView(TemporaryRawData& scratch, lumsize_t startIndex,
+                                              lumsize_t length) const {
+    CheckRange(startIndex, length);
+    if (!HasIndices()) {
+        return {*m_values.GetStorage(), m_values.GetStartIndex() + startIndex, length};
+    }
+    return detail::TemporaryRawDataAccess::Fill(
+        scratch, GatherColumn(m_values.GetView(), GetIndexRange(startIndex, length),
+                              AreIndicesInside()));
+}
+
+template <StorageType T>
+ConstRawDataView ValueArray<T>::GetSpecialsView(TemporaryRawData& scratch, lumsize_t startIndex,
+                                                lumsize_t length) const {
+    CheckRange(startIndex, length);
+    if (HasSpecialValues() && !HasIndices()) {
+        return {*m_specials.GetStorage(), m_specials.GetStartIndex() + startIndex, length};
+    }
+    std::vector<SpecialKind> kinds(length);
+    CopySpecials(kinds, startIndex, length);
+    return detail::TemporaryRawDataAccess::Fill(scratch, std::move(kinds));
+}
+
+template <StorageType T>
+lumsize_t ValueArray<T>::CheckedStoredIndex(lumsize_t index) const {
+    if (m_indices.IsNull()) {
+        LUM_CHECK(static_cast<size_t>(index) < m_values.GetSize(), LumError::OutOfBounds);
+        return index;
+    }
+    LUM_CHECK(static_cast<size_t>(index) < m_indices.GetSize(), LumError::OutOfBounds);
+    const lumsize_t realIndex = m_indices.GetData()[index];
+    LUM_CHECK(static_cast<size_t>(realIndex) < m_values.GetSize(), LumError::OutOfBounds);
+    return realIndex;
+}
+
+template <StorageType T>
+const T& ValueArray<T>::GetValue(lumsize_t index) const {
+    return m_values.GetData()[CheckedStoredIndex(index)];
+}
+
+template <StorageType T>
+const T& ValueArray<T>::GetValueUnchecked(lumsize_t index) const {
+    return m_indices.IsNull() ? m_values.GetData()[index] : m_values[m_indices[index]];
+}
+
+template <StorageType T>
+SpecialKind ValueArray<T>::GetSpecialKind(lumsize_t index) const {
+    const lumsize_t stored = CheckedStoredIndex(index);
+    return m_specials.IsNull() ? SpecialKind::Normal : m_specials.GetData()[stored];
+}
+
+template <StorageType T>
+bool ValueArray<T>::IsSpecial(lumsize_t index) const {
+    return GetSpecialKind(index) != SpecialKind::Normal;
+}
+
+template <StorageType T>
+SV ValueArray<T>::GetElement(lumsize_t index) const {
+    if (HasSpecialValues()) {
+        const SpecialKind kind = GetSpecialKind(index);
+        if (kind != SpecialKind::Normal) {
+            return factory::MakeSpecial(GetElementType(), kind);
+        }
+    }
+    return MakeStoreValueFromStorageType<T>(GetElementType(), GetValue(index));
+}
+
+template <StorageType T>
+SV ValueArray<T>::GetRange(lumsize_t startIndex, lumsize_t length, unsigned step) const {
+    if (step == 0) {
+        LUM_FAIL(LumError::OutOfBounds, L"Illegal range step value");
+    }
+    if (startIndex >= m_count) {
+        startIndex = 0;
+        length = 0;
+    }
+    if (step == 1 && !HasIndices()) {
+        const lumsize_t count = std::min(m_count - startIndex, length);
+        return std::make_shared<ValueArray>(m_type, m_values.GetSlice(startIndex, count),
+                                            m_specials.GetSlice(startIndex, count),
+                                            PackagedArrayView<unsigned>(), m_order);
+    }
+    // A length of 0 wraps round to all that the stride reaches, and so does the position; the loop
+    // appends at most one index for each element of the array.
+    const lumsize_t last = std::min(m_count, length) - 1;
+    std::vector<unsigned> indices;
+    indices.reserve(std::min<uint64>(uint64{last} + 1, (m_count - startIndex) / step + 1));
+    for (lumsize_t index = startIndex; indices.size() <= last && index < m_count; index += step) {
+        indices.push_back(index);
+    }
+    return ComposeIndices(std::move(indices), m_order);
+}
+
+template <StorageType T>
+ArrayCursor<T> ValueArray<T>::GetAdapter() const {
+    return {m_type, m_values.GetView(), nullptr, m_indices.GetData(), m_count};
+}
+
+template <StorageType T>
+ArrayCursor<T> ValueArray<T>::GetAdapterWithSpecials() const {
+    return {m_type, m_values.GetView(), m_specials.GetData(), m_indices.GetData(), m_count};
+}
+
+template <StorageType T>
+ArrayView<const T> ValueArray<T>::GetValues() const {
+    LUM_CHECK_NOT(HasIndices(), LumError::ArrayHasIndices);
+    return m_values.GetView();
+}
+
+template <StorageType T>
+ArrayView<const SpecialKind> ValueArray<T>::GetSpecials() const {
+    LUM_CHECK_NOT(HasIndices(), LumError::ArrayHasIndices);
+    LUM_CHECK(HasSpecialValues(), LumError::ArrayLacksSpecials);
+    return m_specials.GetView();
+}
+
+template <StorageType T>
+ArrayView<const ValueCompositeArrayRange<T>> ValueArray<T>::GetCompositeRanges() const {
+    LUM_FAIL(LumError::NotImplemented);
+}
+
+template <StorageType T>
+bool ValueArray<T>::ElementsEqual(lumsize_t idx1, lumsize_t idx2) const {
+    const SpecialKind kind = GetSpecialKind(idx1);
+    if (kind != GetSpecialKind(idx2)) {
+        return false;
+    }
+    return kind != SpecialKind::Normal ||
+           std::equal_to<T>()(m_values.GetData()[GetStoredIndex(idx1)],
+                              m_values.GetData()[GetStoredIndex(idx2)]);
+}
+
+template <StorageType T>
+lumsize_t ValueArray<T>::FindRunEnd(lumsize_t startIndex) const {
+    LUM_CHECK(startIndex < m_count, LumError::OutOfBounds);
+    const lumsize_t start = CheckedStoredIndex(startIndex);
+    const T& value = m_values.GetData()[start];
+    const SpecialKind* const kinds = m_specials.GetData();
+    const std::equal_to<T> isEqual;
+    lumsize_t end = startIndex;
+    while (end + 1 < m_count) {
+        const lumsize_t next = HasIndices() ? CheckedStoredIndex(end + 1) : end + 1;
+        // Placeholders are compared as well: two specials over different ones are two runs.
+        if ((kinds != nullptr && kinds[next] != kinds[start]) ||
+            !isEqual(m_values.GetData()[next], value)) {
+            break;
+        }
+        ++end;
+    }
+    return end;
+}
+
+namespace detail {
+
+template <StorageType T>
+SV MakeArrayOfViews(const Type* elementType, PackagedArrayView<T> values,
+                    PackagedArrayView<unsigned> indices, PackagedArrayView<SpecialKind> specials,
+                    SortSpecOrder order) {
+    const CollectionType* const type = ArrayType::Get(elementType);
+    if constexpr (std::is_same_v<T, LumTuple>) {
+        // Rows make their blocks when they are first read, which must not happen on two threads.
+        for (lumsize_t i = 0; i < values.GetSize(); ++i) {
+            values.GetData()[i].GetTupleData().EnsureBlock();
+        }
+    }
+    return std::make_shared<ValueArray<T>>(type, std::move(values), std::move(specials),
+                                           std::move(indices), order);
+}
+
+template <typename X>
+PackagedArrayView<X> ViewOf(std::unique_ptr<std::vector<X>> elements) {
+    return elements == nullptr ? PackagedArrayView<X>()
+                               : PackagedArrayView<X>(std::move(*elements));
+}
+
+}  // namespace detail
+
+template <StorageType T>
+SV factory::MakeArray(const Type* elementType, std::vector<T>&& values, SortSpecOrder order) {
+    return detail::MakeArrayOfViews<T>(elementType, PackagedArrayView<T>(std::move(values)), {}, {},
+                                       order);
+}
+
+template <StorageType T>
+SV factory::MakeArray(const Type* elementType, std::vector<T>&& values,
+                      std::vector<unsigned>&& indices, SortSpecOrder order) {
+    return detail::MakeArrayOfViews<T>(elementType, PackagedArrayView<T>(std::move(values)),
+                                       PackagedArrayView<unsigned>(std::move(indices)), {}, order);
+}
+
+template <StorageType T>
+SV factory::MakeArray(const Type* elementType, std::vector<T>&& values,
+                      std::vector<unsigned>&& indices, std::vector<SpecialKind>&& specials,
+                      SortSpecOrder order) {
+    return detail::MakeArrayOfViews<T>(elementType, PackagedArrayView<T>(std::move(values)),
+                                       PackagedArrayView<unsigned>(std::move(indices)),
+                                       PackagedArrayView<SpecialKind>(std::move(specials)), order);
+}
+
+template <StorageType T>
+SV factory::MakeArray(const Type* elementType, std::unique_ptr<std::vector<T>> values,
+                      std::unique_ptr<std::vector<unsigned>> indices,
+                      std::unique_ptr<std::vector<SpecialKind>> specials, SortSpecOrder order) {
+    return detail::MakeArrayOfViews<T>(elementType, detail::ViewOf(std::move(values)),
+                                       detail::ViewOf(std::move(indices)),
+                                       detail::ViewOf(std::move(specials)), order);
+}
+
+template <StorageType T>
+SV factory::MakeArray(const Type* elementType, std::shared_ptr<const RawData> values,
+                      std::shared_ptr<const RawData> specials, SortSpecOrder order) {
+    return detail::MakeArrayOfViews<T>(elementType, PackagedArrayView<T>(std::move(values)), {},
+                                       PackagedArrayView<SpecialKind>(std::move(specials)), order);
+}
+
+// A class and its makers for one storage type.
+#define LUM_INSTANTIATE_VALUE_ARRAY(T)                                                            \
+    template class ValueArray<T>;                                                                 \
+    template LUM_CORE_API SV factory::MakeArray(const Type*, std::vector<T>&&, SortSpecOrder);    \
+    template LUM_CORE_API SV factory::MakeArray(const Type*, std::vector<T>&&,                    \
+                                                std::vector<unsigned>&&, SortSpecOrder);          \
+    template LUM_CORE_API SV factory::MakeArray(const Type*, std::vector<T>&&,                    \
+                                                std::vector<unsigned>&&,                          \
+                                                std::vector<SpecialKind>&&, SortSpecOrder);       \
+    template LUM_CORE_API SV factory::MakeArray(                                                  \
+        const Type*, std::unique_ptr<std::vector<T>>, std::unique_ptr<std::vector<unsigned>>,     \
+        std::unique_ptr<std::vector<SpecialKind>>, SortSpecOrder);                                \
+    template LUM_CORE_API SV factory::MakeArray<T>(const Type*, std::shared_ptr<const RawData>,   \
+                                                   std::shared_ptr<const RawData>, SortSpecOrder);
+
+}  // namespace lum::core

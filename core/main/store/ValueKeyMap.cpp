@@ -1,0 +1,151 @@
+#include "core/main/store/ValueKeyMap.h"
+
+#include <utility>
+#include <vector>
+
+#include "core/main/utility/StandardErrors.h"
+#include "lum/core/Check.h"
+#include "lum/core/store/KeyMapFactory.h"
+#include "lum/core/types/HeterogeneousTypes.h"
+#include "lum/core/types/StringType.h"
+
+namespace lum::core {
+namespace {
+
+void CheckKey(const RInternString& key) {
+    LUM_CHECK_NOT(key.GetValue().isEmpty(), LumError::EmptyKeyPath);
+}
+
+/// Whether the two values have one type. The type of a key map is made from all its members, and
+/// stays in the registry, so it is only asked for where nothing simpler decides.
+bool HaveSameType(const SV& value, const SV& other) {
+    return value == other || (value->GetStoreType() == other->GetStoreType() &&
+                              value->GetType() == other->GetType());
+}
+
+void CheckSameType(const SV& value, const SV& stored) {
+    LUM_CHECK_TEXT("(value->GetType() == itr->second->GetType())", HaveSameType(value, stored),
+                   LumError::TypeMismatchExpected);
+}
+
+}  // namespace
+
+ValueKeyMap::ValueKeyMap(std::unique_ptr<Members> members)
+    : m_dict(members == nullptr ? std::make_unique<Members>() : std::move(members)) {
+    for (const auto& [key, value] : *m_dict) {
+        LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
+    }
+}
+
+// A chain of key maps may be as long as a key path. Members that nobody else holds are taken apart
+// in a loop, since destroying them one inside the other would run out of stack.
+ValueKeyMap::~ValueKeyMap() {
+    std::vector<std::unique_ptr<Members>> rest;
+    const auto take = [&rest](Members& members) {
+        for (auto& [key, value] : members) {
+            if (value.use_count() == 1 && value->GetStoreType() == StoreType::KeyMap) {
+                if (auto* const map = dynamic_cast<ValueKeyMap*>(value.get())) {
+                    rest.push_back(std::exchange(map->m_dict, nullptr));
+                }
+            }
+        }
+    };
+    if (m_dict != nullptr) {
+        take(*m_dict);
+    }
+    while (!rest.empty()) {
+        const std::unique_ptr<Members> members = std::move(rest.back());
+        rest.pop_back();
+        take(*members);
+    }
+}
+
+lumsize_t ValueKeyMap::GetCount() const { return LumSizeCastSafe(m_dict->size()); }
+
+const Type* ValueKeyMap::GetType() const {
+    std::vector<NamedHeterogeneousType::Member> members;
+    members.reserve(m_dict->size());
+    for (const auto& [key, value] : *m_dict) {
+        members.emplace_back(key, value->GetType());
+    }
+    return KeyMapType::Get(std::move(members));
+}
+
+std::unique_ptr<StoreValue> ValueKeyMap::Clone() const {
+    auto members = std::make_unique<Members>();
+    members->reserve(m_dict->size());
+    for (const auto& [key, value] : *m_dict) {
+        members->emplace(key, value->Clone());
+    }
+    return std::make_unique<ValueKeyMap>(std::move(members));
+}
+
+SV ValueKeyMap::GetMember(const RInternString& key) const {
+    const auto found = m_dict->find(key);
+    LUM_CHECK_TEXT("(itr != m_dict->cend())", found != m_dict->end(), LumError::KeyNotFound,
+                   key.GetValue());
+    return found->second;
+}
+
+SV ValueKeyMap::TryGetValue(const RInternString& key) const {
+    const auto found = m_dict->find(key);
+    return found == m_dict->end() ? nullptr : found->second;
+}
+
+bool ValueKeyMap::HasKey(const RInternString& key) const { return m_dict->count(key) != 0; }
+
+void ValueKeyMap::AddValue(RInternString key, const SV& value) {
+    CheckKey(key);
+    LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
+    const auto result = m_dict->emplace(key, value);
+    LUM_CHECK(result.second, LumError::ImmutableValue);
+}
+
+void ValueKeyMap::UpdateValue(RInternString key, const SV& value) {
+    CheckKey(key);
+    LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
+    const auto itr = m_dict->find(key);
+    LUM_CHECK(itr != m_dict->cend(), LumError::ValueNotYetComputed);
+    CheckSameType(value, itr->second);
+    itr->second = value;
+}
+
+void ValueKeyMap::SetValue(RInternString key, const SV& value) {
+    CheckKey(key);
+    LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
+    const auto itr = m_dict->find(key);
+    if (itr == m_dict->end()) {
+        m_dict->emplace(key, value);
+        return;
+    }
+    CheckSameType(value, itr->second);
+    itr->second = value;
+}
+
+const Type* ValueKeyMap::GetKeyType() const { return StringType::Get(); }
+
+const SV& ValueKeyMap::GetValueForSpecialKey(SpecialKind /*kind*/) const {
+    LUM_FAIL(LumError::SpecialKeysNotSupported);
+}
+
+const SV& ValueKeyMap::GetEntry(const RInternString& key) const { return MapAt(*m_dict, key); }
+
+lumsize_t ValueKeyMap::GetSpecialKeyCount() const { LUM_FAIL(LumError::SpecialKeysNotSupported); }
+
+DictionaryCursor<RInternString, SV> ValueKeyMap::GetEntries() const {
+    return {GetKeyType(), *m_dict};
+}
+
+DictionaryCursor<SpecialKind, SV> ValueKeyMap::GetSpecialEntries() const {
+    LUM_FAIL(LumError::SpecialKeysNotSupported);
+}
+
+SV factory::MakeKeyMap(std::unordered_map<RInternString, SV>&& values) {
+    return MakeKeyMap(std::make_unique<ValueKeyMap::Members>(std::move(values)));
+}
+
+SV factory::MakeKeyMap(std::unique_ptr<std::unordered_map<RInternString, SV>> values) {
+    return std::make_shared<ValueKeyMap>(std::move(values));
+}
+
+}  // namespace lum::core

@@ -1,0 +1,9 @@
+#include "core/main/utility/StandardErrors.h"
+
+#include <stdexcept>
+
+namespace lum::core {
+
+void ThrowInvalidMapKey() { throw std::out_of_range("invalid unordered_map<K, T> key"); }
+
+}  // namespace lum::core

@@ -1,0 +1,89 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "lum/core/Export.h"
+#include "lum/core/store/ArrayView.h"
+#include "lum/core/store/IUniformCollection.h"
+#include "lum/core/store/RawDataView.h"
+#include "lum/core/store/SortSpecOrder.h"
+#include "lum/core/store/SpecialKind.h"
+#include "lum/core/store/TemporaryRawData.h"
+
+namespace lum::core {
+
+class LumTuple;
+
+/// A column: GetCount() elements of one type, each a value or a special. Immutable once made;
+/// factory::MakeArray makes one.
+///
+/// An array may have indices: then element i is the stored value at indices[i], and the same storage
+/// serves any order, selection or repetition. Indices are not looked at when an array is made; one
+/// that lies outside the storage fails with OutOfBounds when it is read.
+///
+/// Below a special cell lies a placeholder, a stored value without meaning.
+///
+/// Threads: every operation runs on any number of threads at once.
+/// Ownership: an array made from this one shares its storage and keeps it alive. A view does not:
+///   it is good while this array, and any scratch passed in, live.
+/// Units: indices, lengths and counts are elements, never bytes.
+/// Errors: LumRuntimeException with the code named at the operation; OutOfBounds for a range that
+///   passes the end of the array or of 32 bits.
+class LUM_CORE_API IStoreArray : public IUniformCollection {
+public:
+    /// The array whose element i is this array's element indices[i], with `order` as the statement
+    /// of its order. The vector may be overwritten. Cost: O(indices) where this array has indices,
+    /// else O(1); no values are copied.
+    virtual SV ComposeIndices(std::shared_ptr<const RawData> indices,
+                              SortSpecOrder order) const = 0;
+    virtual SV ComposeIndices(std::vector<unsigned>&& indices, SortSpecOrder order) const = 0;
+    /// This array's storage under the given indices, in place of any that it had. Cost: O(1).
+    virtual SV WithIndices(std::shared_ptr<const RawData> indices, SortSpecOrder order) const = 0;
+    virtual SV WithIndices(std::vector<unsigned>&& indices, SortSpecOrder order) const = 0;
+    /// The same elements without indices, with the same statement of order. Cost: O(1) without
+    /// indices, else O(length), gathered.
+    virtual SV Materialize() const = 0;
+    /// The set of the stored values, with `includeSpecials` also of the kinds. Placeholders count as
+    /// values; and without indices so do stored values that no element reaches.
+    virtual SV ToSet(bool includeSpecials) const = 0;
+    /// Fills the first `length` places of `out` with kinds; all of `out` with Normal where the array
+    /// has no room for kinds. Errors: OutOfBounds where `out` is shorter than `length`.
+    virtual void CopySpecials(ArrayView<SpecialKind> out, lumsize_t startIndex,
+                              lumsize_t length) const = 0;
+    /// Writes each element of the range, value and kind, to member `tupleIndex` of the row at its
+    /// place; there is one row an element.
+    /// Errors: OutOfBounds where `out` has not `length` rows; TypeMismatch where a row's member has
+    /// another type.
+    virtual void CopyToTuples(ArrayView<LumTuple> out, lumsize_t startIndex, lumsize_t length,
+                              lumsize_t tupleIndex) const = 0;
+    /// The raw values of the range. Cost: O(1) without indices, a view into the storage; else
+    /// O(length), gathered into `scratch`.
+    virtual ConstRawDataView GetValuesView(TemporaryRawData& scratch, lumsize_t startIndex,
+                                           lumsize_t length) const = 0;
+    /// The kinds of the range. Cost: O(1) where kinds are stored and there are no indices.
+    virtual ConstRawDataView GetSpecialsView(TemporaryRawData& scratch, lumsize_t startIndex,
+                                             lumsize_t length) const = 0;
+    virtual bool HasIndices() const = 0;
+    /// Whether two elements are the same kind of special, or equal stored values.
+    virtual bool ElementsEqual(lumsize_t idx1, lumsize_t idx2) const = 0;
+    /// The last index of the run of equal elements that begins at `startIndex`.
+    virtual lumsize_t FindRunEnd(lumsize_t startIndex) const = 0;
+    /// The element, boxed. Cost: allocates; loops read through ITypedArray.
+    virtual SV GetElement(lumsize_t index) const = 0;
+    /// Every `step`th element from `startIndex` on, at most `length` of them, cut at the end. What
+    /// becomes of a start beyond the end, a length of 0 and a step with the top bit set is told by
+    /// each form of array. Cost: O(1) with a step of 1 and without indices, a slice of the storage.
+    /// Errors: OutOfBounds, "Illegal range step value", for a step of 0.
+    virtual SV GetRange(lumsize_t startIndex, lumsize_t length, unsigned step) const = 0;
+    virtual SortSpecOrder GetSortOrder() const = 0;
+};
+
+/// An array whose elements come through indices that a caller may see.
+class LUM_CORE_API ArrayWithIndices {
+public:
+    virtual ~ArrayWithIndices();
+    virtual ArrayView<const unsigned> GetIndices() const = 0;
+};
+
+}  // namespace lum::core

@@ -1,0 +1,48 @@
+#pragma once
+
+#include "lum/core/Export.h"
+#include "lum/core/store/IUniformCollection.h"
+#include "lum/core/store/SetCursor.h"
+#include "lum/core/store/SpecialKind.h"
+
+namespace lum::core {
+
+/// The special members of a set, in no order.
+/// Threads: any. Ownership: good while the set lives.
+class LUM_CORE_API SpecialKindIterable {
+public:
+    using Iterator = std::unordered_set<SpecialKind>::const_iterator;
+
+    virtual ~SpecialKindIterable();
+    virtual Iterator begin() const = 0;
+    virtual Iterator end() const = 0;
+};
+
+/// An immutable set of distinct values of one type, and beside them of special kinds.
+/// Threads: every operation runs on any threads at once. Ownership: sets made from this one share
+/// its values.
+class LUM_CORE_API IStoreSet : public IUniformCollection {
+public:
+    /// How many special kinds are members.
+    virtual lumsize_t GetSpecialCount() const = 0;
+    virtual bool HasSpecial(SpecialKind kind) const = 0;
+    /// An array of the members, in no order; with `includeSpecials` the special ones behind all
+    /// others, each over a default value, else without them.
+    virtual SV ToArray(bool includeSpecials) const = 0;
+    /// A set of the same values without special members. Cost: O(1).
+    virtual SV WithoutSpecials() const = 0;
+};
+
+/// A set whose storage type the caller knows.
+template <typename T>
+class LUM_CORE_API ITypedSet : public IStoreSet {
+public:
+    /// Whether the value is a member. Cost: one hash probe.
+    /// Errors: those of the values' hash and equality.
+    virtual bool Contains(const T& value) const = 0;
+    /// A cursor at the first value; special members are not visited.
+    virtual SetCursor<T> GetValuesCursor() const = 0;
+    virtual const SpecialKindIterable& GetSpecialKinds() const = 0;
+};
+
+}  // namespace lum::core

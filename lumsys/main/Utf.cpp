@@ -1,0 +1,134 @@
+#include "lumsys/main/Utf.h"
+
+#include <algorithm>
+
+#include "lumsys/TStringCore.h"
+
+namespace lumsys {
+namespace {
+
+constexpr char32_t kReplacement = 0xFFFD;
+
+bool IsSurrogate(char32_t code) noexcept { return code >= 0xD800 && code <= 0xDFFF; }
+
+char16_t* WriteCodePoint(char32_t code, char16_t* out) noexcept {
+    if (code < 0x10000) {
+        *out++ = static_cast<char16_t>(code);
+    } else {
+        *out++ = static_cast<char16_t>(0xD7C0 + (code >> 10));
+        *out++ = static_cast<char16_t>(0xDC00 + (code & 0x3FF));
+    }
+    return out;
+}
+
+/// One decoded code point and the bytes that it took: the whole sequence, or, for bytes that cannot
+/// be one, the maximal part of them that begins like one.
+struct Decoded {
+    char32_t code;
+    std::size_t bytes;
+};
+
+Decoded DecodeUtf8(const unsigned char* bytes, std::size_t count) noexcept {
+    const unsigned char lead = bytes[0];
+    if (lead < 0x80) {
+        return {lead, 1};
+    }
+    // The range of the second byte depends on the first: no overlong form, no surrogate, nothing
+    // above U+10FFFF.
+    std::size_t length;
+    unsigned char low = 0x80;
+    unsigned char high = 0xBF;
+    char32_t code;
+    if (lead >= 0xC2 && lead <= 0xDF) {
+        length = 2;
+        code = lead & 0x1F;
+    } else if (lead >= 0xE0 && lead <= 0xEF) {
+        length = 3;
+        code = lead & 0x0F;
+        low = lead == 0xE0 ? 0xA0 : low;
+        high = lead == 0xED ? 0x9F : high;
+    } else if (lead >= 0xF0 && lead <= 0xF4) {
+        length = 4;
+        code = lead & 0x07;
+        low = lead == 0xF0 ? 0x90 : low;
+        high = lead == 0xF4 ? 0x8F : high;
+    } else {
+        return {kReplacement, 1};
+    }
+    for (std::size_t i = 1; i < length; ++i) {
+        if (i == count || bytes[i] < low || bytes[i] > high) {
+            return {kReplacement, i};
+        }
+        code = code << 6 | (bytes[i] & 0x3F);
+        low = 0x80;
+        high = 0xBF;
+    }
+    return {code, length};
+}
+
+}  // namespace
+
+void AppendUtf8(TStringCore& text, const char* bytes, std::size_t count) {
+    const auto* in = reinterpret_cast<const unsigned char*>(bytes);
+    // A byte gives at most one unit: four bytes give two, and an invalid part has at least one byte.
+    char16_t* const start = text.prepareAppend(count);
+    char16_t* out = start;
+    while (count != 0) {
+        if (in[0] < 0x80) {
+            *out++ = in[0];
+            ++in;
+            --count;
+            continue;
+        }
+        const Decoded decoded = DecodeUtf8(in, count);
+        out = WriteCodePoint(decoded.code, out);
+        in += decoded.bytes;
+        count -= decoded.bytes;
+    }
+    text.commitAppend(static_cast<std::size_t>(out - start));
+}
+
+void AppendWide(TStringCore& text, const wchar_t* characters, std::size_t count) {
+    const std::size_t widest = sizeof(wchar_t) == sizeof(char16_t) ? 1 : 2;
+    char16_t* const start =
+        text.prepareAppend(std::min(count, TStringCore::kMaxLength) * widest);
+    char16_t* out = start;
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto code = static_cast<char32_t>(characters[i]);
+        out = WriteCodePoint(code > 0x10FFFF ? kReplacement : code, out);
+    }
+    text.commitAppend(static_cast<std::size_t>(out - start));
+}
+
+std::string ToUtf8(const char16_t* units, std::size_t count) {
+    std::string bytes;
+    bytes.reserve(count);
+    for (std::size_t i = 0; i < count; ++i) {
+        char32_t code = units[i];
+        if (code >= 0xD800 && code <= 0xDBFF && i + 1 < count && units[i + 1] >= 0xDC00 &&
+            units[i + 1] <= 0xDFFF) {
+            code = 0x10000 + ((code - 0xD800) << 10) + (units[++i] - 0xDC00u);
+        }
+        if (IsSurrogate(code)) {
+            code = kReplacement;
+        }
+        if (code < 0x80) {
+            bytes.push_back(static_cast<char>(code));
+        } else if (code < 0x800) {
+            bytes.push_back(static_cast<char>(0xC0 | code >> 6));
+            bytes.push_back(static_cast<char>(0x80 | (code & 0x3F)));
+        } else if (code < 0x10000) {
+            bytes.push_back(static_cast<char>(0xE0 | code >> 12));
+            bytes.push_back(static_cast<char>(0x80 | (code >> 6 & 0x3F)));
+            bytes.push_back(static_cast<char>(0x80 | (code & 0x3F)));
+        } else {
+            bytes.push_back(static_cast<char>(0xF0 | code >> 18));
+            bytes.push_back(static_cast<char>(0x80 | (code >> 12 & 0x3F)));
+            bytes.push_back(static_cast<char>(0x80 | (code >> 6 & 0x3F)));
+            bytes.push_back(static_cast<char>(0x80 | (code & 0x3F)));
+        }
+    }
+    return bytes;
+}
+
+}  // namespace lumsys

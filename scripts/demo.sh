@@ -1,0 +1,81 @@
+#!/usr/bin/env bash
+# Installs what is missing, builds the example host and runs it on two real data sets.
+#
+# usage: demo.sh            shows the demo
+#        demo.sh --check    compares it with examples/data/demo.golden
+#        demo.sh --update   writes that file anew
+set -euo pipefail
+# shellcheck source=scripts/steps.sh
+source "$(dirname "${BASH_SOURCE[0]}")/steps.sh"
+
+readonly golden=examples/data/demo.golden
+readonly penguins=examples/data/penguins.csv
+readonly weather=examples/data/seattle-weather.csv
+# What is shown of long output; the rest is counted.
+readonly shown_lines=12
+readonly shown_columns=100
+
+# run_host EXPLANATION ARGUMENT...: says what comes, the command and the first lines of its output.
+# A check sum stands for the rest, so that a comparison sees the whole.
+run_host() {
+    local explanation=$1 output lines word
+    shift
+    output=$(build/release/examples/lumhost "$@") || fail "failed: lumhost $*"
+    lines=$(wc -l <<<"$output")
+    printf '\n# %s\n' "$explanation"
+    printf '$ lumhost'
+    for word in "$@"; do
+        case $word in
+            *[!A-Za-z0-9/=._-]*) printf ' "%s"' "$word" ;;
+            *) printf ' %s' "$word" ;;
+        esac
+    done
+    printf '\n'
+    head -n "$shown_lines" <<<"$output" | cut -c "1-$shown_columns"
+    if [ "$lines" -gt "$shown_lines" ] || [ "${#output}" -gt "$shown_columns" ]; then
+        printf '... %d lines, %d characters, SHA-256 %.12s\n' "$lines" "${#output}" \
+            "$(sha256sum <<<"$output")"
+    fi
+}
+
+demo() {
+    run_host "344 penguins: the type of every column is inferred from the whole file." \
+        types "$penguins"
+    run_host "One column, addressed by key path. The fourth penguin was not weighed: a Null cell." \
+        show "$penguins" "'Body Mass (g)'"
+    run_host "The whole store as JSON, each key with its type." \
+        show "$penguins" --compact
+    run_host "1,461 days of weather, with dates." \
+        types "$weather"
+    run_host "What the file says is not always what is wanted: --type overrules the inference." \
+        types "$weather" --type precipitation=f --type date=s
+    run_host "The form for web pages: compact, without types." \
+        show "$weather" --slim
+}
+
+case ${1:-} in
+    '' | --check | --update) ;;
+    *) fail "unknown argument '$1'; usage: demo.sh [--check|--update]" ;;
+esac
+
+./scripts/install-dependencies.sh build
+# A folder that is configured already keeps its tests; a fresh one is spared their packages.
+if [ -f build/release/build.ninja ]; then
+    configure_release -DLUM_BUILD_EXAMPLES=ON
+else
+    configure_release -DLUM_BUILD_EXAMPLES=ON -DLUM_BUILD_TESTS=OFF
+fi
+build_release "Building the library and the example host (some minutes the first time)" lumhost
+case ${1:-} in
+    '') demo ;;
+    --update)
+        demo >"$logs/demo.txt"
+        cp "$logs/demo.txt" "$golden"
+        echo "Wrote $golden"
+        ;;
+    --check)
+        demo >"$logs/demo.txt"
+        diff -u "$golden" "$logs/demo.txt" || fail "the demo's output is not that of $golden"
+        echo "The demo's output is as expected"
+        ;;
+esac

@@ -1,0 +1,209 @@
+#include "CellText.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <climits>
+#include <cmath>
+#include <limits>
+#include <string>
+
+#include "RandomTest.h"
+
+namespace lumhost::test {
+namespace {
+
+struct KindCase {
+    const char* text;
+    CellKind kind;
+};
+
+TEST(CellTextTest, ClassifiesCells) {
+    const std::string longZero = "0." + std::string(400, '0');
+    const KindCase cases[] = {
+        {"true", kBoolCell},
+        {"False", kBoolCell},
+        {"TRUE", kBoolCell},
+        {"tRUE", kTextCell},
+        {"trues", kTextCell},
+        {"0", kInt32Cell},
+        {"-0", kInt32Cell},
+        {"+17", kInt32Cell},
+        {"2147483647", kInt32Cell},
+        {"-2147483648", kInt32Cell},
+        {"2147483648", kInt64Cell},
+        {"-2147483649", kInt64Cell},
+        {"9007199254740992", kInt64Cell},
+        {"-9007199254740992", kInt64Cell},
+        {"9007199254740993", kWideInt64Cell},
+        {"9223372036854775807", kWideInt64Cell},
+        {"-9223372036854775808", kWideInt64Cell},
+        {"9223372036854775808", kTextCell},
+        {"-9223372036854775809", kTextCell},
+        {"123456789012345678901234567890", kTextCell},
+        {"007", kTextCell},
+        {"-01", kTextCell},
+        {"00", kTextCell},
+        {"00.5", kTextCell},
+        {"01e5", kTextCell},
+        {"0.5", kReal64Cell},
+        {"-.5", kReal64Cell},
+        {"5.", kReal64Cell},
+        {"0e0", kReal64Cell},
+        {"1E+5", kReal64Cell},
+        {"1.5e-7", kReal64Cell},
+        {"1.7976931348623157e308", kReal64Cell},
+        {"1.8e308", kTextCell},
+        {"4.9e-324", kReal64Cell},
+        {"1e-324", kTextCell},
+        {longZero.c_str(), kReal64Cell},
+        {".", kTextCell},
+        {"-.", kTextCell},
+        {"+", kTextCell},
+        {"-", kTextCell},
+        {"+-5", kTextCell},
+        {"--5", kTextCell},
+        {"1e", kTextCell},
+        {"1e+", kTextCell},
+        {".e5", kTextCell},
+        {"1.5.2", kTextCell},
+        {"1,5", kTextCell},
+        {" 1", kTextCell},
+        {"1 ", kTextCell},
+        {"0x10", kTextCell},
+        {"inf", kTextCell},
+        {"-inf", kTextCell},
+        {"nan", kTextCell},
+        {"NA", kTextCell},
+        {"2024-02-29", kDateCell},
+        {"2023-02-29", kTextCell},
+        {"1900-02-29", kTextCell},
+        {"1500-02-29", kDateCell},
+        {"0400-01-01", kDateCell},
+        {"0399-12-31", kTextCell},
+        {"23829-12-31", kDateCell},
+        {"23830-01-01", kTextCell},
+        {"02024-01-01", kTextCell},
+        {"1582-10-04", kDateCell},
+        {"1582-10-05", kTextCell},
+        {"1582-10-14", kTextCell},
+        {"1582-10-15", kDateCell},
+        {"2024-13-01", kTextCell},
+        {"2024-00-01", kTextCell},
+        {"2024-04-31", kTextCell},
+        {"2024-04-00", kTextCell},
+        {"2024-4-1", kTextCell},
+        {"2024-04-011", kTextCell},
+        {"+2024-04-01", kTextCell},
+        {"24-04-01", kTextCell},
+        {"2024-04", kTextCell},
+        {"2024/04/01", kTextCell},
+        {"2024-04-01T23:59:59", kDateTimeCell},
+        {"2024-04-01T00:00:00.1", kDateTimeCell},
+        {"2024-04-01T00:00:00.1234", kDateTimeCell},
+        {"2024-04-01T00:00:00.12345", kTextCell},
+        {"2024-04-01T00:00:00.", kTextCell},
+        {"2024-04-01T24:00:00", kTextCell},
+        {"2024-04-01T00:60:00", kTextCell},
+        {"2024-04-01T00:00:60", kTextCell},
+        {"2024-04-01T00:00", kTextCell},
+        {"2024-04-01T", kTextCell},
+        {"2024-04-01T00:00:00Z", kTextCell},
+        {"2024-04-31T00:00:00", kTextCell},
+    };
+    for (const KindCase& testCase : cases) {
+        EXPECT_EQ(ClassifyCell(testCase.text), testCase.kind) << testCase.text;
+    }
+}
+
+TEST(CellTextTest, ReadsNumbers) {
+    EXPECT_EQ(ReadInt32("+17"), 17);
+    EXPECT_EQ(ReadInt32("-2147483648"), INT_MIN);
+    EXPECT_EQ(ReadInt32("007"), 7);
+    EXPECT_EQ(ReadInt64("-9223372036854775808"), LLONG_MIN);
+    EXPECT_EQ(ReadReal64("-.5"), -0.5);
+    EXPECT_EQ(ReadReal64("+5."), 5.0);
+    EXPECT_EQ(ReadReal64("0.1"), 0.1);
+    EXPECT_EQ(ReadReal64("4.9e-324"), std::numeric_limits<double>::denorm_min());
+    EXPECT_EQ(ReadReal64("9007199254740993"), 9007199254740992.0);
+    EXPECT_EQ(ReadReal32("0.1"), 0.1f);
+    EXPECT_TRUE(std::signbit(*ReadReal64("-0.0")));
+    for (const char* text : {"", "+", "-", "x", "1x", " 1", "1 ", "+-1", "-+1", "2147483648"}) {
+        EXPECT_EQ(ReadInt32(text), std::nullopt) << text;
+    }
+    for (const char* text : {"", "inf", "-inf", "nan", "+nan", "1e999", "1e-999", "1.5x", "0x1"}) {
+        EXPECT_EQ(ReadReal64(text), std::nullopt) << text;
+    }
+    EXPECT_EQ(ReadReal32("1e39"), std::nullopt);
+    EXPECT_EQ(ReadReal32("1e-60"), std::nullopt);
+}
+
+TEST(CellTextTest, ReadsColors) {
+    EXPECT_EQ(ReadColor("fFff0080"), 0xFFFF0080u);
+    for (const char* text : {"", "ff0080", "ffff00800", "0xffff00", "-fff0080", "ffff008g"}) {
+        EXPECT_EQ(ReadColor(text), std::nullopt) << text;
+    }
+}
+
+TEST(CellTextTest, ReadsDatesAndTimes) {
+    EXPECT_EQ(ReadDate("0400-01-01"), (DateTimeFields{400, 1, 1, 0, 0, 0, 0}));
+    EXPECT_EQ(ReadDateTime("2024-03-01"), (DateTimeFields{2024, 3, 1, 0, 0, 0, 0}));
+    EXPECT_EQ(ReadDateTime("12024-03-01T09:05:07"), (DateTimeFields{12024, 3, 1, 9, 5, 7, 0}));
+    EXPECT_EQ(ReadDateTime("2024-03-01T09:05:07.25"), (DateTimeFields{2024, 3, 1, 9, 5, 7, 2500}));
+    EXPECT_EQ(ReadDateTime("2024-03-01T09:05:07.0250"), (DateTimeFields{2024, 3, 1, 9, 5, 7, 250}));
+    EXPECT_EQ(ReadDate("2024-03-01T09:05:07"), std::nullopt);
+}
+
+using CellTextRandomTest = RandomTest;
+
+// A column is filled by the reader that its type names, so whatever gets a kind has to be read.
+TEST_F(CellTextRandomTest, WhatHasAKindIsRead) {
+    constexpr const char* kPieces[] = {"0",   "1",   "9",         "12",         "2024", "-",
+                                       "+",   ".",   "e",         "E",          ":",    "T",
+                                       "-01", "00:", "123456789", "2147483647", "true"};
+    int counts[9] = {};
+    for (int round = 0; round < 300000; ++round) {
+        std::string text;
+        if (Below(4) == 0) {
+            text = Below(2) == 0 ? "2023-11-" : "1999-02-03T10:";
+        }
+        for (std::size_t pieces = 1 + Below(5); pieces > 0; --pieces) {
+            text += OneOf(kPieces);
+        }
+        const CellKind kind = ClassifyCell(text);
+        bool isRead = true;
+        switch (kind) {
+            case kBoolCell:
+                isRead = ReadBool(text).has_value();
+                break;
+            case kInt32Cell:
+                isRead = ReadInt32(text).has_value();
+                [[fallthrough]];
+            case kInt64Cell:
+                isRead = isRead && ReadReal64(text) == static_cast<double>(*ReadInt64(text));
+                break;
+            case kWideInt64Cell:
+                isRead = ReadInt64(text).has_value() && !ReadInt32(text).has_value();
+                break;
+            case kReal64Cell:
+                isRead = ReadReal64(text).has_value() && std::isfinite(*ReadReal64(text));
+                break;
+            case kDateCell:
+                isRead = ReadDate(text).has_value() && ReadDateTime(text) == ReadDate(text);
+                break;
+            case kDateTimeCell:
+                isRead = ReadDateTime(text).has_value();
+                break;
+            case kTextCell:
+                break;
+        }
+        ASSERT_TRUE(isRead) << Trace(text);
+        ++counts[std::countr_zero(static_cast<unsigned>(kind))];
+    }
+    for (int bit = 0; bit < 8; ++bit) {
+        EXPECT_GT(counts[bit], 20) << "too few cells of kind " << (1 << bit);
+    }
+}
+
+}  // namespace
+}  // namespace lumhost::test

@@ -1,0 +1,515 @@
+#include "core/main/serialize/VtlScanner.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+#include <ostream>
+#include <random>
+#include <regex>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "lum/core/serialize/SpecialKindUtil.h"
+#include "tests/support/LumErrorMatchers.h"
+
+namespace lum::core {
+namespace {
+
+using Kind = VtlTokenKind;
+
+std::string Show(const VtlToken& token) {
+    const std::string text = token.GetText().toStdString();
+    switch (token.GetKind()) {
+        case Kind::Invalid:
+            return "!";
+        case Kind::NoToken:
+            return "none";
+        case Kind::End:
+            return "end";
+        case Kind::Indent:
+            return "indent";
+        case Kind::Dedent:
+            return "dedent";
+        case Kind::BoolLiteral:
+            return token.GetBool() ? "bool:true" : "bool:false";
+        case Kind::IntegerLiteral:
+            return "int:" + std::to_string(token.GetInteger());
+        case Kind::RealLiteral:
+            return "real:" + TStringCore::number(token.GetReal(), 'g', 17).toStdString();
+        case Kind::Identifier:
+            return "word:" + text;
+        case Kind::StringLiteral:
+            return "string:" + text;
+        case Kind::Comment:
+            return "comment:" + text;
+        case Kind::SpecialLiteral:
+            return "special:" + std::to_string(static_cast<int>(token.GetSpecialKind()));
+        default:
+            return text;
+    }
+}
+
+// The tokens of a text up to its end, separated by blanks.
+std::string ShowAll(const TStringCore& text) {
+    VtlScanner scanner(text);
+    std::string shown;
+    while (!scanner.Next().Is(Kind::End)) {
+        shown += (shown.empty() ? "" : " ") + Show(scanner.GetCurrent());
+        if (scanner.GetCurrent().Is(Kind::Invalid)) {
+            break;
+        }
+    }
+    return shown;
+}
+
+struct ScanCase {
+    const wchar_t* text;
+    const char* expected;
+};
+
+TEST(VtlScannerTest, Tokens) {
+    const ScanCase cases[] = {
+        {L"", ""},
+        {L" \t\v\r ", ""},
+        {L"->,:/(){}+-*<>", "-> , : / ( ) { } + - * < >"},
+        {L"a/b c -> map (f x :1:i) -> d",
+         "word:a / word:b word:c -> word:map ( word:f word:x : int:1 : word:i ) -> word:d"},
+
+        {L"_a9#x.y-z? ^~= =", "word:_a9#x.y-z? word:^~= word:="},
+        {L"a->b a- >b -a", "word:a- > word:b word:a- > word:b - word:a"},
+        {L"-->", "- ->"},
+        {L"a#b a #b", "word:a#b word:a !"},
+        {L"true false trueish True tru", "bool:true bool:false word:trueish word:True word:tru"},
+        {L"Null All Wildcard Skipped NoAccess Ragged Error ManyValues Missing",
+         "special:1 special:2 special:3 special:4 special:5 special:6 special:7 special:8 "
+         "special:9"},
+        {L"Normal null Null2 NoAccess- Nulls Missin inf2",
+         "word:Normal word:null word:Null2 word:NoAccess- word:Nulls word:Missin word:inf2"},
+        {L"inf nan -inf Inf", "real:inf real:nan - real:inf word:Inf"},
+
+        {L"0 007 9223372036854775807", "int:0 int:7 int:9223372036854775807"},
+        {L"9223372036854775808", "!"},
+        {L"1 99999999999999999999", "int:1 !"},
+        {L"000000000000000000000000000000012", "int:12"},
+        {L"12ab 1_", "int:12 word:ab int:1 word:_"},
+        {L"-5 +5 1-2 1+2", "- int:5 + int:5 int:1 - int:2 int:1 + int:2"},
+        {L"1. .5 1.5 1.5.5 1..2",
+         "real:1 real:0.5 real:1.5 real:1.5 real:0.5 real:1 "
+         "real:0.20000000000000001"},
+        {L"1e5 1E+2 1e-2 1.e2 .5e1", "real:100000 real:100 real:0.01 real:100 real:5"},
+        {L"1e 1e+ 1.5e 1.5e+", "int:1 word:e int:1 word:e + real:1.5 word:e real:1.5 word:e +"},
+        {L"1e-x 1ee5", "int:1 word:e-x int:1 word:ee5"},
+        {L"1e400 1e-400", "real:inf real:0"},
+        {L".", "!"},
+        {L". 5", "!"},
+        {L"a ..5", "word:a !"},
+        {L".e5", "!"},
+
+        {L"'' 'a b' 'it\\'s' '\\\\\\n'", "string: string:a b string:it's string:\\\n"},
+        {L"'a''b'c", "string:a string:b word:c"},
+        {L"'\t\r\f\x7f\u00e9\U0001F600'", "string:\t\r\f\x7f\u00e9\U0001F600"},
+        {L"'-> //x' ->", "string:-> //x ->"},
+        {L"'a", "!"},
+        {L"'", "!"},
+        {L"'a\\", "!"},
+        {L"'a\\'", "!"},
+        {L"'a\nb'", "!"},
+        {L"'\\t'", "!"},
+
+        {L"// a 'b", "comment: a 'b"},
+        {L"a//b/ //c\rd", "word:a comment:b/ //c\rd"},
+        {L"//", "comment:"},
+        {L"/ /", "/ /"},
+        {L"//a\nb", "comment:a word:b"},
+        {L"//a\r\n  b", "comment:a\r indent word:b"},
+
+        {L"a\nb\n\nc", "word:a word:b word:c"},
+        {L"a\n  b\n  c\n d\ne", "word:a indent word:b word:c dedent word:d dedent word:e"},
+        {L"\n\n  \n", "indent dedent"},
+        {L"a\n\tb", "word:a word:b"},  // Only blanks indent.
+        {L"a\r\nb\r\nc\nd", "word:a indent word:b word:c dedent word:d"},
+        {L"a \r\nb", "word:a word:b"},  // Within blanks a carriage return is one of them.
+        {L"\r\r\n b", "indent word:b"},
+        {L"a\rb", "word:a word:b"},
+
+        {L"a \f", "word:a !"},
+        {L"\"", "!"},
+        {L"a;b", "word:a !"},
+        {L"\u00e9", "!"},
+        {L"a\u00e9", "word:a !"},
+        {L"?", "!"},
+        {L"\x7f", "!"},
+    };
+    for (const ScanCase& test : cases) {
+        EXPECT_EQ(ShowAll(test.text), test.expected) << TStringCore(test.text);
+    }
+    // A zero is a unit like any other.
+    EXPECT_EQ(ShowAll(TStringCore(u"a\0b", 3)), "word:a !");
+    EXPECT_EQ(ShowAll(TStringCore(u"'a\0b'", 5)), std::string("string:a\0b", 10));
+}
+
+// The end of Invalid stands behind the character that broke the token, never within a pair.
+TEST(VtlScannerTest, InvalidEndsTheText) {
+    struct Case {
+        std::u16string text;
+        unsigned int start;
+        unsigned int end;
+    };
+    const Case cases[] = {
+        {u";abc", 0, 1},
+        {u"  \u00e9x", 2, 3},
+        {u"\xD83D\xDE00x", 0, 2},  // A pair counts as one character,
+        {u"\xD83Dx", 0, 1},        // half a pair too,
+        {u"\xDE00\xDE00", 0, 1},   // and so does its other half.
+        {u"'\\\xD83D\xDE00'", 0, 4},
+        {u"'\\\xD83D'", 0, 3},
+        {u"'ab\ncd'", 0, 4},
+        {u"'abc", 0, 4},
+        {u"'abc\\", 0, 5},
+        {u"99999999999999999999999", 0, 19},
+        {u"1.5 .x", 4, 5},
+    };
+    for (const Case& test : cases) {
+        VtlScanner scanner{TStringCore(test.text)};
+        while (!scanner.Next().Is(Kind::Invalid)) {
+            ASSERT_FALSE(scanner.GetCurrent().Is(Kind::End));
+        }
+        EXPECT_EQ(scanner.GetCurrent().GetStart(), test.start) << TStringCore(test.text);
+        for (int i = 0; i < 3; ++i) {
+            EXPECT_EQ(scanner.GetCurrent().GetEnd(), test.end) << TStringCore(test.text);
+            EXPECT_TRUE(scanner.Next().Is(Kind::Invalid)) << TStringCore(test.text);
+        }
+        EXPECT_TRUE(scanner.Peek(1000000000).Is(Kind::Invalid));
+    }
+}
+
+TEST(VtlScannerTest, RealsAreTheNearest) {
+    std::vector<std::string> texts = {
+        "0.0",
+        "0e99999999999999999999",
+        "4.9e-324",
+        "2.4703282292062327e-324",
+        "2.4703282292062328e-324",
+        "1.7976931348623157e308",
+        "1.7976931348623159e308",
+        "1e99999999999999999999",
+        "1e-99999999999999999999",
+        "1e0000000000000000000000000005",
+        "9007199254740993.0",
+        "0.1",
+        "2.2250738585072011e-308",
+        "9223372036854775808.",
+        // The digits alone leave the range, or come back into it.
+        "0." + std::string(400, '0') + "1",
+        std::string(400, '1') + ".",
+        "0." + std::string(400, '0') + "1e401",
+        std::string(400, '1') + "e-399",
+        "0." + std::string(400, '0') + "1e10",
+        std::string(400, '0') + "1e-400",
+        // Longer than what is read without allocating, with a digit that decides far behind.
+        "1." + std::string(61, '0'),
+        "1." + std::string(62, '0'),
+        "1." + std::string(63, '0'),
+        "9007199254740993." + std::string(900, '0') + "1",
+    };
+    std::mt19937_64 random(1);
+    for (int i = 0; i < 5000; ++i) {
+        const double value = std::bit_cast<double>(random());
+        if (std::isfinite(value)) {
+            char buffer[64];
+            std::snprintf(buffer, sizeof(buffer), i % 2 == 0 ? "%.17g" : "%.3e", std::fabs(value));
+            texts.emplace_back(buffer);
+        }
+    }
+    for (const std::string& text : texts) {
+        VtlToken token;
+        if (VtlScanner::IsSingleToken(TStringCore::fromUtf8(text), Kind::IntegerLiteral, token,
+                                      /*skipValue=*/false)) {
+            continue;
+        }
+        ASSERT_TRUE(token.Is(Kind::RealLiteral)) << text;
+        ASSERT_EQ(std::bit_cast<long long>(token.GetReal()),
+                  std::bit_cast<long long>(std::strtod(text.c_str(), nullptr)))
+            << text;
+    }
+}
+
+// Against a model: the rules of the grammar as regular expressions, the longest match taken -------
+
+struct ModelToken {
+    Kind kind;
+    std::size_t start;
+    std::size_t end;
+
+    friend bool operator==(const ModelToken&, const ModelToken&) = default;
+    friend std::ostream& operator<<(std::ostream& stream, const ModelToken& token) {
+        return stream << static_cast<int>(token.kind) << '[' << token.start << ',' << token.end
+                      << ')';
+    }
+};
+
+Kind KindOfWord(const std::wstring& word) {
+    if (word == L"true" || word == L"false") {
+        return Kind::BoolLiteral;
+    }
+    if (word == L"inf" || word == L"nan") {
+        return Kind::RealLiteral;
+    }
+    for (unsigned int i = 1; i < kSpecialKindCount; ++i) {
+        if (word == std::wstring(kSpecialKindNames[i],
+                                 kSpecialKindNames[i] +
+                                     std::char_traits<char16_t>::length(kSpecialKindNames[i]))) {
+            return Kind::SpecialLiteral;
+        }
+    }
+    return Kind::Identifier;
+}
+
+std::vector<ModelToken> ModelScan(const std::wstring& text) {
+    static const std::pair<Kind, std::wregex> kRules[] = {
+        {Kind::Comment, std::wregex(L"//[^\\n]*")},
+        {Kind::Whitespace, std::wregex(L"[\\t\\v\\r ]+")},
+        {Kind::Indent, std::wregex(L"\\r?\\n *")},
+        {Kind::Arrow, std::wregex(L"->")},
+        {Kind::Comma, std::wregex(L",")},
+        {Kind::Colon, std::wregex(L":")},
+        {Kind::Slash, std::wregex(L"/")},
+        {Kind::LeftParen, std::wregex(L"\\(")},
+        {Kind::RightParen, std::wregex(L"\\)")},
+        {Kind::LeftBrace, std::wregex(L"\\{")},
+        {Kind::RightBrace, std::wregex(L"\\}")},
+        {Kind::Plus, std::wregex(L"\\+")},
+        {Kind::Minus, std::wregex(L"-")},
+        {Kind::Star, std::wregex(L"\\*")},
+        {Kind::Less, std::wregex(L"<")},
+        {Kind::Greater, std::wregex(L">")},
+        {Kind::IntegerLiteral, std::wregex(L"[0-9]+")},
+        {Kind::RealLiteral,
+         std::wregex(L"([0-9]+\\.[0-9]*|\\.[0-9]+)([eE][+-]?[0-9]+)?|[0-9]+[eE][+-]?[0-9]+")},
+        {Kind::Identifier, std::wregex(L"[A-Za-z^_~=][A-Za-z^_~=0-9#.?-]*")},
+        {Kind::StringLiteral, std::wregex(L"'([^'\\\\\\n]|\\\\['\\\\n])*'")},
+    };
+    std::vector<ModelToken> tokens;
+    std::size_t start = 0;
+    std::ptrdiff_t indentation = 0;
+    while (start < text.size()) {
+        ModelToken token{Kind::Invalid, start, start};
+        for (const auto& [kind, rule] : kRules) {
+            std::wsmatch match;
+            const auto from = text.begin() + static_cast<std::ptrdiff_t>(start);
+            if (std::regex_search(from, text.end(), match, rule,
+                                  std::regex_constants::match_continuous) &&
+                start + static_cast<std::size_t>(match.length()) > token.end) {
+                token = {kind, start, start + static_cast<std::size_t>(match.length())};
+            }
+        }
+        const std::wstring matched = text.substr(start, token.end - start);
+        start = token.end;
+        if (token.kind == Kind::Identifier) {
+            token.kind = KindOfWord(matched);
+        } else if (token.kind == Kind::IntegerLiteral) {
+            errno = 0;
+            static_cast<void>(std::wcstoll(matched.c_str(), nullptr, 10));
+            if (errno == ERANGE) {
+                token.kind = Kind::Invalid;
+            }
+        } else if (token.kind == Kind::Indent) {
+            const auto count = static_cast<std::ptrdiff_t>(matched.size()) - 1;
+            token.kind = count > indentation   ? Kind::Indent
+                         : count < indentation ? Kind::Dedent
+                                               : Kind::Whitespace;
+            indentation = count;
+        }
+        if (token.kind == Kind::Invalid) {
+            tokens.push_back({Kind::Invalid, token.start, 0});
+            return tokens;
+        }
+        if (token.kind != Kind::Whitespace) {
+            tokens.push_back(token);
+        }
+    }
+    tokens.push_back({Kind::End, start, start});
+    return tokens;
+}
+
+std::vector<ModelToken> CursorScan(const TStringCore& text, bool skipValue) {
+    VtlCursor cursor(text, skipValue);
+    std::vector<ModelToken> tokens;
+    for (;;) {
+        VtlToken token;
+        cursor.Scan(token);
+        const bool isInvalid = token.Is(Kind::Invalid);
+        tokens.push_back({token.GetKind(), token.GetStart(), isInvalid ? 0 : token.GetEnd()});
+        if (isInvalid || token.Is(Kind::End)) {
+            return tokens;
+        }
+    }
+}
+
+TEST(VtlScannerTest, AgreesWithTheModel) {
+    const std::wstring pieces[] = {
+        L"a",
+        L"e",
+        L"E",
+        L"-",
+        L">",
+        L"+",
+        L".",
+        L"0",
+        L"1",
+        L"23",
+        L"'",
+        L"'",
+        L"\\",
+        L"n",
+        L" ",
+        L"  ",
+        L"\n",
+        L"\n  ",
+        L"\r",
+        L"\r\n",
+        L"\t",
+        L"/",
+        L"//",
+        L"(",
+        L")",
+        L"{",
+        L"<",
+        L"true",
+        L"Null",
+        L"Missing",
+        L"inf",
+        L"=",
+        L"#",
+        L"?",
+        L":",
+        L",",
+        L"*",
+        L"_",
+        L"^",
+        L"\v",
+        L"\f",
+        L"\u00e9",
+        L"]",
+        L"9223372036854775807",
+        L"9223372036854775808",
+    };
+    constexpr unsigned int kSeed = 20240301;
+    std::mt19937 random(kSeed);
+    std::size_t tokenCount = 0;
+    for (int i = 0; i < 20000; ++i) {
+        std::wstring text;
+        for (std::size_t left = random() % 16; left > 0; --left) {
+            text += pieces[random() % std::size(pieces)];
+        }
+        const std::vector<ModelToken> expected = ModelScan(text);
+        for (const bool skipValue : {false, true}) {
+            ASSERT_EQ(CursorScan(text.c_str(), skipValue), expected)
+                << TStringCore(text.c_str()) << " (round " << i << " of seed " << kSeed << ')';
+        }
+        tokenCount += expected.size();
+    }
+    EXPECT_GT(tokenCount, 50000u);
+}
+
+// Lookahead
+// ----------------------------------------------------------------------------------------
+
+TEST(VtlScannerTest, PeeksAndPushesBack) {
+    VtlScanner scanner(L"a b c d");
+    EXPECT_EQ(Show(scanner.Peek(0)), "none");
+    EXPECT_EQ(Show(scanner.Peek(3)), "word:c");
+    EXPECT_EQ(Show(scanner.Peek(1)), "word:a");
+    EXPECT_EQ(Show(scanner.GetCurrent()), "none");
+    const VtlToken a = scanner.Next();
+    const VtlToken b = scanner.Next();
+    EXPECT_EQ(Show(scanner.Peek(0)), "word:b");
+    scanner.PushBack(b);
+    scanner.PushBack(a);
+    EXPECT_EQ(Show(scanner.GetCurrent()), "word:b");
+    EXPECT_EQ(Show(scanner.Peek(4)), "word:d");
+    for (const char* expected : {"word:a", "word:b", "word:c", "word:d", "end", "end"}) {
+        EXPECT_EQ(Show(scanner.Next()), expected);
+    }
+    // What was pushed back comes first, even behind the end.
+    scanner.PushBack(a);
+    EXPECT_EQ(Show(scanner.Peek(1000000000)), "end");
+    EXPECT_EQ(Show(scanner.Next()), "word:a");
+    EXPECT_EQ(Show(scanner.Next()), "end");
+}
+
+TEST(VtlScannerTest, AcceptsAndExpects) {
+    VtlScanner scanner(L"a:'b c' 1");
+    VtlToken token;
+    EXPECT_FALSE(scanner.Accept(Kind::Colon));
+    EXPECT_FALSE(scanner.Accept(Kind::Colon, token));
+    EXPECT_EQ(Show(token), "none");
+    EXPECT_TRUE(scanner.AcceptKeyText(token));
+    EXPECT_EQ(Show(token), "word:a");
+    EXPECT_FALSE(scanner.AcceptKeyText(token));
+    EXPECT_EQ(Show(scanner.Expect(Kind::Colon, L"detail")), ":");
+    EXPECT_TRUE(scanner.PeekIs(Kind::StringLiteral));
+    EXPECT_TRUE(scanner.AcceptKeyText(token));
+    EXPECT_EQ(Show(token), "string:b c");
+    EXPECT_EQ(token.GetStart(), 2u);
+    EXPECT_EQ(token.GetEnd(), 7u);
+    EXPECT_LUM_REPORT(UnexpectedToken, "the line", "", scanner.Expect(Kind::Slash, L"the line"));
+    EXPECT_EQ(Show(scanner.GetCurrent()), "int:1");
+    EXPECT_LUM_REPORT(UnexpectedToken, "", "", scanner.Expect(Kind::Slash, L""));
+    EXPECT_TRUE(scanner.Accept(Kind::End));
+}
+
+TEST(VtlScannerTest, SingleTokens) {
+    struct Case {
+        const wchar_t* text;
+        Kind kind;
+        bool isSingle;
+        bool isWhole;
+    };
+    const Case cases[] = {
+        {L"abc", Kind::Identifier, true, true},
+        {L"abc", Kind::StringLiteral, false, false},
+        {L" abc\r", Kind::Identifier, true, false},
+        {L"abc ", Kind::Identifier, true, false},
+        {L"a b", Kind::Identifier, false, false},
+        {L"a//b", Kind::Identifier, false, false},
+        {L"", Kind::Identifier, false, false},
+        {L"true", Kind::Identifier, false, false},
+        {L"Null", Kind::Identifier, false, false},
+        {L"Null", Kind::SpecialLiteral, true, true},
+        {L"12", Kind::IntegerLiteral, true, true},
+        {L"-12", Kind::IntegerLiteral, false, false},
+        {L"99999999999999999999", Kind::IntegerLiteral, false, false},
+        {L"1.5", Kind::RealLiteral, true, true},
+        {L"'a long text in quotes'", Kind::StringLiteral, true, true},
+        {L"'a'b", Kind::StringLiteral, false, false},
+        {L"'a\\'", Kind::StringLiteral, false, false},
+        {L"a\f", Kind::Identifier, false, false},
+    };
+    for (const Case& test : cases) {
+        VtlToken token;
+        VtlToken bare;
+        EXPECT_EQ(VtlScanner::IsSingleToken(test.text, test.kind, token, /*skipValue=*/false),
+                  test.isSingle)
+            << TStringCore(test.text);
+        EXPECT_EQ(VtlScanner::IsSingleToken(test.text, test.kind, bare, /*skipValue=*/true),
+                  test.isSingle)
+            << TStringCore(test.text);
+        EXPECT_TRUE(bare.GetText().isEmpty());
+        EXPECT_EQ(bare.GetKind(), token.GetKind());
+        EXPECT_EQ(VtlScanner::IsWholeToken(test.text, test.kind), test.isWhole)
+            << TStringCore(test.text);
+    }
+    VtlToken token;
+    EXPECT_TRUE(VtlScanner::IsSingleToken(L"12", Kind::IntegerLiteral, token, /*skipValue=*/true));
+    EXPECT_THROW(token.GetInteger(), LumLogicException);
+    EXPECT_TRUE(VtlScanner::IsSingleToken(L"12", Kind::IntegerLiteral, token, /*skipValue=*/false));
+    EXPECT_THROW(token.GetReal(), LumLogicException);
+}
+
+}  // namespace
+}  // namespace lum::core

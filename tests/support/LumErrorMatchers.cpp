@@ -1,0 +1,82 @@
+#include "tests/support/LumErrorMatchers.h"
+
+#include <utility>
+
+namespace lum::test {
+namespace {
+
+std::string ExpectedReport(const ExpectedFailure& expected) {
+    std::string body = core::ErrorToString(expected.error).toStdString();
+    if (!expected.condition.empty()) {
+        body += " (condition \"" + expected.condition + "\" failed)";
+    }
+    return body;
+}
+
+testing::AssertionResult CheckReport(const ExpectedFailure& expected,
+                                     const std::vector<LogCapture::Line>& lines,
+                                     const std::string& context) {
+    // Other levels may carry diagnostics of their own; a failure is reported once.
+    std::vector<std::string> reports;
+    for (const LogCapture::Line& line : lines) {
+        if (line.level == core::LumLogLevel::Failure) {
+            reports.push_back(line.text);
+        }
+    }
+    if (reports.size() != 1) {
+        return testing::AssertionFailure() << reports.size() << " reports in the log";
+    }
+    const std::string source = "Source: ";
+    if (context.rfind(source + "core/", 0) != 0) {
+        return testing::AssertionFailure() << "context is \"" << context << "\"";
+    }
+    const std::string report = "Validation failed at " +
+                               context.substr(source.size(), context.find('\n') - source.size()) +
+                               " -- " + ExpectedReport(expected);
+    if (reports[0] != report) {
+        return testing::AssertionFailure()
+               << "report is  \"" << reports[0] << "\"\nexpected: \"" << report << "\"";
+    }
+    return testing::AssertionSuccess();
+}
+
+}  // namespace
+
+LogCapture::LogCapture() : m_lines(std::make_shared<std::vector<Line>>()) {
+    m_former = core::SetLumLogger(std::make_shared<core::LumLogger>(
+        core::LumLogger::WideSink(),
+        [lines = m_lines](core::LumLogLevel level, const core::TStringCore& text) {
+            lines->push_back({level, text.toStdString()});
+        },
+        [](core::LumLogLevel) { return true; }));
+}
+
+LogCapture::~LogCapture() { core::SetLumLogger(std::move(m_former)); }
+
+testing::AssertionResult FailsAs(const ExpectedFailure& expected,
+                                 const std::function<void()>& statement) {
+    const LogCapture capture;
+    try {
+        statement();
+    } catch (const core::LumException& e) {
+        const bool isLogic = dynamic_cast<const core::LumLogicException*>(&e) != nullptr;
+        std::string details = core::ErrorToString(expected.error).toStdString();
+        if (!expected.details.empty()) {
+            details += "\n" + expected.details;
+        }
+        if (e.GetError() != expected.error || e.GetDetails().toStdString() != details ||
+            isLogic != expected.isLogic) {
+            return testing::AssertionFailure()
+                   << "failed with " << (isLogic ? "logic error " : "")
+                   << static_cast<int>(e.GetError()) << " \"" << e.what() << "\", expected "
+                   << (expected.isLogic ? "logic error " : "") << static_cast<int>(expected.error)
+                   << " \"" << details << "\"";
+        }
+        return expected.isReported
+                   ? CheckReport(expected, capture.GetLines(), e.GetContext().toStdString())
+                   : testing::AssertionSuccess();
+    }
+    return testing::AssertionFailure() << "nothing was thrown";
+}
+
+}  // namespace lum::test
