@@ -21,11 +21,18 @@ COMPONENTS = [
     ("utility", [
         "core/public/lum/core/Check.h",
         "core/public/lum/core/Export.h",
-        "core/public/lum/core/Fwd.h",
         "core/public/lum/core/utility/*",
         "core/_gen/lum/core/utility/*",
         "core/_gen_private/lum/core/utility/*",
         "core/main/utility/*",
+    ]),
+    # Enumerations, and the handle of values, which every level above may name.
+    ("names", [
+        "core/public/lum/core/Fwd.h",
+        "core/public/lum/core/store/SortSpecOrder.h",
+        "core/public/lum/core/store/StoreValueFwd.h",
+        "core/_gen/lum/core/store/SpecialKind.h",
+        "core/_gen/lum/core/types/StoreType.h",
     ]),
     ("types", [
         "core/public/lum/core/types/*",
@@ -34,6 +41,16 @@ COMPONENTS = [
         "core/main/types/*",
     ]),
     ("store", [
+        # Packed rows and views of storage are utilities of the store. The readers of typed keys are
+        # declared here, where collections need them, and implemented over the scanner.
+        "core/public/lum/core/utility/LumTuple.h",
+        "core/public/lum/core/utility/LumTupleData.h",
+        "core/public/lum/core/utility/TupleOperations.h",
+        "core/main/utility/LumTupleData.cpp",
+        "core/main/utility/PackagedArrayView.h",
+        "core/main/utility/Parser.h",
+        "core/main/utility/Parser.cpp",
+        "core/_gen_private/lum/core/serialize/SpecialKindUtil.h",
         "core/public/lum/core/store/*",
         "core/_gen/lum/core/store/*",
         "core/_gen_private/lum/core/store/*",
@@ -57,13 +74,16 @@ COMPONENTS = [
         "core/_gen_private/lum/core/vtl/*",
         "core/main/vtl/*",
     ]),
-    ("umbrella", ["core/public/lum/core/LumCore.h"]),
+    ("umbrella", ["core/_gen/lum/core/LumCore.h"]),
     ("programs", ["examples/*", "tests/*", "fuzz/*", "bench/*"]),
 ]
 
 # Sources that implement a narrow header of their component with the means of a higher one: the
 # component they may reach, and why.
-IMPLEMENTERS = {}
+IMPLEMENTERS = {
+    "core/main/utility/Parser.cpp": (
+        "serialize", "typed keys of collections have the grammar of every other literal"),
+}
 
 # Third-party headers by the start of their name, and who may include them.
 THIRD_PARTY = {

@@ -1,7 +1,9 @@
 #include "Commands.h"
 
+#include <algorithm>
 #include <charconv>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <unordered_map>

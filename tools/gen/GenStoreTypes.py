@@ -180,7 +180,7 @@ def main():
         "core/_gen/lum/core/types/StoreType.h": store_type(types),
         "core/_gen/lum/core/store/SpecialKind.h": special_kind(kinds),
         "core/_gen/lum/core/store/StoreTypeDispatcher.h": dispatcher(types),
-        "core/_gen_private/lum/core/store/StoreTypeSerializerUtils.h": store_type_tables(types),
+        "core/_gen_private/lum/core/types/StoreTypeSerializerUtils.h": store_type_tables(types),
         "core/_gen_private/lum/core/serialize/SpecialKindUtil.h": special_kind_util(kinds),
     }
     stale = []

@@ -8,7 +8,7 @@
 #include "core/main/serialize/NestingLimit.h"
 #include "core/main/serialize/VtlScanner.h"
 #include "lum/core/Check.h"
-#include "lum/core/store/StoreTypeSerializerUtils.h"
+#include "lum/core/types/StoreTypeSerializerUtils.h"
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/ExternalType.h"
 #include "lum/core/types/HeterogeneousTypes.h"
@@ -306,7 +306,7 @@ KeySegment ReadKeySegment(VtlScanner& scanner, TypeColon typeColon) {
     if (colon.Is(Kind::Colon) &&
         (typeColon == TypeColon::AnywhereBehindName || colon.GetStart() == nameEnd)) {
         scanner.Next();
-        LumError error = {};
+        LumError error = LumError::Unspecified;
         type = TryReadType(scanner, error);
         if (type == nullptr) {
             LUM_FAIL(error, scanner.GetText());

@@ -23,7 +23,8 @@ namespace {
 
 // Whether the scanner reads the whole text as one word or one integer.
 bool NeedsNoQuotes(const TStringCore& name) {
-    const VtlToken token = VtlCursor(name, /*skipValue=*/true).Scan();
+    VtlToken token;
+    VtlCursor(name, /*skipValue=*/true).Scan(token);
     return (token.Is(VtlTokenKind::Identifier) || token.Is(VtlTokenKind::IntegerLiteral)) &&
            token.GetStart() == 0 && token.GetEnd() == name.length();
 }
@@ -59,7 +60,7 @@ void AppendParameters(TStringCore& out, const RealType& type) {
 }
 
 void AppendParameters(TStringCore& out, const StringType& type) {
-    // The default collation has one type, so nobody need ask a collator pool, and there may be none.
+    // The default collation has one type; asking for equality would take a collator pool.
     if (&type == StringType::Get()) {
         return;
     }

@@ -1,3 +1,4 @@
+#include <typeinfo>
 #include <utility>
 
 #include "core/main/store/ValueKeyMap.h"
@@ -9,32 +10,75 @@
 namespace lum::core {
 namespace {
 
+/// A place in a walk for reading. Inside key maps it takes no share of the values that it passes,
+/// since these stay where they are; what other collections give has to be held.
+class Cursor {
+public:
+    explicit Cursor(const std::shared_ptr<ValueKeyMap>& root) : m_root(root), m_value(root.get()) {}
+
+    const StoreValue& GetValue() const { return *m_value; }
+    bool IsNull() const { return m_value == nullptr; }
+
+    /// Goes to a member if the place is a key map that has it.
+    bool EnterMember(const RInternString& key) {
+        if (typeid(*m_value) != typeid(ValueKeyMap)) {
+            return false;
+        }
+        const SV* const member = static_cast<const ValueKeyMap*>(m_value)->FindMember(key);
+        if (member == nullptr) {
+            return false;
+        }
+        m_member = member;
+        m_value = member->get();
+        return true;
+    }
+
+    void Enter(SV value) {
+        m_held = std::move(value);
+        m_member = &m_held;
+        m_value = m_held.get();
+    }
+
+    SV Share() const { return m_member == nullptr ? SV(m_root) : *m_member; }
+
+private:
+    const std::shared_ptr<ValueKeyMap>& m_root;
+    const StoreValue* m_value;
+    const SV* m_member = nullptr;  // Where m_value is held; null at the root.
+    SV m_held;
+};
+
 class DataStore final : public IDataStore {
 public:
     explicit DataStore(std::shared_ptr<ValueKeyMap> root) : m_root(std::move(root)) {}
 
     SV GetValue(const KeyPath& path) const override {
-        SV cursor = m_root;
+        Cursor cursor(m_root);
         for (const KeySegment& segment : path.GetSegments()) {
-            CheckCollection(*cursor, path);
-            cursor = cursor->AsCollection().GetValue(segment.GetSegment());
+            if (!cursor.EnterMember(segment.GetSegment())) {
+                CheckCollection(cursor.GetValue(), path);
+                cursor.Enter(cursor.GetValue().AsCollection().GetValue(segment.GetSegment()));
+            }
         }
-        return cursor;
+        return cursor.Share();
     }
 
     SV TryGetValue(const KeyPath& path) const override {
-        SV cursor = m_root;
+        Cursor cursor(m_root);
         for (const KeySegment& segment : path.GetSegments()) {
-            // A special value has no members, whatever its type.
-            if (!IsCollectionStoreType(cursor) || cursor->IsSpecial()) {
-                return nullptr;
-            }
-            cursor = cursor->AsCollection().TryGetValue(segment.GetSegment());
-            if (cursor == nullptr) {
-                return nullptr;
+            if (!cursor.EnterMember(segment.GetSegment())) {
+                // A special value has no members, whatever its type.
+                const StoreValue& value = cursor.GetValue();
+                if (!IsCollectionStoreType(value.GetStoreType()) || value.IsSpecial()) {
+                    return nullptr;
+                }
+                cursor.Enter(value.AsCollection().TryGetValue(segment.GetSegment()));
+                if (cursor.IsNull()) {
+                    return nullptr;
+                }
             }
         }
-        return cursor;
+        return cursor.Share();
     }
 
     void AddValue(const KeyPath& path, SV value) override {

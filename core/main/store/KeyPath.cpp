@@ -34,7 +34,9 @@ const KeyPath& KeyPath::Empty() {
     return s_empty;
 }
 
-const RInternString& KeyPath::GetLeaf() const { return GetLeafSegment().GetSegment(); }
+const RInternString& KeyPath::GetLeaf() const {
+    return GetLeafSegment().GetSegment();
+}
 
 const KeySegment& KeyPath::GetLeafSegment() const {
     LUM_CHECK_NOT(m_segments->empty(), LumError::EmptyKeyPath);

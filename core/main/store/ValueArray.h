@@ -27,6 +27,17 @@ public:
     /// Shares the storage; states no order.
     ValueArray(const ValueArray& other);
 
+private:
+    // The class alone makes arrays over its own storage, which was looked at when it was taken over.
+    struct Unchecked {};
+
+public:
+    /// The stored elements [startIndex, startIndex + count) of an array without indices.
+    ValueArray(Unchecked, const ValueArray& other, lumsize_t startIndex, lumsize_t count);
+    /// The other's storage under `indices`, which may be null.
+    ValueArray(Unchecked, const ValueArray& other, PackagedArrayView<unsigned>&& indices,
+               SortSpecOrder order);
+
     // StoreValue
     StoreType GetStoreType() const override { return StoreType::Array; }
     const Type* GetType() const override { return m_type; }
@@ -99,8 +110,6 @@ private:
     ArrayView<const unsigned> GetIndexRange(lumsize_t startIndex, lumsize_t length) const {
         return {m_indices.GetData() + startIndex, length};
     }
-    /// A new array over this one's storage.
-    SV MakeIndexed(PackagedArrayView<unsigned>&& indices, SortSpecOrder order) const;
 
     const CollectionType* const m_type;
     const PackagedArrayView<T> m_values;

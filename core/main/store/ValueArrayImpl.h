@@ -53,6 +53,24 @@ ValueArray<T>::ValueArray(const ValueArray& other)
       m_indexRange(other.m_indexRange.load(std::memory_order_relaxed)) {}
 
 template <StorageType T>
+ValueArray<T>::ValueArray(Unchecked, const ValueArray& other, lumsize_t startIndex, lumsize_t count)
+    : m_type(other.m_type),
+      m_values(other.m_values, startIndex, count),
+      m_specials(other.m_specials, startIndex, count),
+      m_count(count),
+      m_order(other.m_order) {}
+
+template <StorageType T>
+ValueArray<T>::ValueArray(Unchecked, const ValueArray& other, PackagedArrayView<unsigned>&& indices,
+                          SortSpecOrder order)
+    : m_type(other.m_type),
+      m_values(other.m_values),
+      m_specials(other.m_specials),
+      m_indices(std::move(indices)),
+      m_count(m_indices.IsNull() ? m_values.GetSize() : m_indices.GetSize()),
+      m_order(order) {}
+
+template <StorageType T>
 std::unique_ptr<StoreValue> ValueArray<T>::Clone() const {
     return std::make_unique<ValueArray>(*this);
 }
@@ -91,18 +109,15 @@ const IUniformCollection::StoreValueIterable& ValueArray<T>::GetStoreValueIterab
 }
 
 template <StorageType T>
-SV ValueArray<T>::MakeIndexed(PackagedArrayView<unsigned>&& indices, SortSpecOrder order) const {
-    return std::make_shared<ValueArray>(m_type, m_values, m_specials, std::move(indices), order);
-}
-
-template <StorageType T>
 SV ValueArray<T>::WithIndices(std::shared_ptr<const RawData> indices, SortSpecOrder order) const {
-    return MakeIndexed(PackagedArrayView<unsigned>(std::move(indices)), order);
+    return std::make_shared<ValueArray>(
+        Unchecked(), *this, PackagedArrayView<unsigned>(std::move(indices)), order);
 }
 
 template <StorageType T>
 SV ValueArray<T>::WithIndices(std::vector<unsigned>&& indices, SortSpecOrder order) const {
-    return MakeIndexed(PackagedArrayView<unsigned>(std::move(indices)), order);
+    return std::make_shared<ValueArray>(
+        Unchecked(), *this, PackagedArrayView<unsigned>(std::move(indices)), order);
 }
 
 template <StorageType T>
@@ -129,8 +144,8 @@ SV ValueArray<T>::ComposeIndices(std::vector<unsigned>&& indices, SortSpecOrder 
 template <StorageType T>
 SV ValueArray<T>::Materialize() const {
     if (!HasIndices()) {
-        return std::make_shared<ValueArray>(m_type, m_values, m_specials,
-                                            PackagedArrayView<unsigned>(), m_order);
+        return std::make_shared<ValueArray>(Unchecked(), *this, PackagedArrayView<unsigned>(),
+                                            m_order);
     }
     const bool isInside = AreIndicesInside();
     PackagedArrayView<T> values(GatherColumn(m_values.GetView(), m_indices.GetView(), isInside));
@@ -341,9 +356,7 @@ SV ValueArray<T>::GetRange(lumsize_t startIndex, lumsize_t length, unsigned step
     }
     if (step == 1 && !HasIndices()) {
         const lumsize_t count = std::min(m_count - startIndex, length);
-        return std::make_shared<ValueArray>(m_type, m_values.GetSlice(startIndex, count),
-                                            m_specials.GetSlice(startIndex, count),
-                                            PackagedArrayView<unsigned>(), m_order);
+        return std::make_shared<ValueArray>(Unchecked(), *this, startIndex, count);
     }
     // A length of 0 wraps round to all that the stride reaches, and so does the position; the loop
     // appends at most one index for each element of the array.

@@ -1,5 +1,6 @@
 #include "core/main/store/ValueKeyMap.h"
 
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -31,8 +32,8 @@ void CheckSameType(const SV& value, const SV& stored) {
 }  // namespace
 
 ValueKeyMap::ValueKeyMap(std::unique_ptr<Members> members)
-    : m_dict(members == nullptr ? std::make_unique<Members>() : std::move(members)) {
-    for (const auto& [key, value] : *m_dict) {
+    : m_dict(members == nullptr ? Members() : std::move(*members)) {
+    for (const auto& [key, value] : m_dict) {
         LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
     }
 }
@@ -40,32 +41,30 @@ ValueKeyMap::ValueKeyMap(std::unique_ptr<Members> members)
 // A chain of key maps may be as long as a key path. Members that nobody else holds are taken apart
 // in a loop, since destroying them one inside the other would run out of stack.
 ValueKeyMap::~ValueKeyMap() {
-    std::vector<std::unique_ptr<Members>> rest;
+    std::vector<Members> rest;
     const auto take = [&rest](Members& members) {
         for (auto& [key, value] : members) {
-            if (value.use_count() == 1 && value->GetStoreType() == StoreType::KeyMap) {
-                if (auto* const map = dynamic_cast<ValueKeyMap*>(value.get())) {
-                    rest.push_back(std::exchange(map->m_dict, nullptr));
-                }
+            if (value.use_count() == 1 && typeid(*value) == typeid(ValueKeyMap)) {
+                Members& inner = static_cast<ValueKeyMap&>(*value).m_dict;
+                rest.push_back(std::move(inner));
+                inner.clear();
             }
         }
     };
-    if (m_dict != nullptr) {
-        take(*m_dict);
-    }
+    take(m_dict);
     while (!rest.empty()) {
-        const std::unique_ptr<Members> members = std::move(rest.back());
+        Members members = std::move(rest.back());
         rest.pop_back();
-        take(*members);
+        take(members);
     }
 }
 
-lumsize_t ValueKeyMap::GetCount() const { return LumSizeCastSafe(m_dict->size()); }
+lumsize_t ValueKeyMap::GetCount() const { return LumSizeCastSafe(m_dict.size()); }
 
 const Type* ValueKeyMap::GetType() const {
     std::vector<NamedHeterogeneousType::Member> members;
-    members.reserve(m_dict->size());
-    for (const auto& [key, value] : *m_dict) {
+    members.reserve(m_dict.size());
+    for (const auto& [key, value] : m_dict) {
         members.emplace_back(key, value->GetType());
     }
     return KeyMapType::Get(std::move(members));
@@ -73,39 +72,44 @@ const Type* ValueKeyMap::GetType() const {
 
 std::unique_ptr<StoreValue> ValueKeyMap::Clone() const {
     auto members = std::make_unique<Members>();
-    members->reserve(m_dict->size());
-    for (const auto& [key, value] : *m_dict) {
+    members->reserve(m_dict.size());
+    for (const auto& [key, value] : m_dict) {
         members->emplace(key, value->Clone());
     }
     return std::make_unique<ValueKeyMap>(std::move(members));
 }
 
+const SV* ValueKeyMap::FindMember(const RInternString& key) const {
+    const auto found = m_dict.find(key);
+    return found == m_dict.end() ? nullptr : &found->second;
+}
+
 SV ValueKeyMap::GetMember(const RInternString& key) const {
-    const auto found = m_dict->find(key);
-    LUM_CHECK_TEXT("(itr != m_dict->cend())", found != m_dict->end(), LumError::KeyNotFound,
+    const SV* const member = FindMember(key);
+    LUM_CHECK_TEXT("(itr != m_dict->cend())", member != nullptr, LumError::KeyNotFound,
                    key.GetValue());
-    return found->second;
+    return *member;
 }
 
 SV ValueKeyMap::TryGetValue(const RInternString& key) const {
-    const auto found = m_dict->find(key);
-    return found == m_dict->end() ? nullptr : found->second;
+    const SV* const member = FindMember(key);
+    return member == nullptr ? nullptr : *member;
 }
 
-bool ValueKeyMap::HasKey(const RInternString& key) const { return m_dict->count(key) != 0; }
+bool ValueKeyMap::HasKey(const RInternString& key) const { return m_dict.count(key) != 0; }
 
 void ValueKeyMap::AddValue(RInternString key, const SV& value) {
     CheckKey(key);
     LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
-    const auto result = m_dict->emplace(key, value);
+    const auto result = m_dict.emplace(key, value);
     LUM_CHECK(result.second, LumError::ImmutableValue);
 }
 
 void ValueKeyMap::UpdateValue(RInternString key, const SV& value) {
     CheckKey(key);
     LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
-    const auto itr = m_dict->find(key);
-    LUM_CHECK(itr != m_dict->cend(), LumError::ValueNotYetComputed);
+    const auto itr = m_dict.find(key);
+    LUM_CHECK_TEXT("(itr != m_dict->cend())", itr != m_dict.end(), LumError::ValueNotYetComputed);
     CheckSameType(value, itr->second);
     itr->second = value;
 }
@@ -113,9 +117,9 @@ void ValueKeyMap::UpdateValue(RInternString key, const SV& value) {
 void ValueKeyMap::SetValue(RInternString key, const SV& value) {
     CheckKey(key);
     LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
-    const auto itr = m_dict->find(key);
-    if (itr == m_dict->end()) {
-        m_dict->emplace(key, value);
+    const auto itr = m_dict.find(key);
+    if (itr == m_dict.end()) {
+        m_dict.emplace(key, value);
         return;
     }
     CheckSameType(value, itr->second);
@@ -128,12 +132,12 @@ const SV& ValueKeyMap::GetValueForSpecialKey(SpecialKind /*kind*/) const {
     LUM_FAIL(LumError::SpecialKeysNotSupported);
 }
 
-const SV& ValueKeyMap::GetEntry(const RInternString& key) const { return MapAt(*m_dict, key); }
+const SV& ValueKeyMap::GetEntry(const RInternString& key) const { return MapAt(m_dict, key); }
 
 lumsize_t ValueKeyMap::GetSpecialKeyCount() const { LUM_FAIL(LumError::SpecialKeysNotSupported); }
 
 DictionaryCursor<RInternString, SV> ValueKeyMap::GetEntries() const {
-    return {GetKeyType(), *m_dict};
+    return {GetKeyType(), m_dict};
 }
 
 DictionaryCursor<SpecialKind, SV> ValueKeyMap::GetSpecialEntries() const {

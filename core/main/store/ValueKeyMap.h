@@ -32,6 +32,9 @@ public:
     /// Clones the members one by one.
     std::unique_ptr<StoreValue> Clone() const override;
 
+    /// The member, or null where there is none: for walks that need no share of what they pass.
+    const SV* FindMember(const RInternString& key) const;
+
     // IStoreMutableCollection
     SV TryGetValue(const RInternString& key) const override;
     bool HasKey(const RInternString& key) const override;
@@ -53,7 +56,7 @@ protected:
     const SV& GetEntry(const RInternString& key) const override;
 
 private:
-    std::unique_ptr<Members> m_dict;
+    Members m_dict;
 };
 
 }  // namespace lum::core

@@ -3,7 +3,7 @@
 #include <iterator>
 
 #include "lum/core/Check.h"
-#include "lum/core/store/StoreTypeSerializerUtils.h"
+#include "lum/core/types/StoreTypeSerializerUtils.h"
 #include "lum/core/store/StoreValueFwd.h"
 #include "lum/core/types/ScalarTypes.h"
 #include "lum/core/types/StringType.h"

@@ -25,6 +25,16 @@ public:
     }
     explicit PackagedArrayView(std::vector<T>&& elements)
         : PackagedArrayView(std::make_shared<const VectorRawData<T>>(std::move(elements))) {}
+    /// `length` elements of `other` from `startIndex` on, which the caller has compared with the
+    /// size; null of a null view.
+    PackagedArrayView(const PackagedArrayView& other, lumsize_t startIndex,
+                      lumsize_t length) noexcept
+        : m_storage(other.m_storage) {
+        if (m_storage != nullptr) {
+            m_view = {other.m_view.GetData() + startIndex, length};
+            m_startIndex = other.m_startIndex + startIndex;
+        }
+    }
 
     bool IsNull() const noexcept { return m_storage == nullptr; }
     lumsize_t GetSize() const noexcept { return static_cast<lumsize_t>(m_view.GetSize()); }
@@ -41,17 +51,6 @@ public:
     const T* GetData() const noexcept { return m_view.GetData(); }
     const T& operator[](lumsize_t index) const { return m_view[index]; }
 
-    /// `length` elements from `startIndex` on, which the caller has compared with the size; null of
-    /// a null view.
-    PackagedArrayView GetSlice(lumsize_t startIndex, lumsize_t length) const noexcept {
-        PackagedArrayView slice;
-        if (m_storage != nullptr) {
-            slice.m_storage = m_storage;
-            slice.m_view = {m_view.GetData() + startIndex, length};
-            slice.m_startIndex = m_startIndex + startIndex;
-        }
-        return slice;
-    }
 
 private:
     std::shared_ptr<const RawData> m_storage;

@@ -11,9 +11,9 @@ namespace lum::core {
 
 class Type;
 
-/// The texts of key segments that were written before, for whoever writes many paths: a segment that
-/// is met again is neither scanned nor its type spelled out. Make one, hand it to each writer, and
-/// drop it with the last.
+/// The texts of key segments that were written before, for whoever writes many paths: a segment
+/// that is met again is neither scanned nor its type spelled out. Make one, hand it to each writer,
+/// and drop it with the last.
 ///
 /// Threads: one at a time.
 /// Ownership: keeps the texts until it dies; owns no name and no type.

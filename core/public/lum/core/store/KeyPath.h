@@ -17,8 +17,8 @@
 namespace lum::core {
 
 /// The address of a value in a data store, and the name of whatever a transform reads or writes: a
-/// list of segments, outermost first. A path never changes, other than by assignment; the operations
-/// below make new ones. No name has a special meaning to a path.
+/// list of segments, outermost first. A path never changes, other than by assignment; the
+/// operations below make new ones. No name has a special meaning to a path.
 ///
 /// Two paths are equal when their names are, in order; the types of the segments take no part in
 /// equality, hash and order.
@@ -98,14 +98,15 @@ public:
     }
 
     /// The path of a text: segments separated by "/", each a word, an integer or a quoted string,
-    /// and behind it optionally ":" and a type: "a/b", "a/'two words'/12", "a:A<i>/b:M{ x:i, y:s }".
-    /// An integer is taken as number, so that "007" names "7". Blanks may stand between the parts.
+    /// and behind it optionally ":" and a type. Blanks may stand between the parts. For instance
+    /// "a/b", "a/'two words'/12", "a:A<i>/b:K<s,P{ i, b }>". An integer is taken as number, so that
+    /// "007" names "7".
     ///
     /// Errors, the first three with the text as details: UnexpectedToken where it is no such text,
     /// where something follows, and where types nest more than 256 levels; InvalidStoreType for the
     /// code of a type that is longer than one character; UnknownTypeName for an unknown code; those
-    /// of making the types; std::out_of_range, "invalid unordered_map<K, T> key", for the name of an
-    /// unknown external type.
+    /// of making the types; std::out_of_range, "invalid unordered_map<K, T> key", for the name of
+    /// an unknown external type.
     static KeyPath ParseString(const TStringCore& text);
     /// The text form without types. Names that are neither words nor integers are quoted. Empty
     /// names leave no text, and at the start of the path no separator, so such paths do not read

@@ -1,0 +1,269 @@
+#include "lum/core/store/KeyPath.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <bit>
+#include <cstddef>
+#include <functional>
+#include <random>
+#include <string>
+#include <thread>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "lum/core/types/ScalarTypes.h"
+#include "tests/support/LumErrorMatchers.h"
+
+namespace lum::core {
+namespace {
+
+// A move that left an empty list behind would break the next use of the source.
+static_assert(std::is_nothrow_copy_constructible_v<KeyPath> &&
+              std::is_nothrow_move_constructible_v<KeyPath> &&
+              std::is_nothrow_copy_assignable_v<KeyPath> &&
+              std::is_nothrow_move_assignable_v<KeyPath>);
+
+using Names = std::vector<std::u16string>;
+
+KeyPath MakePath(const Names& names) {
+    std::vector<KeySegment> segments;
+    for (const std::u16string& name : names) {
+        segments.emplace_back(TStringCore(name), nullptr);
+    }
+    return KeyPath(std::move(segments));
+}
+
+Names NamesOf(const KeyPath& path) {
+    Names names;
+    for (const KeySegment& segment : path.GetSegments()) {
+        names.emplace_back(segment.GetSegment().GetValue().view());
+    }
+    return names;
+}
+
+bool IsShared(const KeyPath& a, const KeyPath& b) {
+    return &a.GetSegments() == &b.GetSegments();
+}
+
+TEST(KeyPathTest, Constructors) {
+    const KeySegment typed(L"a", IntType::Get32());
+    EXPECT_EQ(NamesOf(KeyPath()), Names());
+    EXPECT_EQ(NamesOf(KeyPath(RInternString(L"a"))), Names{u"a"});
+    EXPECT_EQ(NamesOf(KeyPath({L"a"})), Names{u"a"});
+    EXPECT_EQ(NamesOf(KeyPath({L"a", L"b"})), (Names{u"a", u"b"}));
+    EXPECT_FALSE(KeyPath({L"a", L"b"}).GetLeafSegment().HasType());
+    EXPECT_TRUE(KeyPath(typed).GetLeafSegment().TypeAwareEquals(typed));
+
+    std::vector<KeySegment> segments{typed, typed};
+    const KeySegment* const first = segments.data();
+    const KeyPath taken(std::move(segments));
+    EXPECT_EQ(taken.GetSegments().data(), first);
+    EXPECT_EQ(taken.GetCount(), 2u);
+}
+
+TEST(KeyPathTest, SharesItsSegments) {
+    const KeyPath path = MakePath({u"a", u"b"});
+    KeyPath source = path;
+    const KeyPath moved = std::move(source);
+    KeyPath assigned;
+    assigned = std::move(source);  // NOLINT(bugprone-use-after-move): a moved path is still whole.
+    EXPECT_TRUE(IsShared(source, path));
+    EXPECT_TRUE(IsShared(moved, path));
+    EXPECT_TRUE(IsShared(assigned, path));
+    assigned = *&assigned;
+    EXPECT_TRUE(IsShared(assigned, path));
+
+    const KeyPath one = MakePath({u"a"});
+    EXPECT_TRUE(IsShared(KeyPath(), KeyPath::Empty()));
+    EXPECT_TRUE(IsShared(one.GetParent(), KeyPath::Empty()));
+    EXPECT_TRUE(IsShared(one.GetTail(), KeyPath::Empty()));
+    EXPECT_TRUE(IsShared(KeyPath().Add(path), path));
+    EXPECT_FALSE(IsShared(path.Add(KeyPath()), path));
+    EXPECT_EQ(path.Add(KeyPath()), path);
+}
+
+// Only the last name decides; a path that counts as empty gives way to what is added as a path.
+TEST(KeyPathTest, EmptyByTheLeaf) {
+    struct Case {
+        Names names;
+        bool isEmpty;
+        Names withPath;  // Of adding the path b.
+    };
+    const Case cases[] = {
+        {{}, true, {u"b"}},
+        {{u""}, true, {u"b"}},
+        {{u"a", u""}, true, {u"b"}},
+        {{u"a"}, false, {u"a", u"b"}},
+        {{u"", u"a"}, false, {u"", u"a", u"b"}},
+    };
+    const KeyPath other({L"b"});
+    for (const Case& test : cases) {
+        const KeyPath path = MakePath(test.names);
+        EXPECT_EQ(path.IsEmpty(), test.isEmpty);
+        EXPECT_EQ(path.GetCount(), test.names.size());
+        EXPECT_EQ(NamesOf(path.Add(other)), test.withPath);
+        EXPECT_EQ(path.Add(RInternString(L"b")).GetCount(), test.names.size() + 1);
+    }
+}
+
+TEST(KeyPathTest, Parts) {
+    const KeySegment typed(L"b", IntType::Get32());
+    const KeyPath path = KeyPath({L"a"}).Add(typed).Add(RInternString(L""));
+    EXPECT_EQ(path.GetLeaf(), L"");
+    EXPECT_EQ(NamesOf(path.GetParent()), (Names{u"a", u"b"}));
+    EXPECT_TRUE(path.GetParent().GetLeafSegment().TypeAwareEquals(typed));
+    EXPECT_EQ(NamesOf(path.GetTail()), (Names{u"b", u""}));
+    EXPECT_TRUE(path.GetTail().GetSegments().front().TypeAwareEquals(typed));
+    EXPECT_EQ(path.GetCount(), 3u);
+
+    const char* const condition = "!(m_segments->empty())";
+    EXPECT_LUM_REPORT(EmptyKeyPath, "", condition, KeyPath().GetLeaf());
+    EXPECT_LUM_REPORT(EmptyKeyPath, "", condition, KeyPath().GetLeafSegment());
+    EXPECT_LUM_REPORT(EmptyKeyPath, "", condition, KeyPath().GetParent());
+    EXPECT_LUM_REPORT(EmptyKeyPath, "", condition, KeyPath().GetTail());
+    EXPECT_LUM_REPORT(EmptyKeyPath, "", condition, KeyPath().AddVersion(1));
+}
+
+TEST(KeyPathTest, Versions) {
+    const KeyPath path = KeyPath({L"a"}).Add(KeySegment(L"b", IntType::Get32()));
+    const KeyPath once = path.AddVersion(3);
+    EXPECT_EQ(NamesOf(once), (Names{u"a", u"b#3"}));
+    EXPECT_EQ(once.GetLeafSegment().GetType(), IntType::Get32());
+    EXPECT_EQ(NamesOf(once.AddVersion(4294967295)), (Names{u"a", u"b#3#4294967295"}));
+    EXPECT_EQ(NamesOf(path), (Names{u"a", u"b"}));
+}
+
+TEST(KeyPathTest, TypesTakeNoPart) {
+    const KeySegment segments[] = {
+        {L"a", nullptr}, {L"a", IntType::Get32()}, {L"a", BoolType::Get()}};
+    for (const KeySegment& left : segments) {
+        for (const KeySegment& right : segments) {
+            const KeyPath a(left);
+            const KeyPath b(right);
+            EXPECT_TRUE(left == right && a == b);
+            EXPECT_EQ(std::hash<KeySegment>()(left), std::hash<KeySegment>()(right));
+            EXPECT_EQ(std::hash<KeyPath>()(a), std::hash<KeyPath>()(b));
+            EXPECT_FALSE(KeyPath::Compare()(a, b));
+
+            const bool isSame = &left == &right;
+            EXPECT_EQ(left.TypeAwareEquals(right), isSame);
+            EXPECT_EQ(left.GetTypeAwareHashValue() == right.GetTypeAwareHashValue(), isSame);
+        }
+    }
+    EXPECT_FALSE(segments[0].TypeAwareEquals(KeySegment(L"b", nullptr)));
+}
+
+TEST(KeyPathTest, HashesAreAsDefined) {
+    EXPECT_EQ(KeyPath().GetHashValue(), 0u);
+    const KeyPath path = MakePath({u"hash", u"of", u"three"});
+    uint64 expected = 0;
+    for (const KeySegment& segment : path.GetSegments()) {
+        const uint64 id = segment.GetSegment().GetStringId();
+        expected ^= (expected >> 2) + id + (expected << 6) + 0x9e3779b9;
+    }
+    const KeyPath early = path;
+    EXPECT_EQ(path.GetHashValue(), expected);
+    const KeyPath late = path;
+    KeyPath assigned;
+    assigned = path;
+    for (const KeyPath* copy : {&path, &early, &late, static_cast<const KeyPath*>(&assigned)}) {
+        EXPECT_EQ(copy->GetHashValue(), expected);
+    }
+
+    const KeySegment typed(L"hash", IntType::Get64());
+    uint64 typeHash = 0xcbf29ce484222325;
+    for (const unsigned char byte :
+         std::bit_cast<std::array<unsigned char, 8>>(static_cast<const Type*>(IntType::Get64()))) {
+        typeHash = (typeHash ^ byte) * 0x100000001b3;
+    }
+    const uint64 id = typed.GetSegment().GetStringId();
+    EXPECT_EQ(typed.GetHashValue(), id);
+    EXPECT_EQ(typed.GetTypeAwareHashValue(), (typeHash + (id << 6) + 0x9e3779b9 + (id >> 2)) ^ id);
+}
+
+// Names are compared unit by unit, so that those above U+FFFF, which are pairs, stand before some
+// single units; and by text, not in the order in which they were first used.
+TEST(KeyPathTest, Order) {
+    const Names lastFirst = {u"order-z", u"order-y", u"order-x"};
+    EXPECT_EQ(MakePath(lastFirst).GetCount(), 3u);
+    const std::vector<Names> ordered = {
+        {},           {u""},
+        {u"Z"},       {u"a"},
+        {u"aa"},      {u"order-x"},
+        {u"order-y"}, {u"order-z"},
+        {u"z"},       {u"\xD83D\xDE00"},
+        {u"\xFF21"},  {u"", u"z"},
+        {u"a", u"a"}, {u"a", u"b"},
+        {u"b", u"a"}, {u"a", u"a", u"a"},
+    };
+    for (std::size_t i = 0; i < ordered.size(); ++i) {
+        for (std::size_t j = 0; j < ordered.size(); ++j) {
+            EXPECT_EQ(KeyPath::Compare()(MakePath(ordered[i]), MakePath(ordered[j])), i < j)
+                << i << " and " << j;
+        }
+    }
+    // An id that was never given out has an empty text, and is still another name.
+    const KeyPath unissued(RInternString(uint64{1} << 40));
+    EXPECT_FALSE(KeyPath::Compare()(unissued, MakePath({u""})));
+    EXPECT_FALSE(KeyPath::Compare()(MakePath({u""}), unissued));
+    EXPECT_NE(unissued, MakePath({u""}));
+}
+
+bool IsPrefix(const Names& a, const Names& b) {
+    return a.size() <= b.size() &&
+           Names(b.begin(), b.begin() + static_cast<std::ptrdiff_t>(a.size())) == a;
+}
+
+TEST(KeyPathTest, RelationsAgainstLists) {
+    std::mt19937 random(1);
+    const char16_t* const alphabet[] = {u"", u"a", u"b", u"ab"};
+    std::vector<Names> lists;
+    for (int i = 0; i < 60; ++i) {
+        Names& list = lists.emplace_back();
+        for (unsigned int left = random() % 5; left > 0; --left) {
+            list.emplace_back(alphabet[random() % 4]);
+        }
+    }
+    for (const Names& left : lists) {
+        for (const Names& right : lists) {
+            const KeyPath a = MakePath(left);
+            const KeyPath b = MakePath(right);
+            ASSERT_EQ(a == b, left == right);
+            ASSERT_EQ(a != b, left != right);
+            ASSERT_TRUE(a != b || a.GetHashValue() == b.GetHashValue());
+            ASSERT_EQ(a.IsPrefixOf(b), IsPrefix(left, right));
+            // Not about the ends of paths, in spite of the name.
+            ASSERT_EQ(a.IsSuffixOf(b), IsPrefix(right, left));
+            ASSERT_EQ(KeyPath::Compare()(a, b),
+                      left.size() != right.size() ? left.size() < right.size() : left < right);
+        }
+    }
+}
+
+TEST(KeyPathTest, ManyThreadsShareOnePath) {
+    for (int round = 0; round < 20; ++round) {
+        const KeyPath path = MakePath({u"threads", u"share", u"this"});
+        std::vector<std::thread> threads;
+        std::vector<uint64> hashes(4);
+        for (uint64& hash : hashes) {
+            threads.emplace_back([&path, &hash] {
+                const KeyPath copy = path;
+                hash = path.GetHashValue();
+                if (copy.GetHashValue() != hash || KeyPath(copy).GetParent() != path.GetParent()) {
+                    hash = 0;
+                }
+            });
+        }
+        for (std::thread& thread : threads) {
+            thread.join();
+        }
+        for (const uint64 hash : hashes) {
+            EXPECT_EQ(hash, path.GetHashValue());
+        }
+    }
+}
+
+}  // namespace
+}  // namespace lum::core
