@@ -20,7 +20,7 @@ readonly shown_columns=100
 run_host() {
     local explanation=$1 output lines word
     shift
-    output=$(build/release/examples/lumhost "$@") || fail "failed: lumhost $*"
+    output=$(build/release/examples/host/lumhost "$@") || fail "failed: lumhost $*"
     lines=$(wc -l <<<"$output")
     printf '\n# %s\n' "$explanation"
     printf '$ lumhost'

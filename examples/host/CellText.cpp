@@ -72,11 +72,9 @@ bool IsCalendarDay(const DateTimeFields& date) {
     if (date.year < 400 || date.year > 23829 || date.month < 1 || date.month > 12) {
         return false;
     }
-    const bool isJulianCalendar =
-        date.year < 1582 ||
-        (date.year == 1582 && (date.month < 10 || (date.month == 10 && date.day < 15)));
+    // The February of 1582, the year of the change, was still one of the Julian calendar.
     const bool isLeapYear =
-        date.year % 4 == 0 && (isJulianCalendar || date.year % 100 != 0 || date.year % 400 == 0);
+        date.year % 4 == 0 && (date.year <= 1582 || date.year % 100 != 0 || date.year % 400 == 0);
     const int days = kDaysInMonth[date.month - 1] + (date.month == 2 && isLeapYear ? 1 : 0);
     const bool isInTheGap = date.year == 1582 && date.month == 10 && date.day > 4 && date.day < 15;
     return date.day >= 1 && date.day <= days && !isInTheGap;

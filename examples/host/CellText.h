@@ -23,11 +23,12 @@ enum CellKind : unsigned {
 /// number would lose.
 CellKind ClassifyCell(std::string_view text);
 
-/// A date and a time of day. The fraction counts 0.1 milliseconds.
+/// A date and a time of day; the first moment of 1900 unless told. The fraction counts 0.1
+/// milliseconds.
 struct DateTimeFields {
-    int year = 0;
-    int month = 0;
-    int day = 0;
+    int year = 1900;
+    int month = 1;
+    int day = 1;
     int hour = 0;
     int minute = 0;
     int second = 0;

@@ -57,14 +57,18 @@ std::optional<std::string_view> ReadText(std::string_view text) {
 template <auto readCell>
 class TypedColumnBuilder : public ColumnBuilder {
 public:
-    using Storage = decltype(ToStorage(*readCell(std::string_view())));
+    using Cell = typename decltype(readCell(std::string_view()))::value_type;
+    using Storage = decltype(ToStorage(Cell()));
     static constexpr bool kIsText = std::is_same_v<Storage, RIndirectString>;
 
     TypedColumnBuilder(const Type* elementType, ColumnType type, const std::string& file,
                        const std::string& name, std::size_t rowCount)
-        : m_elementType(elementType), m_type(type), m_file(file), m_name(name) {
+        : m_elementType(elementType),
+          m_type(type),
+          m_file(file),
+          m_name(name),
+          m_rowCount(rowCount) {
         m_values->reserve(rowCount);
-        m_rowCount = rowCount;
     }
 
     void Append(const CsvRows& rows, std::size_t column) override {
@@ -99,7 +103,7 @@ private:
             m_specials->reserve(m_rowCount);
             m_specials->resize(m_values->size(), SpecialKind::Normal);
         }
-        m_values->emplace_back();
+        m_values->push_back(m_placeholder);
         m_specials->push_back(SpecialKind::Null);
     }
 
@@ -112,10 +116,13 @@ private:
     }
 
     const Type* m_elementType;
+    // Stands under each Null. A valid value of the type, since some readers of a column take its
+    // values without asking for the kinds.
+    const Storage m_placeholder = ToStorage(Cell());
     ColumnType m_type;
     std::string m_file;
     std::string m_name;
-    std::size_t m_rowCount = 0;
+    std::size_t m_rowCount;
     std::unique_ptr<std::vector<Storage>> m_values = std::make_unique<std::vector<Storage>>();
     std::unique_ptr<std::vector<SpecialKind>> m_specials;  // Null while every cell has a value.
 };

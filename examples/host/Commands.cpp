@@ -56,9 +56,9 @@ KeyPath ParseKeyPath(const std::string& text) {
     }
 }
 
-// The value at the path. Walked by a path, an array gives what is stored for a cell, which under a
-// special is a placeholder; GetElement gives the special.
-SV FindValue(const IDataStore& store, const KeyPath& path) {
+// Walked by a path, an array gives what is stored for a cell, which under a special is a
+// placeholder; GetElement gives the special.
+SV WalkTo(const IDataStore& store, const KeyPath& path) {
     const SV value = store.GetValue(path);
     if (path.GetCount() < 2) {
         return value;
@@ -71,6 +71,17 @@ SV FindValue(const IDataStore& store, const KeyPath& path) {
     return parent->GetStoreType() == StoreType::Array && isIndex
                ? parent->AsArray().GetElement(index)
                : value;
+}
+
+SV FindValue(const IDataStore& store, const KeyPath& path, const std::string& file) {
+    try {
+        return WalkTo(store, path);
+    } catch (const LumRuntimeException&) {
+        // Why not, the library's log says.
+        throw FileError(
+            file, 0,
+            "there is no value at the key path " + QuoteForMessage(path.ToString().toStdString()));
+    }
 }
 
 TStringCore FormatStore(const IDataStore& store, JsonStyle style) {
@@ -92,8 +103,8 @@ void Show(const Options& options, const std::optional<KeyPath>& path,
         members.emplace(column.name, column.values);
     }
     const std::unique_ptr<IDataStore> store = factory::MakeDataStore(std::move(members));
-    WriteLine(
-        out, path ? SerializeValue(*FindValue(*store, *path)) : FormatStore(*store, options.style));
+    WriteLine(out, path ? SerializeValue(*FindValue(*store, *path, options.file))
+                        : FormatStore(*store, options.style));
 }
 
 void ShowTypes(const std::vector<NamedColumn>& columns, std::ostream& out) {

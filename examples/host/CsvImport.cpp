@@ -53,7 +53,7 @@ std::vector<std::string> ReadHeader(CsvReader& reader, const std::string& file) 
 std::vector<std::string> NumberColumns(std::size_t count) {
     std::vector<std::string> names;
     for (std::size_t column = 1; column <= count; ++column) {
-        names.push_back("c" + std::to_string(column));
+        names.push_back(std::string("c").append(std::to_string(column)));
     }
     return names;
 }

@@ -4,6 +4,7 @@
 #include <bit>
 #include <cstdint>
 #include <cstring>
+#include <utility>
 
 #include "FileError.h"
 
@@ -44,6 +45,11 @@ char* FindStructure(char* position) {
     }
 }
 
+// Room for `capacity` bytes of text and a word behind it.
+std::unique_ptr<char[]> MakeBuffer(std::size_t capacity) {
+    return std::make_unique_for_overwrite<char[]>(capacity + kWord);
+}
+
 unsigned long long CountLineEnds(const char* begin, const char* end) {
     return static_cast<unsigned long long>(std::count(begin, end, '\n'));
 }
@@ -57,8 +63,10 @@ std::string Fields(std::size_t count) {
 CsvReader::CsvReader(TextSource& source, std::size_t bufferBytes, std::size_t maxRowBytes)
     : m_source(source),
       m_maxRowBytes(maxRowBytes),
-      m_buffer(std::max(bufferBytes, kMinBufferBytes) + kWord) {
-    m_next = m_end = m_buffer.data();
+      m_capacity(std::max(bufferBytes, kMinBufferBytes)),
+      m_buffer(MakeBuffer(m_capacity)),
+      m_next(m_buffer.get()),
+      m_end(m_next) {
     Refill();
     constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
     if (std::string_view(m_next, static_cast<std::size_t>(m_end - m_next))
@@ -206,26 +214,26 @@ void CsvReader::UndoubleQuotes(CsvRows& rows) const {
 
 void CsvReader::Refill() {
     const auto kept = static_cast<std::size_t>(m_end - m_next);
-    std::size_t capacity = m_buffer.size() - kWord;
-    if (kept == capacity) {
-        if (capacity >= m_maxRowBytes) {
+    if (kept == m_capacity) {
+        if (m_capacity >= m_maxRowBytes) {
             Fail(m_next, "the row is longer than " + std::to_string(m_maxRowBytes) +
                              " bytes (perhaps a quote is not closed)");
         }
         // Doubling keeps the cost of reading a long row again from its start in proportion.
-        std::vector<char> larger(capacity * 2 + kWord);
-        std::memcpy(larger.data(), m_next, kept);
-        m_buffer.swap(larger);
-        capacity *= 2;
+        std::unique_ptr<char[]> larger = MakeBuffer(m_capacity * 2);
+        std::memcpy(larger.get(), m_next, kept);
+        m_buffer = std::move(larger);
+        m_capacity *= 2;
     } else if (kept > 0) {
-        std::memmove(m_buffer.data(), m_next, kept);
+        std::memmove(m_buffer.get(), m_next, kept);
     }
-    m_next = m_buffer.data();
-    const std::size_t count = m_source.Read(m_next + kept, capacity - kept);
+    m_next = m_buffer.get();
+    const std::size_t wanted = m_capacity - kept;
+    const std::size_t count = m_source.Read(m_next + kept, wanted);
     m_bytesRead += count;
-    m_sourceHasEnded = count < capacity - kept;
+    m_sourceHasEnded = count < wanted;
     m_end = m_next + kept + count;
-    *m_end = '\n';
+    std::memset(m_end, '\n', kWord);
 }
 
 void CsvReader::Fail(const char* position, const std::string& text) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -62,9 +63,10 @@ private:
 
     TextSource& m_source;
     std::size_t m_maxRowBytes;
-    std::vector<char> m_buffer;
+    std::size_t m_capacity;  // Of the buffer, for text.
+    std::unique_ptr<char[]> m_buffer;
     char* m_next;  // The first row not yet given; m_next..m_end is text.
-    char* m_end;   // A line feed stands here, behind the text, so that every scan stops.
+    char* m_end;   // Line feeds stand behind the text, so that every scan stops.
     bool m_sourceHasEnded = false;
     unsigned long long m_bytesRead = 0;
     unsigned long long m_line = 1;  // Of m_next.

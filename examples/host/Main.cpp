@@ -4,6 +4,7 @@
 #include <iostream>
 #include <memory>
 #include <new>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -21,9 +22,12 @@ constexpr int kDone = 0;
 constexpr int kDataFault = 1;
 constexpr int kUsageFault = 2;
 
-// The library's exceptions put their details on a line of their own.
+// The library's exceptions put their details on a line of their own, behind a message that may end
+// with a blank.
 std::string OnOneLine(std::string text) {
-    std::replace(text.begin(), text.end(), '\n', ' ');
+    for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', end)) {
+        text.replace(end, 1, end > 0 && text[end - 1] == ' ' ? "" : " ");
+    }
     return text;
 }
 
@@ -83,6 +87,8 @@ int main(int argumentCount, char** arguments) {
         return Fail(kDataFault, "lumhost: " + OnOneLine(error.what()));
     } catch (const std::bad_alloc&) {
         return Fail(kDataFault, "lumhost: out of memory");
+    } catch (const std::length_error&) {
+        return Fail(kDataFault, "lumhost: the JSON text is too long; show one column of it");
     } catch (const std::exception& error) {
         return Fail(kDataFault, std::string("lumhost: ") + error.what());
     }

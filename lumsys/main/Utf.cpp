@@ -1,7 +1,5 @@
 #include "lumsys/main/Utf.h"
 
-#include <algorithm>
-
 #include "lumsys/TStringCore.h"
 
 namespace lumsys {
@@ -89,15 +87,18 @@ void AppendUtf8(TStringCore& text, const char* bytes, std::size_t count) {
 }
 
 void AppendWide(TStringCore& text, const wchar_t* characters, std::size_t count) {
-    const std::size_t widest = sizeof(wchar_t) == sizeof(char16_t) ? 1 : 2;
-    char16_t* const start =
-        text.prepareAppend(std::min(count, TStringCore::kMaxLength) * widest);
-    char16_t* out = start;
+    // Exactly the room that is needed, so that short text stays inline.
+    std::size_t length = count;
+    for (std::size_t i = 0; i < count; ++i) {
+        const auto code = static_cast<char32_t>(characters[i]);
+        length += code > 0xFFFF && code <= 0x10FFFF ? 1 : 0;
+    }
+    char16_t* out = text.prepareAppend(length);
     for (std::size_t i = 0; i < count; ++i) {
         const auto code = static_cast<char32_t>(characters[i]);
         out = WriteCodePoint(code > 0x10FFFF ? kReplacement : code, out);
     }
-    text.commitAppend(static_cast<std::size_t>(out - start));
+    text.commitAppend(length);
 }
 
 std::string ToUtf8(const char16_t* units, std::size_t count) {

@@ -20,6 +20,7 @@ struct KindCase {
 
 TEST(CellTextTest, ClassifiesCells) {
     const std::string longZero = "0." + std::string(400, '0');
+    const std::string tooLarge = "1" + std::string(400, '0') + ".0";
     const KindCase cases[] = {
         {"true", kBoolCell},
         {"False", kBoolCell},
@@ -57,6 +58,7 @@ TEST(CellTextTest, ClassifiesCells) {
         {"4.9e-324", kReal64Cell},
         {"1e-324", kTextCell},
         {longZero.c_str(), kReal64Cell},
+        {tooLarge.c_str(), kTextCell},
         {".", kTextCell},
         {"-.", kTextCell},
         {"+", kTextCell},

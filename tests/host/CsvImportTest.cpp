@@ -3,8 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <bit>
-#include <cctype>
 #include <charconv>
+#include <cmath>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -17,6 +17,8 @@
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/KeyPath.h"
 #include "lum/core/store/StoreValue.h"
+#include "lum/core/types/CollectionTypes.h"
+#include "lum/core/types/ScalarTypes.h"
 #include "lum/core/utility/Collation.h"
 #include "lum/core/utility/LumDateTime.h"
 #include "lum/core/utility/LumException.h"
@@ -197,13 +199,14 @@ TEST(CsvImportTest, DaysAreThoseOfTheLibrary) {
         }
     };
     const auto twoDigits = [](int number) {
-        return (number < 10 ? "0" : "") + std::to_string(number);
+        return std::string(number < 10 ? "0" : "").append(std::to_string(number));
     };
     const auto check = [&](int year) {
         for (int month = 0; month <= 13; ++month) {
             for (const int day : {0, 1, 4, 5, 14, 15, 28, 29, 30, 31, 32}) {
-                const std::string text = (year < 1000 ? "0" : "") + std::to_string(year) + '-' +
-                                         twoDigits(month) + '-' + twoDigits(day);
+                const std::string text = std::string(year < 1000 ? "0" : "") +
+                                         std::to_string(year) + '-' + twoDigits(month) + '-' +
+                                         twoDigits(day);
                 ASSERT_EQ(ReadDate(text).has_value(), isDay(year, month, day)) << text;
             }
         }

@@ -24,7 +24,7 @@ protected:
         std::filesystem::create_directories(m_folder);
         // Files are named in the folder itself, so that messages show short names.
         std::filesystem::copy(LUMHOST_TEST_DATA, m_folder,
-                              std::filesystem::copy_options::overwrite_existing);
+                              std::filesystem::copy_options::recursive);
     }
     ~ProgramTest() override { std::filesystem::remove_all(m_folder); }
 
@@ -125,8 +125,12 @@ TEST_F(ProgramTest, FaultsOfTheData) {
                 "ragged.csv:3: the row has 1 field, but the first row has 2 fields\n");
     ExpectFault(Run("types none.csv"), 1, "none.csv: No such file or directory\n");
     ExpectFault(Run("types ."), 1, ".: Is a directory\n");
-    ExpectFault(Run("show penguins.csv nothing"), 1, "lumhost: no value found at key  nothing\n");
-    ExpectFault(Run("show penguins.csv Sex/344"), 1, "");
+    ExpectFault(Run("show penguins.csv nothing"), 1,
+                "penguins.csv: there is no value at the key path \"nothing\"\n");
+    ExpectFault(Run("show penguins.csv Sex/344"), 1,
+                "penguins.csv: there is no value at the key path \"Sex/344\"\n");
+    ExpectFault(Run("show penguins.csv Sex/3/1"), 1,
+                "penguins.csv: there is no value at the key path \"Sex/3/1\"\n");
 }
 
 TEST_F(ProgramTest, FaultsOfTheCommandLine) {

@@ -35,10 +35,11 @@ private:
 /// What EXPECT_LUM_ERROR and its kin ask of a failure.
 struct ExpectedFailure {
     core::LumError error;
-    std::string details;           // Behind the code's message; may be empty.
-    bool isReported = false;       // Then the log line and the context are looked at.
-    std::string condition = {};    // Of the report; empty for an unconditional failure.
-    bool isLogic = false;          // LumLogicException instead of LumRuntimeException.
+    std::string details;         // Behind the code's message; may be empty.
+    bool isReported = false;     // Then the log line and the context are looked at.
+    std::string condition = {};  // Of the report; empty for an unconditional failure.
+    bool isLogic = false;        // LumLogicException instead of LumRuntimeException.
+    bool isPlain = false;        // Then there may be neither a report nor a context.
 };
 
 testing::AssertionResult FailsAs(const ExpectedFailure& expected,
@@ -50,13 +51,17 @@ testing::AssertionResult FailsAs(const ExpectedFailure& expected,
 #define EXPECT_LUM_ERROR(code, details, ...)                                 \
     EXPECT_TRUE(::lum::test::FailsAs({::lum::core::LumError::code, details}, \
                                      [&] { static_cast<void>(__VA_ARGS__); }))
-/// As above; and it was reported: one line in the log that names the condition, and a context.
-#define EXPECT_LUM_REPORT(code, details, condition, ...)                                      \
-    EXPECT_TRUE(                                                                              \
-        ::lum::test::FailsAs({::lum::core::LumError::code, details, true, condition},         \
+/// As above, with neither a report in the log nor a context.
+#define EXPECT_LUM_PLAIN_ERROR(code, details, ...)                                           \
+    EXPECT_TRUE(                                                                             \
+        ::lum::test::FailsAs({::lum::core::LumError::code, details, false, "", false, true}, \
                              [&] { static_cast<void>(__VA_ARGS__); }))
-/// As above, with LumLogicException.
-#define EXPECT_LUM_LOGIC_REPORT(code, details, condition, ...)                                \
-    EXPECT_TRUE(                                                                              \
-        ::lum::test::FailsAs({::lum::core::LumError::code, details, true, condition, true},   \
+/// As EXPECT_LUM_ERROR, with one report in the log that names the condition, and a context.
+#define EXPECT_LUM_REPORT(code, details, condition, ...)                                      \
+    EXPECT_TRUE(::lum::test::FailsAs({::lum::core::LumError::code, details, true, condition}, \
+                                     [&] { static_cast<void>(__VA_ARGS__); }))
+/// As EXPECT_LUM_REPORT, with LumLogicException.
+#define EXPECT_LUM_LOGIC_REPORT(code, details, condition, ...)                              \
+    EXPECT_TRUE(                                                                            \
+        ::lum::test::FailsAs({::lum::core::LumError::code, details, true, condition, true}, \
                              [&] { static_cast<void>(__VA_ARGS__); }))

@@ -25,29 +25,47 @@ void CompactJsonBuilder::AppendKey(const TStringCore& key) {
 void CompactJsonBuilder::AppendString(const TStringCore& text) {
     const TStringCore kept = text;  // It may be this builder's own.
     TextRoom room(m_text);
-    room.Ensure(kept.length() + 2);
-    room.Append(u'"');
-    AppendEscaped(room, kept.data(), kept.length());
-    room.Append(u'"');
+    char16_t* out = room.Ensure(nullptr, kept.length() + 2);
+    *out++ = u'"';
+    out = WriteEscaped(room, kept.data(), kept.length(), out);
+    out = room.Ensure(out, 1);
+    *out++ = u'"';
+    room.Commit(out);
 }
 
-void CompactJsonBuilder::AppendUnquotedString(const TStringCore& text) { m_text += text; }
+void CompactJsonBuilder::AppendUnquotedString(const TStringCore& text) {
+    m_text += text;
+}
 
-void CompactJsonBuilder::AppendSeparator() { m_text += u','; }
+void CompactJsonBuilder::AppendSeparator() {
+    m_text += u',';
+}
 
-void CompactJsonBuilder::BeginArray() { m_text += u'['; }
+void CompactJsonBuilder::BeginArray() {
+    m_text += u'[';
+}
 
-void CompactJsonBuilder::EndArray() { m_text += u']'; }
+void CompactJsonBuilder::EndArray() {
+    m_text += u']';
+}
 
-void CompactJsonBuilder::BeginDictionary() { m_text += u'{'; }
+void CompactJsonBuilder::BeginDictionary() {
+    m_text += u'{';
+}
 
-void CompactJsonBuilder::EndDictionary() { m_text += u'}'; }
+void CompactJsonBuilder::EndDictionary() {
+    m_text += u'}';
+}
 
-JsonItemLayout CompactJsonBuilder::BeginItems() { return {&m_text, false, {}, L","}; }
+JsonItemLayout CompactJsonBuilder::BeginItems() {
+    return {&m_text, false, {}, L","};
+}
 
 // Readable --------------------------------------------------------------------------------------
 
-void ReadableJsonBuilder::SetInline(bool isInline) { m_isInline = isInline; }
+void ReadableJsonBuilder::SetInline(bool isInline) {
+    m_isInline = isInline;
+}
 
 void ReadableJsonBuilder::AppendKey(const TStringCore& key) {
     EnsureIndentation();

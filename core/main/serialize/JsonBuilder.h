@@ -16,8 +16,8 @@ struct JsonItemLayout {
     bool hasItems = false;  // Whether the array has items already; its state knows.
 };
 
-// What the text of a JSON document looks like. A builder appends and checks nothing: which calls are
-// due is known to the states of the serializer.
+// What the text of a JSON document looks like. A builder appends and checks nothing: which calls
+// are due is known to the states of the serializer.
 //
 // Threads: one at a time. Ownership: owns the text.
 // Errors: std::length_error beyond the limit of the text, std::bad_alloc.

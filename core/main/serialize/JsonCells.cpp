@@ -2,16 +2,12 @@
 
 #include <array>
 
+#include "core/main/serialize/TextRoom.h"
 #include "lum/core/serialize/SpecialKindUtil.h"
 #include "lum/core/store/SpecialKindText.h"
 
 namespace lum::core {
 namespace {
-
-char16_t* WriteUnits(std::u16string_view units, char16_t* out) {
-    std::memcpy(out, units.data(), units.size() * sizeof(char16_t));
-    return out + units.size();
-}
 
 char16_t* WriteQuoted(std::u16string_view units, char16_t* out) {
     *out++ = u'"';

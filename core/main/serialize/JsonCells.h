@@ -8,30 +8,36 @@
 
 #include "core/main/serialize/NumberWriter.h"
 #include "lum/core/store/SpecialKind.h"
+#include "lum/core/store/StoreValueFwd.h"
 #include "lum/core/utility/LumColor.h"
 #include "lum/core/utility/LumDateTime.h"
+#include "lum/core/utility/LumTuple.h"
 #include "lum/core/utility/RIndirectString.h"
 
 namespace lum::core {
 
-// Elements as JSON text, of bounded length but for strings. A cell is named after the store type that it writes, and
-// has
+// Elements as JSON text. A cell is named after the store type that it writes, and has
 //
-//   Storage      the type that columns of it are stored in
-//   kMaxUnits    how long its text can become
-//   Write        writes a stored value at `out`, quoted where JSON has no literal for it, and gives
-//                the end. It may touch the units up to `out` + kMaxUnits + kNumberCapacity.
+//   Storage    the type that columns of it are stored in
+//   ToNative   a stored element as the value that it is, which has an order
 //
-// All of them keep no state and take no lock.
+// and, for elements of bounded length,
+//
+//   kMaxUnits  how long the text can become
+//   Write      writes a stored element at `out`, in quotes where JSON has no literal for it, and
+//              gives the end. It may touch the units up to `out` + kMaxUnits + kNumberCapacity.
+//
+// None of them keeps a state.
 
 struct BoolCell {
     using Storage = unsigned char;
     static constexpr std::size_t kMaxUnits = 5;
+    static bool ToNative(unsigned char stored) noexcept { return stored != 0; }
     static char16_t* Write(unsigned char stored, char16_t* out) noexcept {
-        // Copied whole and cut by the length: a column of truth values is hard to predict.
+        // Copied whole and cut by the length, since truth values are hard to predict.
         static constexpr char16_t kTexts[2][kMaxUnits] = {{u'f', u'a', u'l', u's', u'e'},
                                                           {u't', u'r', u'u', u'e'}};
-        const bool value = stored != 0;
+        const bool value = ToNative(stored);
         std::memcpy(out, kTexts[value], sizeof(kTexts[value]));
         return out + (kMaxUnits - value);
     }
@@ -40,16 +46,20 @@ struct BoolCell {
 struct Int32Cell {
     using Storage = unsigned int;
     static constexpr std::size_t kMaxUnits = 11;
+    static int ToNative(unsigned int stored) noexcept { return std::bit_cast<int>(stored); }
     static char16_t* Write(unsigned int stored, char16_t* out) noexcept {
-        return WriteInt32(std::bit_cast<int>(stored), out);
+        return WriteInt32(ToNative(stored), out);
     }
 };
 
 struct Int64Cell {
     using Storage = unsigned long long;
     static constexpr std::size_t kMaxUnits = 20;
+    static long long ToNative(unsigned long long stored) noexcept {
+        return std::bit_cast<long long>(stored);
+    }
     static char16_t* Write(unsigned long long stored, char16_t* out) noexcept {
-        return WriteInt64(std::bit_cast<long long>(stored), out);
+        return WriteInt64(ToNative(stored), out);
     }
 };
 
@@ -61,37 +71,39 @@ char16_t* WriteQuotedNonFinite(double value, char16_t* out) noexcept;
 struct Real32Cell {
     using Storage = unsigned int;
     static constexpr std::size_t kMaxUnits = 14;
+    static float ToNative(unsigned int stored) noexcept { return std::bit_cast<float>(stored); }
     static char16_t* Write(unsigned int stored, char16_t* out) noexcept {
-        const auto value = std::bit_cast<float>(stored);
-        if (!std::isfinite(value)) [[unlikely]] {
-            return WriteQuotedNonFinite(double{value}, out);
-        }
-        return WriteReal32(value, out);
+        const float value = ToNative(stored);
+        return std::isfinite(value) ? WriteReal32(value, out)
+                                    : WriteQuotedNonFinite(double{value}, out);
     }
 };
 
 struct Real64Cell {
     using Storage = unsigned long long;
     static constexpr std::size_t kMaxUnits = 24;
+    static double ToNative(unsigned long long stored) noexcept {
+        return std::bit_cast<double>(stored);
+    }
     static char16_t* Write(unsigned long long stored, char16_t* out) noexcept {
-        const auto value = std::bit_cast<double>(stored);
-        if (!std::isfinite(value)) [[unlikely]] {
-            return WriteQuotedNonFinite(value, out);
-        }
-        return WriteReal64(value, out);
+        const double value = ToNative(stored);
+        return std::isfinite(value) ? WriteReal64(value, out) : WriteQuotedNonFinite(value, out);
     }
 };
 
-// A Date or a DateTime. Errors: those of LumDateTime::ToString.
+// A Date or a DateTime.
 struct DateCell {
     using Storage = unsigned long long;
     static constexpr std::size_t kMaxUnits = 27;
+    static LumDateTime ToNative(unsigned long long stored) noexcept {
+        return LumDateTime::FromValue(stored);
+    }
+    // Errors: those of LumDateTime::ToString.
     static char16_t* Write(unsigned long long stored, char16_t* out);
-    // What is written under a special kind, where any number may stand: the default date for one
+    // What is written below a special kind, where any number may stand: the default date for one
     // that has no text.
     static unsigned long long ToPlaceholder(unsigned long long stored) noexcept {
-        const LumDateTime date = LumDateTime::FromValue(stored);
-        return (date.IsValid() ? date : LumDateTime()).GetValue();
+        return ToNative(stored).IsValid() ? stored : LumDateTime().GetValue();
     }
 };
 
@@ -99,16 +111,28 @@ struct DateCell {
 struct ColorCell {
     using Storage = unsigned int;
     static constexpr std::size_t kMaxUnits = 10;
+    static LumColor ToNative(unsigned int stored) noexcept {
+        return LumColor::FromInt32(std::bit_cast<int>(stored));
+    }
     static char16_t* Write(unsigned int stored, char16_t* out) noexcept;
 };
 
-// A string, as it stands between the quotes but for JSON's escapes; it has no bound, so the writer of
-// items knows it by name.
 struct StringCell {
     using Storage = RIndirectString;
+    static const TStringCore& ToNative(const RIndirectString& stored) noexcept { return stored; }
 };
 
-// A special kind as a JSON string.
+struct RowCell {
+    using Storage = LumTuple;
+    static const LumTuple& ToNative(const LumTuple& stored) noexcept { return stored; }
+};
+
+// External values and collections.
+struct ValueCell {
+    using Storage = SV;
+};
+
+// A special kind, as a string.
 struct KindCell {
     using Storage = SpecialKind;
     static constexpr std::size_t kMaxUnits = 12;

@@ -1,77 +1,19 @@
 #include "core/main/serialize/JsonEscape.h"
 
-#if defined(__SSE2__)
-#include <emmintrin.h>
-#endif
-
 #include <algorithm>
-#include <bit>
-#include <cstdint>
-#include <cstring>
 
 #include "core/main/serialize/NumberWriter.h"
 
 namespace lum::core {
 namespace {
 
+using namespace detail;
+
 constexpr std::size_t kMaxEscapeUnits = 6;
 
-bool NeedsEscape(char16_t unit) { return unit < 32 || unit == u'"' || unit == u'\\'; }
-
-// Blocks of units -------------------------------------------------------------------------------
-
-// Four units in a word, the first one in the lowest bits.
-class WordBlock {
-public:
-    static constexpr std::size_t kUnits = 4;
-    static_assert(std::endian::native == std::endian::little);
-
-    explicit WordBlock(const char16_t* units) { std::memcpy(&m_units, units, sizeof(m_units)); }
-    void Store(char16_t* out) const { std::memcpy(out, &m_units, sizeof(m_units)); }
-    // The place of the first unit that needs an escape; kUnits without one.
-    std::size_t FindEscape() const {
-        // A borrow can mark a lane above one that is found, but never one below.
-        const std::uint64_t found = ZeroLanes(m_units & 0xffe0'ffe0'ffe0'ffe0) |
-                                    ZeroLanes(m_units ^ kLanes * u'"') |
-                                    ZeroLanes(m_units ^ kLanes * u'\\');
-        return static_cast<std::size_t>(std::countr_zero(found)) / 16;
-    }
-
-private:
-    static constexpr std::uint64_t kLanes = 0x0001'0001'0001'0001;
-
-    static std::uint64_t ZeroLanes(std::uint64_t lanes) {
-        return (lanes - kLanes) & ~lanes & kLanes << 15;
-    }
-
-    std::uint64_t m_units;
-};
-
-#if defined(__SSE2__)
-class VectorBlock {
-public:
-    static constexpr std::size_t kUnits = 8;
-
-    explicit VectorBlock(const char16_t* units)
-        : m_units(_mm_loadu_si128(reinterpret_cast<const __m128i*>(units))) {}
-    void Store(char16_t* out) const {
-        _mm_storeu_si128(reinterpret_cast<__m128i*>(out), m_units);
-    }
-    std::size_t FindEscape() const {
-        // 0 for all units up to 31.
-        const __m128i above = _mm_subs_epu16(m_units, _mm_set1_epi16(31));
-        const __m128i isControl = _mm_cmpeq_epi16(above, _mm_setzero_si128());
-        const __m128i isQuote = _mm_cmpeq_epi16(m_units, _mm_set1_epi16(u'"'));
-        const __m128i isBackslash = _mm_cmpeq_epi16(m_units, _mm_set1_epi16(u'\\'));
-        const __m128i found = _mm_or_si128(isControl, _mm_or_si128(isQuote, isBackslash));
-        const auto bytes = static_cast<std::uint32_t>(_mm_movemask_epi8(found));
-        return static_cast<std::size_t>(std::countr_zero(bytes | 1u << 16)) / 2;
-    }
-
-private:
-    __m128i m_units;
-};
-#endif
+bool NeedsEscape(char16_t unit) {
+    return unit < 32 || unit == u'"' || unit == u'\\';
+}
 
 // CopyUntilEscape for at least one block of units. The last block overlaps the one before.
 template <typename Block>
@@ -139,15 +81,15 @@ std::size_t CopyUntilEscape(const char16_t* units, std::size_t count, char16_t* 
     return copied;
 }
 
-void AppendEscaped(TextRoom& room, const char16_t* units, std::size_t count) {
+char16_t* WriteEscaped(TextRoom& room, const char16_t* units, std::size_t count, char16_t* out) {
     for (;;) {
-        char16_t* const out = room.Ensure(count);
+        out = room.Ensure(out, count);
         const std::size_t copied = CopyUntilEscape(units, count, out);
-        room.SetEnd(out + copied);
+        out += copied;
         if (copied == count) {
-            return;
+            return out;
         }
-        room.SetEnd(WriteEscape(units[copied], room.Ensure(kMaxEscapeUnits)));
+        out = WriteEscape(units[copied], room.Ensure(out, kMaxEscapeUnits));
         units += copied + 1;
         count -= copied + 1;
     }

@@ -20,8 +20,8 @@ namespace lum::core {
 // numbers are written where they will stand, and the memory for a column is planned ahead.
 //
 // Items are scalars, where the array stands on one line, and one-line child arrays of scalars:
-// BeginChild, the scalars, EndChild. At least one item is written, and while the writer lives nobody
-// else touches the serializer.
+// BeginChild, the scalars, EndChild. At least one item is written, and nobody else touches the
+// serializer before End.
 //
 // A source is a walk over a column: GetValue(), GetKind(), Advance().
 //
@@ -29,136 +29,143 @@ namespace lum::core {
 // those of the cells; the text is of no use then.
 class JsonItemWriter {
 public:
-    explicit JsonItemWriter(JsonSerializer& serializer);
+    static constexpr lumsize_t kBlock = 512;
 
-    void BeginChild();
-    void EndChild();
+    explicit JsonItemWriter(JsonSerializer& serializer);
+    JsonItemWriter(const JsonItemWriter&) = delete;
+    JsonItemWriter& operator=(const JsonItemWriter&) = delete;
+
+    void BeginChild() { m_place = BeginChild(m_place); }
+    void EndChild() { m_place = EndChild(m_place); }
     // A scalar by the rule of its cell.
     template <typename Cell>
-    void Append(const typename Cell::Storage& stored);
-    void AppendString(const TStringCore& text);
-
-    // The next `count` elements of a column, without a look at their kinds, or as pairs of value and
-    // kind where they are special.
+    void Append(const typename Cell::Storage& stored) {
+        m_place = Append<Cell>(m_place, stored);
+    }
+    // For a caller that appends a column by itself, before each kBlock of its elements, `left` of
+    // them standing out: once the first ones show how long they are, asks for the memory of all.
+    void PlanMemory(lumsize_t left);
+    // The next `count` elements of a column, without a look at their kinds, or as pairs of value
+    // and kind where they are special.
     template <typename Cell, typename Source>
     void AppendColumn(Source source, lumsize_t count);
     template <typename Cell, typename Source>
     void AppendColumnWithKinds(Source source, lumsize_t count);
+    // Hands the text over to the serializer.
+    void End() { m_room.Commit(m_place.out); }
 
 private:
     static constexpr std::size_t kSeparatorUnits = 2;
 
-    // What stands in front of a scalar. Numbers that move the output, not conditions: which items
-    // come first is then no branch in the loops.
-    struct Separator {
-        std::size_t hasItems;  // 0 or 1: whether the innermost array has items, so needs a comma.
-        std::size_t isPadded;  // 0 or 1: whether a blank follows.
+    // Where to write, and what stands in front of the next scalar. Passed by value, so that loops
+    // keep it in registers. Whether there are items, so that a comma is needed, and whether a blank
+    // follows are numbers, 0 or 1, that move the output without a branch.
+    struct Place {
+        char16_t* out;
+        std::size_t hasItems;
+        std::size_t isPadded;
 
-        char16_t* Write(char16_t* out) noexcept {
+        char16_t* WriteSeparator() const noexcept {
             out[0] = u',';
-            out += hasItems;
-            out[0] = u' ';
-            hasItems = 1;
-            return out + isPadded;
+            char16_t* const behind = out + hasItems;
+            behind[0] = u' ';
+            return behind + isPadded;
         }
     };
 
-    // Asks for the memory of a column once its first elements show how long they are.
-    class MemoryPlan {
-    public:
-        explicit MemoryPlan(TextRoom& room) : m_room(room), m_lastLength(room.GetLength()) {}
-        // How many of the `left` elements to write before the next call.
-        lumsize_t StartBlock(lumsize_t left);
-
-    private:
-        static constexpr lumsize_t kBlock = 512;
-        // The rooms that are asked for at the end of the text must not make it grow once more.
-        static constexpr std::size_t kMargin = 2 * TextRoom::kUsualRoom;
-
-        TextRoom& m_room;
-        std::size_t m_lastLength;  // Where the last block began.
-        std::size_t m_planned = 0;
-        bool m_isFirst = true;
-    };
-
-    void AppendEscapedRest(const TStringCore& text, std::size_t done, char16_t* out);
+    Place BeginChild(Place place);
+    Place EndChild(Place place);
     template <typename Cell>
-    void AppendPair(const typename Cell::Storage& stored, SpecialKind kind);
+    Place Append(Place place, const typename Cell::Storage& stored);
+    char16_t* WriteString(const TStringCore& text, Place place);
+    char16_t* WriteStringRest(const TStringCore& text, std::size_t done, char16_t* out);
+    template <typename Cell>
+    [[gnu::noinline]] Place AppendPair(Place place, const typename Cell::Storage& stored,
+                                       SpecialKind kind);
     template <typename AppendNext>
-    void AppendBlocks(lumsize_t count, const AppendNext& appendNext);
+    void AppendInBlocks(lumsize_t count, const AppendNext& appendNext);
 
     const JsonItemLayout m_layout;
     TextRoom m_room;
-    Separator m_separator;
+    Place m_place;
+    // The memory plan: where the last block of elements began, and how long the text may become.
+    bool m_hasBlock = false;
+    std::size_t m_blockStart = 0;
+    std::size_t m_plannedLength = 0;
 };
 
 template <typename Cell>
-void JsonItemWriter::Append(const typename Cell::Storage& stored) {
+inline JsonItemWriter::Place JsonItemWriter::Append(Place place,
+                                                    const typename Cell::Storage& stored) {
     if constexpr (std::is_same_v<Cell, StringCell>) {
-        AppendString(stored);
+        place.out = WriteString(stored, place);
     } else {
-        constexpr std::size_t kRoom = kSeparatorUnits + Cell::kMaxUnits + kNumberCapacity;
-        m_room.SetEnd(Cell::Write(stored, m_separator.Write(m_room.Ensure(kRoom))));
+        place.out = m_room.Ensure(place.out, kSeparatorUnits + Cell::kMaxUnits + kNumberCapacity);
+        place.out = Cell::Write(stored, place.WriteSeparator());
     }
+    place.hasItems = 1;
+    return place;
 }
 
-inline void JsonItemWriter::AppendString(const TStringCore& text) {
+inline char16_t* JsonItemWriter::WriteString(const TStringCore& text, Place place) {
     constexpr std::size_t kQuotes = 2;
     const std::size_t length = text.length();
-    char16_t* out = m_separator.Write(m_room.Ensure(kSeparatorUnits + kQuotes + length));
+    place.out = m_room.Ensure(place.out, kSeparatorUnits + kQuotes + length + kCopyTextSlack);
+    char16_t* out = place.WriteSeparator();
     *out++ = u'"';
-    const std::size_t copied = CopyUntilEscape(text.data(), length, out);
+    const std::size_t copied = CopyTextUntilEscape(text, out);
     out += copied;
     if (copied != length) [[unlikely]] {
-        AppendEscapedRest(text, copied, out);
-        return;
+        out = WriteStringRest(text, copied, out);
     }
     *out++ = u'"';
-    m_room.SetEnd(out);
+    return out;
 }
 
 template <typename Cell>
-void JsonItemWriter::AppendPair(const typename Cell::Storage& stored, SpecialKind kind) {
-    BeginChild();
+JsonItemWriter::Place JsonItemWriter::AppendPair(Place place, const typename Cell::Storage& stored,
+                                                 SpecialKind kind) {
+    place = BeginChild(place);
     if constexpr (requires { Cell::ToPlaceholder(stored); }) {
-        Append<Cell>(Cell::ToPlaceholder(stored));
+        place = Append<Cell>(place, Cell::ToPlaceholder(stored));
     } else {
-        Append<Cell>(stored);
+        place = Append<Cell>(place, stored);
     }
-    Append<KindCell>(kind);
-    EndChild();
+    place = Append<KindCell>(place, kind);
+    return EndChild(place);
 }
 
 template <typename AppendNext>
-void JsonItemWriter::AppendBlocks(lumsize_t count, const AppendNext& appendNext) {
-    MemoryPlan plan(m_room);
+inline void JsonItemWriter::AppendInBlocks(lumsize_t count, const AppendNext& appendNext) {
     while (count > 0) {
-        const lumsize_t length = plan.StartBlock(count);
+        PlanMemory(count);
+        const lumsize_t length = std::min(count, kBlock);
+        Place place = m_place;
         for (lumsize_t i = 0; i < length; ++i) {
-            appendNext();
+            place = appendNext(place);
         }
+        m_place = place;
         count -= length;
     }
 }
 
 template <typename Cell, typename Source>
 void JsonItemWriter::AppendColumn(Source source, lumsize_t count) {
-    AppendBlocks(count, [&] {
-        Append<Cell>(source.GetValue());
+    AppendInBlocks(count, [&](Place place) {
+        place = Append<Cell>(place, source.GetValue());
         source.Advance();
+        return place;
     });
 }
 
 template <typename Cell, typename Source>
 void JsonItemWriter::AppendColumnWithKinds(Source source, lumsize_t count) {
-    AppendBlocks(count, [&] {
+    AppendInBlocks(count, [&](Place place) {
         const SpecialKind kind = source.GetKind();
-        if (kind == SpecialKind::Normal) {
-            Append<Cell>(source.GetValue());
-        } else {
-            AppendPair<Cell>(source.GetValue(), kind);
-        }
+        place = kind == SpecialKind::Normal ? Append<Cell>(place, source.GetValue())
+                                            : AppendPair<Cell>(place, source.GetValue(), kind);
         source.Advance();
+        return place;
     });
 }
 

@@ -104,15 +104,25 @@ void JsonSerializer::AppendUnquotedString(const TStringCore& text) {
     m_implementation->GetTop().AppendUnquotedString(text);
 }
 
-void JsonSerializer::BeginArray(bool multiline) { m_implementation->BeginArray(multiline); }
+void JsonSerializer::BeginArray(bool multiline) {
+    m_implementation->BeginArray(multiline);
+}
 
-void JsonSerializer::EndArray() { m_implementation->EndArray(); }
+void JsonSerializer::EndArray() {
+    m_implementation->EndArray();
+}
 
-void JsonSerializer::BeginDictionary() { m_implementation->BeginDictionary(); }
+void JsonSerializer::BeginDictionary() {
+    m_implementation->BeginDictionary();
+}
 
-void JsonSerializer::EndDictionary() { m_implementation->EndDictionary(); }
+void JsonSerializer::EndDictionary() {
+    m_implementation->EndDictionary();
+}
 
-const TStringCore& JsonSerializer::Build() const { return m_implementation->GetText(); }
+const TStringCore& JsonSerializer::Build() const {
+    return m_implementation->GetText();
+}
 
 TStringCore JsonSerializer::UnescapeFromJson(const TStringCore& text) {
     TStringCore unescaped;

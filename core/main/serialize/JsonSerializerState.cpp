@@ -6,15 +6,25 @@
 
 namespace lum::core {
 
-void SerializerState::OnBeginArray() { LUM_FAIL(LumError::ArrayNotSupported); }
+void SerializerState::OnBeginArray() {
+    LUM_FAIL(LumError::ArrayNotSupported);
+}
 
-void SerializerState::OnEndArray() { LUM_FAIL(LumError::ArrayNotSupported); }
+void SerializerState::OnEndArray() {
+    LUM_FAIL(LumError::ArrayNotSupported);
+}
 
-void SerializerState::OnBeginDictionary() { LUM_FAIL(LumError::DictionaryNotSupported); }
+void SerializerState::OnBeginDictionary() {
+    LUM_FAIL(LumError::DictionaryNotSupported);
+}
 
-void SerializerState::OnEndDictionary() { LUM_FAIL(LumError::DictionaryNotSupported); }
+void SerializerState::OnEndDictionary() {
+    LUM_FAIL(LumError::DictionaryNotSupported);
+}
 
-JsonItemLayout SerializerState::BeginItems() { LUM_FAIL(LumError::ArrayNotSupported); }
+JsonItemLayout SerializerState::BeginItems() {
+    LUM_FAIL(LumError::ArrayNotSupported);
+}
 
 // Root ------------------------------------------------------------------------------------------
 
@@ -44,7 +54,9 @@ void ArraySerializerState::OnBeginArray() {
     m_builder->BeginArray();
 }
 
-void ArraySerializerState::OnEndArray() { m_builder->EndArray(); }
+void ArraySerializerState::OnEndArray() {
+    m_builder->EndArray();
+}
 
 void ArraySerializerState::AppendKey(const TStringCore& /*key*/) {
     LUM_FAIL(LumError::KeyInJsonArray);
@@ -60,7 +72,9 @@ void ArraySerializerState::AppendUnquotedString(const TStringCore& text) {
     m_builder->AppendUnquotedString(text);
 }
 
-void ArraySerializerState::OnChildEnded() { m_builder->SetInline(m_isInline); }
+void ArraySerializerState::OnChildEnded() {
+    m_builder->SetInline(m_isInline);
+}
 
 JsonItemLayout ArraySerializerState::BeginItems() {
     JsonItemLayout layout = m_builder->BeginItems();
@@ -82,7 +96,9 @@ void DictionarySerializerState::OnBeginDictionary() {
     m_builder->BeginDictionary();
 }
 
-void DictionarySerializerState::OnEndDictionary() { m_builder->EndDictionary(); }
+void DictionarySerializerState::OnEndDictionary() {
+    m_builder->EndDictionary();
+}
 
 void DictionarySerializerState::AppendKey(const TStringCore& key) {
     LUM_CHECK(m_state == NeedsKey, LumError::UnexpectedDictionaryKey);
@@ -103,7 +119,9 @@ void DictionarySerializerState::AppendUnquotedString(const TStringCore& text) {
     m_builder->AppendUnquotedString(text);
 }
 
-void DictionarySerializerState::OnChildEnded() { m_builder->SetInline(false); }
+void DictionarySerializerState::OnChildEnded() {
+    m_builder->SetInline(false);
+}
 
 void DictionarySerializerState::BeginScalar() {
     LUM_CHECK(m_state == NeedsValue, LumError::UnexpectedDictionaryValue);

@@ -8,11 +8,11 @@
 #include "core/main/serialize/NestingLimit.h"
 #include "core/main/serialize/VtlScanner.h"
 #include "lum/core/Check.h"
-#include "lum/core/types/StoreTypeSerializerUtils.h"
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/ExternalType.h"
 #include "lum/core/types/HeterogeneousTypes.h"
 #include "lum/core/types/ScalarTypes.h"
+#include "lum/core/types/StoreTypeSerializerUtils.h"
 #include "lum/core/types/StringType.h"
 #include "lum/core/types/TupleType.h"
 
@@ -70,13 +70,14 @@ private:
     bool ReadCode(StoreType& storeType);
     const Type* ReadBehindCode(StoreType storeType);
     bool ReadParameter(signed char& parameter);
-    const Type* ReadReal(StoreType storeType);
-    const Type* ReadString();
-    const Type* ReadExternal();
-    const Type* ReadCollection(StoreType storeType);
-    const Type* ReadKeySet();
-    const Type* ReadTuple();
-    const Type* ReadNamed(StoreType storeType);
+    // Out of line, so that the stack of a level holds the variables of its own form alone.
+    [[gnu::noinline]] const Type* ReadReal(StoreType storeType);
+    [[gnu::noinline]] const Type* ReadString();
+    [[gnu::noinline]] const Type* ReadExternal();
+    [[gnu::noinline]] const Type* ReadCollection(StoreType storeType);
+    [[gnu::noinline]] const Type* ReadKeySet();
+    [[gnu::noinline]] const Type* ReadTuple();
+    [[gnu::noinline]] const Type* ReadNamed(StoreType storeType);
     bool ReadMember(Members& members);
 
     VtlScanner& m_scanner;

@@ -9,68 +9,67 @@
 
 namespace lum::core {
 
-// Room behind a text, in which a writer moves a plain pointer instead of asking the text for each
-// piece. What was written belongs to the text once Commit was called or the room is gone; until then
-// nothing else may touch the text.
+// Room behind a text for a writer that moves a plain pointer instead of asking the text for each
+// piece. The pointer is the writer's own, so that loops keep it in a register: each call takes it
+// and gives it back, possibly in other memory. It starts as null, and what was written belongs to
+// the text only once Commit was called; until then nobody else touches the text.
 //
 // Threads: one at a time. Errors: std::length_error beyond the text's limit, std::bad_alloc; the
-// text then ends with what was written before.
+// text is then cut at some place before.
 class TextRoom {
 public:
-    // What a room has where it asks the text for more, and the text is long.
+    // What there is room for at least where more is asked for behind a long text.
     static constexpr std::size_t kUsualRoom = 4096;
 
     explicit TextRoom(TStringCore& text) noexcept : m_text(text) {}
     TextRoom(const TextRoom&) = delete;
     TextRoom& operator=(const TextRoom&) = delete;
-    ~TextRoom() { Commit(); }
 
-    // Where to write next, with room for `count` units. SetEnd says how far the writer came.
-    char16_t* Ensure(std::size_t count) {
-        if (static_cast<std::size_t>(m_limit - m_out) < count) {
-            MakeRoom(count);
-        }
-        return m_out;
+    // Where to go on writing, with room for `count` units.
+    char16_t* Ensure(char16_t* out, std::size_t count) {
+        return static_cast<std::size_t>(m_limit - out) < count ? MakeRoom(out, count) : out;
     }
-    void SetEnd(char16_t* end) noexcept { m_out = end; }
-
-    void Append(char16_t unit) {
-        *Ensure(1) = unit;
-        ++m_out;
+    // The length of the text up to `out`.
+    std::size_t GetLength(const char16_t* out) const noexcept {
+        return m_text.length() + static_cast<std::size_t>(out - m_start);
     }
-    void Append(std::u16string_view units) {
-        std::memcpy(Ensure(units.size()), units.data(), units.size() * sizeof(char16_t));
-        m_out += units.size();
-    }
-
-    // The length of the text, with what was written and not committed.
-    std::size_t GetLength() const noexcept {
-        return m_text.length() + static_cast<std::size_t>(m_out - m_start);
-    }
-    // Makes the text's memory suffice for `length` units in all.
-    void Reserve(std::size_t length) {
-        Commit();
+    // Makes the text's memory suffice for `length` units in all; gives null, for a new start.
+    char16_t* Reserve(const char16_t* out, std::size_t length) {
+        Commit(out);
         m_text.reserve(std::min(length, TStringCore::kMaxLength));
+        return nullptr;
     }
-    void Commit() noexcept {
-        m_text.commitAppend(static_cast<std::size_t>(m_out - m_start));
-        m_start = m_out = m_limit = nullptr;
+    // The text ends at `out`. Goes on from null.
+    void Commit(const char16_t* out) noexcept {
+        m_text.commitAppend(static_cast<std::size_t>(out - m_start));
+        m_start = m_limit = nullptr;
     }
 
 private:
-    // More than is asked for, so that the next pieces find room, but never so much that the text's
-    // memory grows by more than its own rule of half its length.
-    void MakeRoom(std::size_t count) {
-        Commit();
-        const std::size_t room = std::max(count, std::min(m_text.length() / 2, kUsualRoom));
-        m_start = m_out = m_text.prepareAppend(room);
-        m_limit = m_out + room;
+    // More than is asked for, so that the next pieces find room and not each of them makes the text
+    // grow; but hardly more than the text's own rule would grow it by, half its length.
+    [[gnu::noinline]] char16_t* MakeRoom(const char16_t* out, std::size_t count) {
+        constexpr std::size_t kLeastSpare = 64;
+        Commit(out);
+        const std::size_t length = m_text.length();
+        std::size_t room = count;
+        if (length + count > TStringCore::kInlineCapacity) {
+            room = std::max(count + kLeastSpare, std::min(length / 2, kUsualRoom));
+        }
+        m_start = m_text.prepareAppend(room);
+        m_limit = m_start + room;
+        return m_start;
     }
 
     TStringCore& m_text;
     char16_t* m_start = nullptr;
-    char16_t* m_out = nullptr;
     char16_t* m_limit = nullptr;
 };
+
+// Appends units that have room.
+inline char16_t* WriteUnits(std::u16string_view units, char16_t* out) noexcept {
+    std::memcpy(out, units.data(), units.size() * sizeof(char16_t));
+    return out + units.size();
+}
 
 }  // namespace lum::core

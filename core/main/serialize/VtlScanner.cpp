@@ -75,7 +75,11 @@ bool IsLowSurrogate(char16_t unit) noexcept {
 
 // The names of the special kinds, under their numbers, and behind them the other keywords. The name
 // of Normal is none: 0 stands for no keyword.
-enum OtherKeyword : unsigned int { kTrue = kSpecialKindCount, kFalse, kInf, kNan, kKeywordCount };
+constexpr unsigned int kTrue = kSpecialKindCount;
+constexpr unsigned int kFalse = kTrue + 1;
+constexpr unsigned int kInf = kTrue + 2;
+constexpr unsigned int kNan = kTrue + 3;
+constexpr unsigned int kKeywordCount = kTrue + 4;
 
 constexpr std::array<std::u16string_view, kKeywordCount> MakeKeywords() {
     std::array<std::u16string_view, kKeywordCount> keywords;
@@ -537,12 +541,6 @@ bool VtlScanner::IsSingleToken(const TStringCore& text, VtlTokenKind kind, VtlTo
     VtlToken following;
     cursor.Scan(following);
     return following.Is(Kind::End);
-}
-
-bool VtlScanner::IsWholeToken(const TStringCore& text, VtlTokenKind kind) {
-    VtlToken token;
-    VtlCursor(text, /*skipValue=*/true).Scan(token);
-    return token.Is(kind) && token.GetStart() == 0 && token.GetEnd() == text.length();
 }
 
 }  // namespace lum::core

@@ -95,13 +95,11 @@ public:
     // Puts a token in front of those that are to come; the current token stays.
     void PushBack(VtlToken token);
 
-    // Whether `text` is a token of that kind and nothing else but white space around it. Gives the
-    // first token in any case. What `skipValue` leaves out, VtlCursor says.
+    // Whether `text` is a token of that kind and nothing else but white space around it, which the
+    // token's place tells. Gives the first token in any case. What `skipValue` leaves out,
+    // VtlCursor says.
     static bool IsSingleToken(const TStringCore& text, VtlTokenKind kind, VtlToken& token,
                               bool skipValue);
-    // Whether the whole of `text`, from its first unit to its last, is one token of that kind: then
-    // a name that reads as such a token needs no quotes. Allocates nothing.
-    static bool IsWholeToken(const TStringCore& text, VtlTokenKind kind);
 
 private:
     const VtlToken& Ahead();

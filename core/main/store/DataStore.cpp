@@ -16,12 +16,12 @@ class Cursor {
 public:
     explicit Cursor(const std::shared_ptr<ValueKeyMap>& root) : m_root(root), m_value(root.get()) {}
 
-    const StoreValue& GetValue() const { return *m_value; }
-    bool IsNull() const { return m_value == nullptr; }
+    /// Null at a cell without a value, which an array of collections may have.
+    const StoreValue* GetValue() const { return m_value; }
 
     /// Goes to a member if the place is a key map that has it.
     bool EnterMember(const RInternString& key) {
-        if (typeid(*m_value) != typeid(ValueKeyMap)) {
+        if (m_value == nullptr || typeid(*m_value) != typeid(ValueKeyMap)) {
             return false;
         }
         const SV* const member = static_cast<const ValueKeyMap*>(m_value)->FindMember(key);
@@ -57,7 +57,7 @@ public:
         for (const KeySegment& segment : path.GetSegments()) {
             if (!cursor.EnterMember(segment.GetSegment())) {
                 CheckCollection(cursor.GetValue(), path);
-                cursor.Enter(cursor.GetValue().AsCollection().GetValue(segment.GetSegment()));
+                cursor.Enter(cursor.GetValue()->AsCollection().GetValue(segment.GetSegment()));
             }
         }
         return cursor.Share();
@@ -68,14 +68,11 @@ public:
         for (const KeySegment& segment : path.GetSegments()) {
             if (!cursor.EnterMember(segment.GetSegment())) {
                 // A special value has no members, whatever its type.
-                const StoreValue& value = cursor.GetValue();
-                if (!IsCollectionStoreType(value.GetStoreType()) || value.IsSpecial()) {
+                const StoreValue* const value = cursor.GetValue();
+                if (!IsCollection(value) || value->IsSpecial()) {
                     return nullptr;
                 }
-                cursor.Enter(value.AsCollection().TryGetValue(segment.GetSegment()));
-                if (cursor.IsNull()) {
-                    return nullptr;
-                }
+                cursor.Enter(value->AsCollection().TryGetValue(segment.GetSegment()));
             }
         }
         return cursor.Share();
@@ -117,14 +114,18 @@ public:
     }
 
 private:
-    static void CheckCollection(const StoreValue& value, const KeyPath& path) {
-        if (!IsCollectionStoreType(value.GetStoreType())) {
+    static bool IsCollection(const StoreValue* value) {
+        return value != nullptr && IsCollectionStoreType(value->GetStoreType());
+    }
+
+    static void CheckCollection(const StoreValue* value, const KeyPath& path) {
+        if (!IsCollection(value)) {
             LUM_FAIL(LumError::NotStringAccessible, path.ToString());
         }
     }
 
     static IStoreMutableCollection& GetContainer(const SV& value, const KeyPath& path) {
-        CheckCollection(*value, path);
+        CheckCollection(value.get(), path);
         return value->AsMutableCollection();
     }
 

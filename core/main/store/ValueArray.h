@@ -107,6 +107,8 @@ private:
     void CheckRange(lumsize_t startIndex, lumsize_t length) const;
     /// Whether all indices lie inside the storage; found once.
     bool AreIndicesInside() const;
+    /// Fails where an index of the range does not; a copy asks before it writes anything.
+    void CheckIndices(lumsize_t startIndex, lumsize_t length) const;
     ArrayView<const unsigned> GetIndexRange(lumsize_t startIndex, lumsize_t length) const {
         return {m_indices.GetData() + startIndex, length};
     }

@@ -215,11 +215,21 @@ bool ValueArray<T>::AreIndicesInside() const {
 }
 
 template <StorageType T>
+void ValueArray<T>::CheckIndices(lumsize_t startIndex, lumsize_t length) const {
+    if (HasIndices() && !AreIndicesInside()) {
+        for (lumsize_t i = 0; i < length; ++i) {
+            CheckedStoredIndex(startIndex + i);
+        }
+    }
+}
+
+template <StorageType T>
 void ValueArray<T>::CopyValues(ArrayView<T> outView, lumsize_t startIndex, lumsize_t length) const {
     CheckRange(startIndex, length);
     LUM_CHECK(outView.GetSize() >= length, LumError::OutOfBounds);
+    CheckIndices(startIndex, length);
     if (HasIndices()) {
-        GatherColumn(m_values.GetView(), GetIndexRange(startIndex, length), AreIndicesInside(),
+        GatherColumn(m_values.GetView(), GetIndexRange(startIndex, length), /*isInRange=*/true,
                      outView.GetData());
     } else {
         std::copy_n(m_values.GetData() + startIndex, length, outView.GetData());
@@ -233,8 +243,11 @@ void ValueArray<T>::CopySpecials(ArrayView<SpecialKind> outView, lumsize_t start
     LUM_CHECK(outView.GetSize() >= length, LumError::OutOfBounds);
     if (m_specials.IsNull()) {
         std::fill(outView.begin(), outView.end(), SpecialKind::Normal);
-    } else if (HasIndices()) {
-        GatherColumn(m_specials.GetView(), GetIndexRange(startIndex, length), AreIndicesInside(),
+        return;
+    }
+    CheckIndices(startIndex, length);
+    if (HasIndices()) {
+        GatherColumn(m_specials.GetView(), GetIndexRange(startIndex, length), /*isInRange=*/true,
                      outView.GetData());
     } else {
         std::copy_n(m_specials.GetData() + startIndex, length, outView.GetData());
@@ -258,12 +271,7 @@ void ValueArray<T>::CopyToTuples(ArrayView<LumTuple> outView, lumsize_t startInd
                        LumError::TypeMismatch);
     }
     if constexpr (!std::is_same_v<T, LumTuple>) {
-        const bool isInside = !HasIndices() || AreIndicesInside();
-        if (!isInside) {
-            for (lumsize_t i = 0; i < length; ++i) {
-                CheckedStoredIndex(startIndex + i);
-            }
-        }
+        CheckIndices(startIndex, length);
         if (HasSpecialValues()) {
             for (lumsize_t i = 0; i < length; ++i) {
                 outView.GetData()[i].SetNthSpecialUnsafe(

@@ -106,7 +106,7 @@ const StringType* Context::GetString(const Collation& collation) {
     if (collation.IsDefault()) {
         return GetDefaultString();
     }
-    if (collation == Collation::DefaultCollation) {
+    if (collation == Collation()) {
         return GetDefaultString();
     }
     return GetOrMake(m_strings, collation, [&] { return new StringType(collation); });

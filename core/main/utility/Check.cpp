@@ -8,16 +8,22 @@
 namespace lum::core::detail {
 namespace {
 
-/// A source path as reports name it: from "core/" on, without extension. The whole path decides,
-/// since a checkout may itself stand below a folder of that name; a header that was installed lost
-/// the folders above "lum/core/".
+/// A source path as reports name it: from "core/" on, without extension. The last of our folders in
+/// it decides, since a checkout may itself stand below folders of these names; a header that was
+/// installed lost the folders above "lum/core/".
 std::string ReportPath(std::string_view file) {
     file = file.substr(0, file.rfind('.'));
-    for (const std::string_view root : {"core/main/", "core/public/", "core/_gen_private/", "core/_gen/"}) {
+    std::size_t start = std::string_view::npos;
+    for (const std::string_view root :
+         {"core/main/", "core/public/", "core/_gen_private/", "core/_gen/"}) {
         const std::size_t at = file.rfind(root);
-        if (at != std::string_view::npos && (at == 0 || file[at - 1] == '/')) {
-            return std::string(file.substr(at));
+        const bool isFolder = at != std::string_view::npos && (at == 0 || file[at - 1] == '/');
+        if (isFolder && (start == std::string_view::npos || at > start)) {
+            start = at;
         }
+    }
+    if (start != std::string_view::npos) {
+        return std::string(file.substr(start));
     }
     const std::size_t installed = file.rfind("lum/core/");
     return installed == std::string_view::npos

@@ -178,7 +178,7 @@ int CompareMember(const Type* type, const unsigned char* a, const unsigned char*
 uint64 HashMember(const Type* type, const unsigned char* bytes) {
     switch (type->GetStoreType()) {
         case StoreType::Bool:
-            return FnvHash(*bytes);
+            return FnvHash(static_cast<unsigned char>(*bytes != 0 ? 1 : 0));
         case StoreType::Int32:
         case StoreType::Real32:
         case StoreType::Color:

@@ -51,7 +51,6 @@ public:
     const T* GetData() const noexcept { return m_view.GetData(); }
     const T& operator[](lumsize_t index) const { return m_view[index]; }
 
-
 private:
     std::shared_ptr<const RawData> m_storage;
     ArrayView<const T> m_view;

@@ -2,8 +2,8 @@
 
 namespace lum::core {
 
-/// How a store is written as JSON. The defaults give readable text that StoreValueParser reads back.
-/// Threads: a plain value.
+/// How a store is written as JSON. The defaults give readable text that StoreValueParser reads
+/// back. Threads: a plain value.
 struct JsonOptions {
     bool compact = false;           ///< Text without lines and blanks.
     bool typedKeys = true;          ///< Keys of key maps and tables carry the type of their value.

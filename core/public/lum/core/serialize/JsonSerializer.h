@@ -23,8 +23,8 @@ enum class JsonSerializerType : int { Readable = 0, Compact = 1 };
 /// Errors: LumRuntimeException with the code named at the operation, reported; the text stays as it
 ///   was, and the writer can go on. But after EndArray or EndDictionary has failed, the writer is
 ///   good for nothing more: the container on top is gone and the text unfinished. Once nothing is
-///   left to end, every call but Build fails with IllegalOperation. Text beyond 2^30 units fails with
-///   std::length_error.
+///   left to end, every call but Build fails with IllegalOperation. Text beyond 2^30 units fails
+///   with std::length_error.
 /// Cost: linear in the text; one small allocation a container.
 class LUM_CORE_API JsonSerializer {
 public:
@@ -43,7 +43,8 @@ public:
     /// A string, quoted and escaped.
     /// Errors: SecondRootItem; UnexpectedDictionaryValue where a key is due.
     void AppendString(const TStringCore& text);
-    /// A scalar as it stands: a number, true, false. Nothing is checked or escaped. Errors: as above.
+    /// A scalar as it stands: a number, true, false. Nothing is checked or escaped. Errors: as
+    /// above.
     void AppendUnquotedString(const TStringCore& text);
 
     /// Begins an array. In readable text `multiline` puts each item on a line of its own, else the

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstring>
+#include <bit>
 #include <iterator>
 #include <type_traits>
 
@@ -50,9 +50,7 @@ public:
         } else if constexpr (std::is_same_v<T, bool>) {
             return stored != 0;
         } else {
-            T value;
-            std::memcpy(&value, &stored, sizeof(T));
-            return value;
+            return std::bit_cast<T>(stored);
         }
     }
     /// Normal everywhere if the cursor was made without specials.

@@ -47,6 +47,9 @@ public:
         m_hash.store(other.m_hash.load(std::memory_order_relaxed), std::memory_order_relaxed);
         return *this;
     }
+    // A move is a copy: a path without its list would be none.
+    KeyPath(KeyPath&& other) noexcept : KeyPath(std::as_const(other)) {}
+    KeyPath& operator=(KeyPath&& other) noexcept { return *this = std::as_const(other); }
     ~KeyPath() = default;
 
     /// The one path of no segments that all default-made paths share; never destroyed.
@@ -125,7 +128,7 @@ private:
 
     uint64 ComputeHash() const noexcept;
 
-    // Never null. A move would leave null behind, which is why there is no move but the copy.
+    // Never null.
     std::shared_ptr<const std::vector<KeySegment>> m_segments;
     // 0 while it is not known. Threads that compute it at once store the same value.
     mutable std::atomic<uint64> m_hash;

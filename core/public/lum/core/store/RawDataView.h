@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstring>
 #include <limits>
 
 #include "lum/core/Check.h"

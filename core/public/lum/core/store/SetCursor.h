@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstring>
+#include <bit>
 #include <iterator>
 #include <type_traits>
 
@@ -35,9 +35,7 @@ public:
         } else if constexpr (std::is_same_v<T, bool>) {
             return *m_pos != 0;
         } else {
-            T value;
-            std::memcpy(&value, &*m_pos, sizeof(T));
-            return value;
+            return std::bit_cast<T>(*m_pos);
         }
     }
     SetCursor& operator++() {

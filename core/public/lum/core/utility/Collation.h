@@ -81,7 +81,7 @@ LUM_CORE_API std::shared_ptr<ICollatorPool> SetCollatorPool(std::shared_ptr<ICol
 class LUM_CORE_API CollatorEqualTo {
 public:
     /// Looks the collator up in the current pool, once.
-    CollatorEqualTo() : CollatorEqualTo(Collation::DefaultCollation) {}
+    CollatorEqualTo() : CollatorEqualTo(Collation()) {}
     explicit CollatorEqualTo(const Collation& collation) : m_collator(&collation.GetCollator()) {}
 
     const Collation& GetCollation() const { return m_collator->GetCollation(); }
@@ -97,7 +97,7 @@ private:
 class LUM_CORE_API CollatorHash {
 public:
     /// Looks the collator up in the current pool, once.
-    CollatorHash() : CollatorHash(Collation::DefaultCollation) {}
+    CollatorHash() : CollatorHash(Collation()) {}
     explicit CollatorHash(const Collation& collation) : m_collator(&collation.GetCollator()) {}
 
     const Collation& GetCollation() const { return m_collator->GetCollation(); }

@@ -22,7 +22,7 @@ class RFormatString;
 /// Ownership: the table keeps every text until the library unloads; no name may outlive that.
 /// Units: ids count from 0 in order of first use. They differ from process to process and never
 ///   leave it. Texts that differ in case are different names.
-/// Errors: std::bad_alloc; the table stays as it was.
+/// Errors: std::bad_alloc, and std::length_error beyond 2^32 - 1 names; the table stays as it was.
 class LUM_CORE_API RInternString {
 public:
     /// The empty name.

@@ -55,7 +55,8 @@ public:
     SpecialKind GetNthSpecialUnsafe(lumsize_t index) const { return *Data().SpecialAt(index); }
     void SetNthSpecialUnsafe(lumsize_t index, SpecialKind kind) { *Data().SpecialAt(index) = kind; }
 
-// The four accessors of one store type: GetNthX, GetNthXUnsafe, SetNthX, SetNthXUnsafe.
+// The four accessors of one store type: GetNthX, GetNthXUnsafe, SetNthX, SetNthXUnsafe. A Bool is
+// read as the byte it stands in, since one that came from a column need not be 0 or 1.
 #define LUM_TUPLE_MEMBER(Name, Result, Value)                                                \
     Result GetNth##Name(lumsize_t index) const {                                             \
         CheckType(index, StoreType::Name, "(GetNthType(index)->Is(StoreType::" #Name "))");  \
@@ -69,7 +70,7 @@ public:
     void SetNth##Name##Unsafe(lumsize_t index, Result value) {                               \
         Data().template At<Value>(index) = value;                                            \
     }
-    LUM_TUPLE_MEMBER(Bool, bool, bool)
+    LUM_TUPLE_MEMBER(Bool, bool, unsigned char)
     LUM_TUPLE_MEMBER(Int32, int, int)
     LUM_TUPLE_MEMBER(Int64, int64, int64)
     LUM_TUPLE_MEMBER(Real32, float, float)
@@ -97,6 +98,8 @@ public:
     T GetNthValueUnsafe(lumsize_t index) const {
         if constexpr (std::is_same_v<T, LumTuple>) {
             throw LumLogicException(LumError::IllegalOperation);
+        } else if constexpr (std::is_same_v<T, bool>) {
+            return GetNthBoolUnsafe(index);
         } else {
             return Data().template At<T>(index);
         }

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "lum/core/Export.h"
+#include "lum/core/serialize/JsonOptions.h"
+#include "lum/core/utility/LumString.h"
+
+/// Values and stores as JSON text, which StoreValueParser reads back where it knows the type:
+///
+///   a special value   the name of its kind as a string, whatever its type
+///   Bool, numbers     literals, as FormatPrimitive writes them; "nan", "+inf", "-inf" as strings
+///   String            a string. One that could be read as a special value, or that begins with a
+///                     single quote, is written as a quoted literal inside the string: "'Null'"
+///   Date, DateTime    strings: "2024-03-01T09:05:00"
+///   Color             a string of eight hexadecimal digits, alpha first; or its packed number
+///   Tuple             an array of the members, strings by the rule above
+///   External          the bytes of SerializeExternalType as a string of hexadecimal digits
+///   Array             an array; a special element is the pair of its placeholder and its kind:
+///                     [1,[0,"Null"],3]. Strings stand without the quotes of the rule above.
+///   Set               an array in ascending order; with special members an array of two, the
+///   values
+///                     and the kinds: [[1,2],["Null"]]
+///   KeyMap, Table     a dictionary with the keys in order of their text, each as the key segment
+///   of
+///                     its name and the type of its value: {"a:i":1}. Without typed keys, its name.
+///
+/// The same value always gives the same text, but for sets of external values. In readable text
+/// arrays of rows and collections have a line for each element; all others stand on one line.
+///
+/// Threads: values are only read, so any number of threads may write one at the same time.
+/// Ownership: nothing is kept.
+/// Errors: LumRuntimeException with NullSerializedValue for an element that has no value;
+///   InvalidDateTime for a date out of range, but below a special kind the default date is written
+///   for it; OutOfBounds for an array with an index outside of its storage; IllegalSpecialKind for
+///   a kind without a name; CollectionArraySpecials and TupleSetSpecials for special elements
+///   beside rows and collections; UnsupportedPrimitiveKey, plain, with the store type's name, for
+///   what has no text; and what the host's functions for external values throw. std::length_error
+///   beyond 2^30 units. The text of a writer that was given is of no use then.
+/// Cost: linear in the text; numbers and strings of a column go from its storage into the text
+///   without an object or a call for each. Sets, key maps and tables are sorted. Values are walked
+///   by recursion without a limit, as deep as they are nested in memory.
+namespace lum::core {
+
+class IDataStore;
+class JsonSerializer;
+class StoreValue;
+
+/// Compact text, typed keys, colours in hexadecimal.
+LUM_CORE_API TStringCore SerializeValue(const StoreValue& value);
+/// The same as the next item of a writer. Errors: also those of the writer where no item is due.
+LUM_CORE_API void SerializeValue(JsonSerializer& serializer, const StoreValue& value);
+
+/// A store is written as its root key map.
+LUM_CORE_API TStringCore SerializeDataStore(const IDataStore& store, const JsonOptions& options);
+/// With typed keys and colours in hexadecimal, as the next item of a writer.
+LUM_CORE_API void SerializeDataStore(JsonSerializer& serializer, const IDataStore& store);
+/// Compact text, typed keys, colours in hexadecimal.
+LUM_CORE_API TStringCore SerializeDataStoreCompact(const IDataStore& store);
+
+}  // namespace lum::core

@@ -1,0 +1,99 @@
+// Uses the installed library as a host would, and passes types and exceptions across its boundary
+// in both directions. Prints nothing but what went wrong.
+
+#include <lum/core/LumCore.h>
+
+#include <cstdio>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <typeinfo>
+#include <vector>
+
+namespace {
+
+using namespace lum::core;
+
+int g_failures = 0;
+
+void Expect(bool condition, const char* what) {
+    if (!condition) {
+        std::fprintf(stderr, "consumer: %s\n", what);
+        ++g_failures;
+    }
+}
+
+std::unique_ptr<IDataStore> MakeStore() {
+    std::unique_ptr<IDataStore> store =
+        factory::MakeDataStore(std::unique_ptr<std::unordered_map<RInternString, SV>>());
+    store->AddValue(KeyPath::ParseString(L"sales/amount"),
+                    factory::MakeArray<unsigned>(
+                        IntType::Get32(),
+                        std::make_unique<std::vector<unsigned>>(std::vector{3u, 0u, 5u}), nullptr,
+                        std::make_unique<std::vector<SpecialKind>>(std::vector{
+                            SpecialKind::Normal, SpecialKind::Null, SpecialKind::Normal}),
+                        SortSpecOrder::UNKNOWN));
+    return store;
+}
+
+void CheckJson() {
+    const std::string json = SerializeDataStoreCompact(*MakeStore()).toStdString();
+    Expect(json == R"({"sales:M{ amount:A<i> }":{"amount:A<i>":[3,[0,"Null"],5]}})", json.c_str());
+}
+
+// The interfaces' type information has to be one on both sides.
+void CheckCasts() {
+    const SV column = MakeStore()->GetValue(KeyPath::ParseString(L"sales/amount"));
+    const StoreValue* const value = column.get();
+    Expect(dynamic_cast<const ITypedArray<unsigned>*>(value) != nullptr,
+           "a column is no typed array of its storage");
+    Expect(dynamic_cast<const ITypedArray<unsigned char>*>(value) == nullptr,
+           "a column is a typed array of another storage");
+    Expect(dynamic_cast<const IStoreKeyMap*>(value) == nullptr, "a column is a key map");
+    Expect(typeid(*column->GetType()) == typeid(ArrayType), "the type of a column is no ArrayType");
+}
+
+void CheckExceptions() {
+    try {
+        MakeStore()->GetValue(KeyPath::ParseString(L"sales/none"));
+        Expect(false, "a missing key did not throw");
+    } catch (const LumRuntimeException& error) {
+        Expect(error.GetError() == LumError::KeyNotFound, error.what());
+    } catch (...) {
+        Expect(false, "a missing key threw something else than LumRuntimeException");
+    }
+    try {
+        MakeStore()->AddValue(KeyPath(), factory::MakeInt32(1));
+        Expect(false, "an empty path did not throw");
+    } catch (const std::exception& error) {
+        Expect(dynamic_cast<const LumException*>(&error) != nullptr, error.what());
+    }
+}
+
+// What a host's function throws passes through the library unchanged.
+void CheckHostException() {
+    struct HostFailure : std::runtime_error {
+        using std::runtime_error::runtime_error;
+    };
+    const auto former = SetLumLogger(std::make_shared<LumLogger>(
+        LumLogger::WideSink(),
+        [](LumLogLevel, const TStringCore&) { throw HostFailure("from the host"); },
+        LumLogger::LevelFilter()));
+    try {
+        LumLog(LumLogLevel::Notice, TStringCore(L"text"));
+        Expect(false, "the host's exception was lost");
+    } catch (const HostFailure&) {
+    }
+    SetLumLogger(former);
+}
+
+}  // namespace
+
+int main() {
+    RegisterDefaultCollatorPool();
+    CheckJson();
+    CheckCasts();
+    CheckExceptions();
+    CheckHostException();
+    return g_failures == 0 ? 0 : 1;
+}

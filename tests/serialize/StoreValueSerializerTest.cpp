@@ -1,0 +1,544 @@
+#include "lum/core/serialize/StoreValueSerializer.h"
+
+#include <gtest/gtest.h>
+
+#include <bit>
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "lum/core/serialize/FormatPrimitive.h"
+#include "lum/core/serialize/JsonSerializer.h"
+#include "lum/core/store/ArrayFactory.h"
+#include "lum/core/store/ExternalTypeRegistry.h"
+#include "lum/core/store/IDataStore.h"
+#include "lum/core/store/IStoreSet.h"
+#include "lum/core/store/KeyMapFactory.h"
+#include "lum/core/store/SetFactory.h"
+#include "lum/core/store/SpecialKindText.h"
+#include "lum/core/store/TupleFactory.h"
+#include "lum/core/store/ValueFactory.h"
+#include "lum/core/store/ValueUtil.h"
+#include "lum/core/types/CollectionTypes.h"
+#include "lum/core/types/ScalarTypes.h"
+#include "lum/core/types/StringType.h"
+#include "tests/support/AllocationCounter.h"
+#include "tests/support/CollatorPoolGuard.h"
+#include "tests/support/ColumnForms.h"
+#include "tests/support/ColumnText.h"
+#include "tests/support/LumErrorMatchers.h"
+#include "tests/support/Random.h"
+#include "tests/support/RandomColumns.h"
+
+namespace lum::core {
+namespace {
+
+using namespace factory;
+using test::ColumnOf;
+using test::RowOf;
+using test::SetOf;
+using test::TypeOf;
+
+constexpr JsonSerializerType kBothForms[] = {JsonSerializerType::Compact,
+                                             JsonSerializerType::Readable};
+
+std::string Compact(const SV& value) {
+    return SerializeValue(*value).toStdString();
+}
+
+std::string Readable(const SV& value) {
+    JsonSerializer serializer(JsonSerializerType::Readable);
+    SerializeValue(serializer, *value);
+    return serializer.Build().toStdString();
+}
+
+SV MapOf(std::unordered_map<RInternString, SV>&& members) {
+    return MakeKeyMap(std::move(members));
+}
+
+// A value of a kind of the host's own.
+class Blob final : public ValueExternal {
+public:
+    Blob(std::vector<unsigned char> bytes, uint64 hash)
+        : ValueExternal(L"blob"), m_bytes(std::move(bytes)), m_hash(hash) {}
+
+    const std::vector<unsigned char>& GetBytes() const { return m_bytes; }
+    uint64 GetHashValue() const override { return m_hash; }
+    bool IsEqual(const StoreValue& other) const override { return this == &other; }
+    std::unique_ptr<StoreValue> Clone() const override { return std::make_unique<Blob>(*this); }
+
+private:
+    std::vector<unsigned char> m_bytes;
+    uint64 m_hash;
+};
+
+SV MakeBlob(std::vector<unsigned char> bytes, uint64 hash = 0) {
+    return std::make_shared<Blob>(std::move(bytes), hash);
+}
+
+class StoreValueSerializerTest : public testing::Test {
+public:
+    StoreValueSerializerTest() {
+        RegisterExternalType(
+            7, L"blob",
+            [](const ValueExternal& value) { return dynamic_cast<const Blob&>(value).GetBytes(); },
+            [](const ArrayView<const unsigned char>&) { return nullptr; });
+    }
+    ~StoreValueSerializerTest() override { ClearExternalTypes(); }
+
+private:
+    test::CollatorPoolGuard m_pool;
+};
+
+TEST_F(StoreValueSerializerTest, Scalars) {
+    const std::pair<SV, std::string> cases[] = {
+        {MakeBool(true), "true"},
+        {MakeInt32(-7), "-7"},
+        {MakeInt64(9007199254740993), "9007199254740993"},
+        {MakeReal32(0.1f), "0.1"},
+        {MakeReal64(0.1), "0.10000000000000001"},
+        {MakeReal64(std::nan("")), "\"nan\""},
+        {MakeReal32(std::numeric_limits<float>::infinity()), "\"+inf\""},
+        {MakeReal64(-std::numeric_limits<double>::infinity()), "\"-inf\""},
+        {MakeDate(LumDateTime(2024, 3, 1, 0, 0, 0, 0)), "\"2024-03-01\""},
+        {MakeDateTime(LumDateTime(2024, 3, 1, 9, 5, 0, 0)), "\"2024-03-01T09:05:00\""},
+        {MakeColor(255, 0, 0, 255), "\"ffff0000\""},
+        {MakeBlob({}), "\"\""},
+        {MakeBlob({0, 0x0a, 0xff}), "\"000aff\""},
+        {MakeSpecial(TypeOf("i"), SpecialKind::Null), "\"Null\""},
+        {MakeSpecial(ArrayType::Get(TypeOf("i")), SpecialKind::Missing), "\"Missing\""},
+    };
+    for (const auto& [value, text] : cases) {
+        EXPECT_EQ(Compact(value), text);
+        EXPECT_EQ(Readable(value), text);
+    }
+}
+
+// What a reader would take for a special value or a literal is quoted, and nothing else.
+TEST_F(StoreValueSerializerTest, GuardedStrings) {
+    const std::pair<std::string, std::string> cases[] = {
+        {"", R"("")"},
+        {"Null", R"("'Null'")"},
+        {"Wildcard", R"("'Wildcard'")"},
+        {" Null ", R"("' Null '")"},
+        {"Nullable", R"("Nullable")"},
+        {"null", R"("null")"},
+        {"Normal", R"("Normal")"},
+        {"Null Null", R"("Null Null")"},
+        {"Null,", R"("Null,")"},
+        {"nan", R"("nan")"},
+        {"it's", R"("it's")"},
+        {"'x", R"("'\\'x'")"},
+        {"'Null'", R"("'\\'Null\\''")"},
+        {"'a\\b\nc\"d", R"("'\\'a\\\\b\\nc\"d'")"},
+    };
+    for (const auto& [text, json] : cases) {
+        EXPECT_EQ(Compact(MakeString(TStringCore::fromUtf8(text))), json);
+        // A member of a row follows the same rule, on its own and in a column.
+        LumTuple row(TupleType::Get({StringType::Get()}));
+        row.SetNthString(0, TStringCore::fromUtf8(text));
+        const Type* const rowType = row.GetType();
+        EXPECT_EQ(Compact(MakeTuple(LumTuple(row))), "[" + json + "]");
+        EXPECT_EQ(Compact(MakeArray<LumTuple>(rowType, {row}, SortSpecOrder::UNKNOWN)),
+                  "[[" + json + "]]");
+    }
+    // Behind a quote, the text ends at a zero.
+    EXPECT_EQ(Compact(MakeString(TStringCore(std::u16string{u'\'', u'a', 0, u'b'}))),
+              R"("'\\'a'")");
+    EXPECT_EQ(Compact(MakeString(TStringCore(std::u16string{u'a', 0, u'b'}))), R"("a\u0000b")");
+}
+
+struct CollectionCase {
+    SV value;
+    std::string compact;
+    std::string readable;
+};
+
+TEST_F(StoreValueSerializerTest, Arrays) {
+    const SV nested = MakeArray<SV>(ArrayType::Get(TypeOf("i")),
+                                    {ColumnOf("i: 1 2"), ColumnOf("i:"), ColumnOf("i: 3 -")},
+                                    SortSpecOrder::UNKNOWN);
+    const SV maps = MakeArray<SV>(KeyMapType::Get({}), {MapOf({}), MapOf({{L"a", MakeBool(true)}})},
+                                  SortSpecOrder::UNKNOWN);
+    const SV blobs = MakeArray<SV>(
+        ExternalType::Get(L"blob"),
+        {MakeBlob({1}), MakeSpecial(ExternalType::Get(L"blob"), SpecialKind::All), MakeBlob({2})},
+        {0, 1, 2}, {SpecialKind::Normal, SpecialKind::Normal, SpecialKind::Error},
+        SortSpecOrder::UNKNOWN);
+    const CollectionCase cases[] = {
+        {ColumnOf("i:"), "[]", "[ ]"},
+        {ColumnOf("i: 1 0!Null 3"), R"([1,[0,"Null"],3])", R"([ 1,[ 0, "Null" ], 3 ])"},
+        {ColumnOf("i: 5!All 1"), R"([[5,"All"],1])", R"([[ 5, "All" ], 1 ])"},
+        {ColumnOf("s: Null '''x' -"), R"(["Null","'x",["","Null"]])",
+         R"([ "Null", "'x",[ "", "Null" ] ])"},
+        {ColumnOf("b: true false"), "[true,false]", "[ true, false ]"},
+        {ColumnOf("r: 0.5 nan +inf -inf -"), R"([0.5,"nan","+inf","-inf",[0,"Null"]])",
+         R"([ 0.5, "nan", "+inf", "-inf",[ 0, "Null" ] ])"},
+        {ColumnOf("f: 0.1 nan"), R"([0.1,"nan"])", R"([ 0.1, "nan" ])"},
+        {ColumnOf("c: ffff0000 00000001"), R"(["ffff0000","00000001"])",
+         R"([ "ffff0000", "00000001" ])"},
+        {ColumnOf("d: 2024-03-01"), R"(["2024-03-01"])", R"([ "2024-03-01" ])"},
+        {ColumnOf("P{i,s}:"), "[]", "[\n\n]"},
+        {ColumnOf("P{i,s}: (1 a) (2!Null b)"), R"([[1,"a"],["Null","b"]])",
+         "[\n    [ 1, \"a\" ],\n    [ \"Null\", \"b\" ]\n]"},
+        {nested, R"([[1,2],[],[3,[0,"Null"]]])",
+         "[\n    [ 1, 2 ],\n    [ ],\n    [ 3,[ 0, \"Null\" ] ]\n]"},
+        {maps, R"([{},{"a:b":true}])",
+         "[\n    {\n\n    },\n    {\n        \"a:b\": true\n    }\n]"},
+        {blobs, R"(["01","All",["02","Error"]])", R"([ "01", "All",[ "02", "Error" ] ])"},
+    };
+    for (const CollectionCase& array : cases) {
+        EXPECT_EQ(Compact(array.value), array.compact);
+        EXPECT_EQ(Readable(array.value), array.readable);
+    }
+}
+
+template <typename T>
+SV SetOfValues(const Type* elementType, std::vector<T> values) {
+    return MakeSet<T>(elementType, std::make_unique<SetContainer<T>>(values.begin(), values.end()),
+                      nullptr);
+}
+
+SV SetOfReals(std::vector<double> values) {
+    std::vector<unsigned long long> stored;
+    for (const double value : values) {
+        stored.push_back(std::bit_cast<unsigned long long>(value));
+    }
+    return SetOfValues<unsigned long long>(RealType::Get64(), stored);
+}
+
+TEST_F(StoreValueSerializerTest, SetsAreSorted) {
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const CollectionCase cases[] = {
+        {SetOf("i:"), "[]", "[ ]"},
+        {SetOf("i: 10 2 -3 1"), "[-3,1,2,10]", "[ -3, 1, 2, 10 ]"},
+        {SetOf("l: 5 -5000000000"), "[-5000000000,5]", "[ -5000000000, 5 ]"},
+        {SetOf("b: true false"), "[false,true]", "[ false, true ]"},
+        {SetOfReals({nan, 2, -nan, -0.0, 0.0, -1e300}),
+         R"([-1.0000000000000001e+300,-0,0,2,)"
+         R"("nan","nan"])",
+         R"([ -1.0000000000000001e+300, -0, 0, 2, "nan", "nan" ])"},
+        {SetOf("s: b a B ab"), R"(["B","a","ab","b"])", R"([ "B", "a", "ab", "b" ])"},
+        // By the signed number, in which opaque colours are negative.
+        {SetOf("c: 00000001 ffff0000 7fffffff"), R"(["ffff0000","00000001","7fffffff"])",
+         R"([ "ffff0000", "00000001", "7fffffff" ])"},
+        {SetOf("d: 2024-03-01 1999-12-31"), R"(["1999-12-31","2024-03-01"])",
+         R"([ "1999-12-31", "2024-03-01" ])"},
+        {SetOf("P{i,s}: (2 a) (1 b) (1 a)"), R"([[1,"a"],[1,"b"],[2,"a"]])",
+         "[\n    [ 1, \"a\" ],\n    [ 1, \"b\" ],\n    [ 2, \"a\" ]\n]"},
+        {SetOf("i: 2 1 !Missing -"), R"([[1,2],["Null","Missing"]])",
+         R"([[ 1, 2 ],[ "Null", "Missing" ] ])"},
+        {SetOf("s: -"), R"([[],["Null"]])", R"([[ ],[ "Null" ] ])"},
+        {SetOfValues<SV>(ExternalType::Get(L"blob"),
+                         {MakeBlob({3}, 30), MakeBlob({1}, 10), MakeBlob({2}, 20)}),
+         R"(["01","02","03"])", R"([ "01", "02", "03" ])"},
+    };
+    for (const CollectionCase& set : cases) {
+        EXPECT_EQ(Compact(set.value), set.compact);
+        EXPECT_EQ(Readable(set.value), set.readable);
+    }
+}
+
+TEST_F(StoreValueSerializerTest, Rows) {
+    const TupleType* const withBlob =
+        TupleType::Get({ExternalType::Get(L"blob"), StringType::Get(), ExternalType::Get(L"blob")});
+    LumTuple row(withBlob);
+    row.SetNthExternal(0, MakeBlob({0xab}));
+    row.SetNthString(1, L"Null");
+    row.SetNthSpecial(2, SpecialKind::NoAccess);
+    EXPECT_EQ(Compact(MakeTuple(LumTuple(row))), R"(["ab","'Null'","NoAccess"])");
+    EXPECT_EQ(Readable(MakeTuple(LumTuple(row))), R"([ "ab", "'Null'", "NoAccess" ])");
+    EXPECT_EQ(Compact(MakeTuple(LumTuple())), "[]");
+    EXPECT_EQ(Compact(MakeTuple(RowOf("P{b,i,l,f,r,d,t,c}: true -1 2 0.5 nan 2024-03-01 - "
+                                      "80000001"))),
+              R"([true,-1,2,0.5,"nan","2024-03-01","Null","80000001"])");
+
+    // A column may mix rows that go straight into the text with others.
+    const SV mixed =
+        MakeArray<LumTuple>(withBlob, {RowOf("P{i}: 1"), row, RowOf("P{i,i}: 2 3"), LumTuple()},
+                            SortSpecOrder::UNKNOWN);
+    EXPECT_EQ(Compact(mixed), R"([[1],["ab","'Null'","NoAccess"],[2,3],[]])");
+    EXPECT_EQ(
+        Readable(mixed),
+        "[\n    [ 1 ],\n    [ \"ab\", \"'Null'\", \"NoAccess\" ],\n    [ 2, 3 ],\n    [ ]\n]");
+}
+
+std::unique_ptr<IDataStore> MakeSampleStore() {
+    return MakeDataStore(std::unordered_map<RInternString, SV>{
+        {L"b", MapOf({{L"two words", MakeInt32(1)}, {L"Z", MakeColor(0, 0, 1, 128)}})},
+        {L"a", ColumnOf("c: ffff0000 -")},
+        {L"10", MakeSpecial(TypeOf("r"), SpecialKind::Null)},
+        {L"9", MapOf({})}});
+}
+
+TEST_F(StoreValueSerializerTest, StoresByOptions) {
+    const auto store = MakeSampleStore();
+    const std::string compact =
+        R"({"10:r":"Null","9:M":{},"a:A<c>":["ffff0000",["00000000","Null"]],)"
+        R"("b:M{ Z:c, 'two words':i }":{"Z:c":"80000001","'two words':i":1}})";
+    const std::string readable =
+        "{\n"
+        "    \"10:r\": \"Null\",\n"
+        "    \"9:M\": {\n"
+        "\n"
+        "    },\n"
+        "    \"a:A<c>\": [ \"ffff0000\",[ \"00000000\", \"Null\" ] ],\n"
+        "    \"b:M{ Z:c, 'two words':i }\": {\n"
+        "        \"Z:c\": \"80000001\",\n"
+        "        \"'two words':i\": 1\n"
+        "    }\n"
+        "}";
+    EXPECT_EQ(SerializeDataStoreCompact(*store).toStdString(), compact);
+    EXPECT_EQ(SerializeDataStore(*store, JsonOptions()).toStdString(), readable);
+    EXPECT_EQ(SerializeDataStore(*store, JsonOptions::SlimWebFormat()).toStdString(),
+              R"({"10":"Null","9":{},"a":[-65536,[0,"Null"]],)"
+              R"("b":{"Z":-2147483647,"two words":1}})");
+    JsonSerializer serializer;
+    SerializeDataStore(serializer, *store);
+    EXPECT_EQ(serializer.Build().toStdString(), compact);
+
+    JsonOptions options;
+    options.compact = true;
+    options.colorsAsIntegers = true;
+    const auto colors = MakeDataStore(std::unordered_map<RInternString, SV>{
+        {L"s", SetOf("c: 00000001 ffff0000")}, {L"t", MakeTuple(RowOf("P{c}: 00000010"))}});
+    EXPECT_EQ(SerializeDataStore(*colors, options).toStdString(),
+              R"({"s:S<c>":[-65536,1],"t:P{ c }":[16]})");
+    EXPECT_EQ(
+        SerializeDataStore(*MakeDataStore(std::unordered_map<RInternString, SV>()), JsonOptions())
+            .toStdString(),
+        "{\n\n}");
+}
+
+// The plain way: a call of the writer for each item, and a boxed value for each element.
+class PlainWriter {
+public:
+    explicit PlainWriter(JsonSerializer& serializer) : m_serializer(serializer) {}
+
+    void Write(const SV& value, bool isElement) {
+        const StoreType type = value->GetStoreType();
+        if (value->IsSpecial()) {
+            m_serializer.AppendString(SpecialKindToString(value->GetSpecialKind()));
+        } else if (type == StoreType::Array) {
+            DispatchStorage(value->AsArray().GetElementType()->GetStoreType(),
+                            [&]<typename T>(StorageTag<T>) { WriteArray<T>(*value); });
+        } else if (type == StoreType::Tuple) {
+            const LumTuple& row = value->AsTuple();
+            m_serializer.BeginArray(false);
+            for (lumsize_t i = 0; i < row.GetCount(); ++i) {
+                Write(FetchStoreValueFromTuple(row, i), /*isElement=*/false);
+            }
+            m_serializer.EndArray();
+        } else if (type == StoreType::String && !isElement) {
+            m_serializer.AppendUnquotedString(SerializeValue(*value));
+        } else if (IsLiteral(*value)) {
+            m_serializer.AppendUnquotedString(FormatPrimitive(*value));
+        } else {
+            m_serializer.AppendString(FormatPrimitive(*value));
+        }
+    }
+
+private:
+    static bool IsLiteral(const StoreValue& value) {
+        switch (value.GetStoreType()) {
+            case StoreType::Real32:
+                return std::isfinite(value.AsReal32());
+            case StoreType::Real64:
+                return std::isfinite(value.AsReal64());
+            default:
+                return value.GetStoreType() < StoreType::Real32;
+        }
+    }
+
+    template <typename T>
+    void WriteArray(const StoreValue& value) {
+        const Type* const elementType = value.AsArray().GetElementType();
+        const test::Cells<T> cells = test::CellsOf<T>(value);
+        m_serializer.BeginArray(IsCollectionStoreType(elementType->GetStoreType()));
+        for (std::size_t i = 0; i < cells.values.size(); ++i) {
+            const SV element = MakeStoreValueFromStorageType<T>(elementType, cells.values[i]);
+            const SpecialKind kind = cells.GetKind(i);
+            if (kind == SpecialKind::Normal) {
+                Write(element, /*isElement=*/true);
+            } else {
+                m_serializer.BeginArray(false);
+                Write(element, /*isElement=*/true);
+                m_serializer.AppendString(SpecialKindToString(kind));
+                m_serializer.EndArray();
+            }
+        }
+        m_serializer.EndArray();
+    }
+
+    JsonSerializer& m_serializer;
+};
+
+void ExpectPlainText(const SV& column) {
+    for (const JsonSerializerType form : kBothForms) {
+        JsonSerializer plain(form);
+        PlainWriter(plain).Write(column, /*isElement=*/false);
+        test::ForEachForm(column, [&](const SV& inForm) {
+            JsonSerializer serializer(form);
+            SerializeValue(serializer, *inForm);
+            EXPECT_EQ(serializer.Build(), plain.Build());
+        });
+    }
+}
+
+// Short columns of every type.
+TEST_F(StoreValueSerializerTest, ColumnsAreWrittenAsByCalls) {
+    test::Random random;
+    SCOPED_TRACE(random.Trace());
+    for (const Type* const elementType : test::GetElementTypes()) {
+        SCOPED_TRACE(elementType->ToString().toStdString());
+        for (const lumsize_t count : {0u, 1u, 2u, 3u, 30u}) {
+            ExpectPlainText(test::MakeRandomColumn(random, elementType, count));
+            ExpectPlainText(test::MakeRandomColumn(random, elementType, count));
+        }
+    }
+}
+
+// Cells of all lengths, and short at first: the memory for a column is planned after its first
+// cells, which must not show in the text.
+template <typename T>
+T MakeWildCell(test::Random& random, const Type* type) {
+    if constexpr (std::is_same_v<T, RIndirectString>) {
+        const char16_t units[] = {u'a', u'b', u' ', u'"', u'\\', u'\n', 0x20ac, 0xd800};
+        const std::size_t length = random.Below(12) == 0 ? random.Below(3000) : random.Below(20);
+        const bool isPlain = random.Below(3) != 0;
+        TStringCore text;
+        for (std::size_t i = 0; i < length; ++i) {
+            text += isPlain ? u'x' : random.OneOf(units);
+        }
+        return text;
+    } else if constexpr (std::is_same_v<T, LumTuple>) {
+        return test::MakeRandomRow(random, &type->As<TupleType>());
+    } else if constexpr (std::is_same_v<T, SV>) {
+        return test::MakeRandomColumn(random, type->As<ArrayType>().GetElementType(), 5);
+    } else if (type->Is(StoreType::Date) || type->Is(StoreType::DateTime)) {
+        const unsigned long long first = LumDateTime::DateTimeMinimum.GetValue();
+        const unsigned long long range = LumDateTime::DateTimeMaximum.GetValue() - first + 1;
+        const unsigned long long steps[] = {1, 10000, LumDateTime::kTicksPerDay};
+        const unsigned long long step = random.OneOf(steps);
+        return static_cast<T>(first + random.Bits() % range / step * step);
+    } else {
+        return static_cast<T>(random.Bits() >> random.Below(64));  // Fewer bits, shorter numbers.
+    }
+}
+
+TEST_F(StoreValueSerializerTest, LongColumnsAreWrittenAsByCalls) {
+    test::Random random;
+    SCOPED_TRACE(random.Trace());
+    for (const Type* const type : test::GetElementTypes()) {
+        SCOPED_TRACE(type->ToString().toStdString());
+        constexpr lumsize_t kCount = 2500;
+        const SV column = DispatchStorage(type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
+            constexpr lumsize_t kFirstWild = 600;
+            std::vector<T> cells(kFirstWild, MakeWildCell<T>(random, type));
+            while (cells.size() < kCount) {
+                cells.push_back(MakeWildCell<T>(random, type));
+            }
+            return MakeArray<T>(type, std::move(cells), SortSpecOrder::UNKNOWN);
+        });
+        ExpectPlainText(column);
+    }
+}
+
+// One text a column: its memory grows with the text, and nothing is made for a cell.
+TEST_F(StoreValueSerializerTest, CellsAllocateNothing) {
+    constexpr lumsize_t kCount = 20000;
+    std::vector<RIndirectString> names(kCount, L"neither short nor \"plain\"");
+    std::vector<LumTuple> rows(kCount, RowOf("P{i,s,t}: 1 'a member' 2024-03-01"));
+    const SV columns[] = {
+        MakeArray<unsigned int>(TypeOf("i"), std::vector<unsigned int>(kCount, 7u),
+                                SortSpecOrder::UNKNOWN),
+        MakeArray<unsigned long long>(
+            TypeOf("t"),
+            std::vector<unsigned long long>(kCount, LumDateTime(2024, 3, 1, 9, 5, 0, 1).GetValue()),
+            SortSpecOrder::UNKNOWN),
+        MakeArray<RIndirectString>(TypeOf("s"), std::move(names), SortSpecOrder::UNKNOWN),
+        MakeArray<LumTuple>(rows[0].GetType(), std::move(rows), SortSpecOrder::UNKNOWN),
+    };
+    for (const SV& column : columns) {
+        for (const JsonSerializerType form : kBothForms) {
+            JsonSerializer serializer(form);
+            const test::AllocationCounter allocations;
+            SerializeValue(serializer, *column);
+            const std::size_t count = allocations.GetCount();
+            EXPECT_LT(count, 30u) << column->GetType()->ToString();
+        }
+    }
+}
+
+// Below a special kind there may be any number; elsewhere a date that is none fails.
+TEST_F(StoreValueSerializerTest, DatesOutOfRange) {
+    const auto makeColumn = [](SpecialKind kind) {
+        return MakeArray<unsigned long long>(
+            TypeOf("d"),
+            std::make_unique<std::vector<unsigned long long>>(
+                std::vector<unsigned long long>{0, LumDateTime(2024, 3, 1, 0, 0, 0, 0).GetValue()}),
+            nullptr,
+            std::make_unique<std::vector<SpecialKind>>(
+                std::vector<SpecialKind>{kind, SpecialKind::All}),
+            SortSpecOrder::UNKNOWN);
+    };
+    EXPECT_EQ(Compact(makeColumn(SpecialKind::Null)),
+              R"([["1900-01-01","Null"],["2024-03-01","All"]])");
+    EXPECT_LUM_ERROR(InvalidDateTime, "", Compact(makeColumn(SpecialKind::Normal)));
+}
+
+// A collection that says it has special elements, as none of ours can beside rows.
+class SpecialRows final : public StoreValue, public IUniformCollection {
+public:
+    explicit SpecialRows(const Type* type) : m_type(type) {}
+    const Type* GetType() const override { return m_type; }
+    lumsize_t GetCount() const override { return 1; }
+    std::unique_ptr<StoreValue> Clone() const override { return nullptr; }
+    const IUniformCollection& AsUniformCollection() const override { return *this; }
+    const Type* GetElementType() const override { return TypeOf("P{i}"); }
+    bool IsConstant() const override { return false; }
+    bool HasSpecialValues() const override { return true; }
+    const StoreValueIterable& GetStoreValueIterable() const override {
+        throw std::logic_error("nothing is to be walked");
+    }
+
+private:
+    const Type* m_type;
+};
+
+TEST_F(StoreValueSerializerTest, Failures) {
+    const Type* const blobType = ExternalType::Get(L"blob");
+    const Type* const rowType = TypeOf("P{i}");
+    EXPECT_LUM_REPORT(CollectionArraySpecials, "", "!(values.HasSpecialValues())",
+                      SerializeValue(SpecialRows(ArrayType::Get(rowType))));
+    EXPECT_LUM_REPORT(TupleSetSpecials, "", "!(values.HasSpecialValues())",
+                      SerializeValue(SpecialRows(SetType::Get(rowType))));
+
+    EXPECT_LUM_REPORT(
+        NullSerializedValue, "", "(value) != nullptr",
+        Compact(MakeArray<SV>(blobType, {MakeBlob({1}), nullptr}, SortSpecOrder::UNKNOWN)));
+    EXPECT_LUM_REPORT(NullSerializedValue, "", "(value) != nullptr",
+                      Compact(MakeTuple(LumTuple(TupleType::Get({blobType})))));
+
+    EXPECT_LUM_ERROR(
+        OutOfBounds, "",
+        Compact(MakeArray<unsigned int>(TypeOf("i"), {1u, 2u}, {0u, 2u}, SortSpecOrder::UNKNOWN)));
+    EXPECT_LUM_ERROR(
+        IllegalSpecialKind, "",
+        Compact(MakeArray<unsigned char>(TypeOf("b"), {1}, {0}, {static_cast<SpecialKind>(10)},
+                                         SortSpecOrder::UNKNOWN)));
+    // Values that are not of the element type.
+    EXPECT_LUM_ERROR(NotTypedArray, "",
+                     Compact(MakeArray<SV>(TypeOf("i"), {MakeInt32(1)}, SortSpecOrder::UNKNOWN)));
+
+    JsonSerializer full;
+    full.AppendUnquotedString(L"1");
+    EXPECT_LUM_ERROR(SecondRootItem, "", SerializeValue(full, *MakeInt32(2)));
+}
+
+}  // namespace
+}  // namespace lum::core

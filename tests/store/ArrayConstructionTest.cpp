@@ -1,0 +1,181 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "lum/core/store/ArrayFactory.h"
+#include "lum/core/store/ITypedArray.h"
+#include "lum/core/store/TupleFactory.h"
+#include "lum/core/store/ValueFactory.h"
+#include "lum/core/types/CollectionTypes.h"
+#include "lum/core/types/HeterogeneousTypes.h"
+#include "lum/core/types/ScalarTypes.h"
+#include "tests/support/ColumnText.h"
+#include "tests/support/LumErrorMatchers.h"
+
+namespace lum::core {
+namespace {
+
+using test::TextOf;
+
+constexpr SortSpecOrder kOrder = SortSpecOrder::ASC;
+
+using Kinds = std::vector<SpecialKind>;
+using Indices = std::vector<unsigned>;
+
+std::unique_ptr<Kinds> NullKinds(std::size_t count) {
+    return std::make_unique<Kinds>(count, SpecialKind::Null);
+}
+
+template <typename T>
+SV MakeWithKinds(const Type* elementType, std::vector<T> values, std::size_t kindCount) {
+    return factory::MakeArray<T>(elementType, std::make_unique<std::vector<T>>(std::move(values)),
+                                 nullptr, NullKinds(kindCount), kOrder);
+}
+
+TEST(ArrayConstructionTest, Checks) {
+    const Type* const int32 = IntType::Get32();
+    const Type* const keyMap = KeyMapType::Get({});
+    const char kMatching[] =
+        "(StorageTypeTraits<StorageT>::IsMatchingType(m_type->GetElementType()))";
+    const char kNested[] = "!(IsCollectionStoreType(m_type->GetElementType()->GetStoreType()))";
+    const std::shared_ptr<const RawData> noData;
+    using Error = LumError;
+    const struct {
+        const char* name;
+        std::function<SV()> make;
+        std::optional<Error> error;
+        const char* condition = "";
+    } cases[] = {
+        {"null vector",
+         [&] { return factory::MakeArray<unsigned>(int32, nullptr, nullptr, nullptr, kOrder); },
+         Error::NullArray, "!(m_values.IsNull())"},
+        {"null storage",
+         [&] { return factory::MakeArray<unsigned>(int32, noData, noData, kOrder); },
+         Error::NullArray, "!(m_values.IsNull())"},
+        {"null before the type",
+         [&] { return factory::MakeArray<unsigned>(BoolType::Get(), noData, noData, kOrder); },
+         Error::NullArray, "!(m_values.IsNull())"},
+        {"wrong storage",
+         [&] { return factory::MakeArray<unsigned>(IntType::Get64(), {1}, kOrder); },
+         Error::TypeMismatchExpected, kMatching},
+        {"wrong storage before the kinds",
+         [&] { return MakeWithKinds<unsigned>(test::TypeOf("P{i}"), {1}, 2); },
+         Error::TypeMismatchExpected, kMatching},
+        {"any type in handles",
+         [&] { return factory::MakeArray<SV>(int32, {factory::MakeInt32(1)}, kOrder); },
+         {}},
+        {"kinds of key maps", [&] { return MakeWithKinds<SV>(keyMap, {nullptr}, 1); },
+         Error::NestedCollectionSpecials, kNested},
+        {"key maps", [&] { return factory::MakeArray<SV>(keyMap, {nullptr}, kOrder); }, {}},
+        {"kinds of rows before their count",
+         [&] { return MakeWithKinds<LumTuple>(test::TypeOf("P{i}"), {}, 2); },
+         Error::NestedCollectionSpecials, kNested},
+        {"fewer kinds",
+         [&] {
+             return MakeWithKinds<unsigned>(int32, {1, 2, 3}, 2);
+         },
+         Error::SpecialsSizeMismatch, "(m_specials.GetSize() == m_values.GetSize())"},
+        {"kinds without values", [&] { return MakeWithKinds<unsigned>(int32, {}, 1); },
+         Error::SpecialsSizeMismatch, "(m_specials.GetSize() == m_values.GetSize())"},
+        {"storage of another width",
+         [&] {
+             return factory::MakeArray<unsigned>(
+                 int32, VectorRawData<unsigned char>::Make({1, 2, 3, 4}), noData, kOrder);
+         },
+         Error::IllegalCast, "(sizeof(T) == m_typeSize)"},
+        {"no element type", [&] { return factory::MakeArray<unsigned>(nullptr, {1}, kOrder); },
+         Error::IllegalElementType, nullptr},
+        {"arrays of tables",
+         [&] { return factory::MakeArray<SV>(TableType::Get({}), {nullptr}, kOrder); },
+         Error::IllegalElementType, nullptr},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        if (!c.error) {
+            EXPECT_NO_THROW(c.make());
+        } else {
+            EXPECT_TRUE(test::FailsAs(
+                {*c.error, "", c.condition != nullptr, c.condition != nullptr ? c.condition : ""},
+                [&] { c.make(); }));
+        }
+    }
+}
+
+TEST(ArrayConstructionTest, FactoriesAgree) {
+    const Type* const type = IntType::Get32();
+    const std::vector<unsigned> values{5, 6, 7};
+    const Kinds kinds{SpecialKind::Normal, SpecialKind::All, SpecialKind::Normal};
+    const auto copy = [](const auto& elements) {
+        return std::decay_t<decltype(elements)>(elements);
+    };
+    const std::pair<SV, const char*> cases[] = {
+        {factory::MakeArray(type, copy(values), kOrder), "i: 5 6 7"},
+        {factory::MakeArray(type, copy(values), Indices{2, 2, 0}, kOrder), "i: 7 7 5"},
+        {factory::MakeArray(type, copy(values), Indices{2, 1, 0, 1}, copy(kinds), kOrder),
+         "i: 7 6!All 5 6!All"},
+        {factory::MakeArray(type, copy(values), Indices(), copy(kinds), kOrder), "i!:"},
+        {factory::MakeArray(type, std::make_unique<std::vector<unsigned>>(values), nullptr,
+                            std::make_unique<Kinds>(kinds), kOrder),
+         "i: 5 6!All 7"},
+        {factory::MakeArray(type, std::make_unique<std::vector<unsigned>>(values),
+                            std::make_unique<Indices>(), nullptr, kOrder),
+         "i:"},
+        {factory::MakeArray<unsigned>(type, VectorRawData<unsigned>::Make(copy(values)),
+                                      VectorRawData<SpecialKind>::Make(copy(kinds)), kOrder),
+         "i: 5 6!All 7"},
+        {factory::MakeArray(type, std::vector<unsigned>(), Indices(), Kinds(), kOrder), "i!:"},
+    };
+    for (const auto& [array, expected] : cases) {
+        EXPECT_EQ(TextOf(array), expected);
+        EXPECT_EQ(array->AsArray().GetSortOrder(), kOrder);
+        EXPECT_EQ(&array->AsUniformCollection(),
+                  static_cast<const IUniformCollection*>(&array->AsArray()));
+    }
+}
+
+TEST(ArrayConstructionTest, NothingIsCopied) {
+    std::vector<RIndirectString> strings{L"longer than the handle", L"b"};
+    const RIndirectString* const address = strings.data();
+    const SV moved = factory::MakeArray(test::TypeOf("s"), std::move(strings), kOrder);
+    EXPECT_EQ(moved->AsTypedArray<RIndirectString>().GetValues().GetData(), address);
+
+    std::shared_ptr<const RawData> data = VectorRawData<unsigned long long>::Make({1, 2});
+    const void* const storage = data->GetByteView().GetData();
+    const std::weak_ptr<const RawData> observer = data;
+    SV shared =
+        factory::MakeArray<unsigned long long>(IntType::Get64(), std::move(data), nullptr, kOrder);
+    EXPECT_EQ(shared->AsTypedArray<unsigned long long>().GetValues().GetData(), storage);
+    EXPECT_FALSE(observer.expired());
+    shared.reset();
+    EXPECT_TRUE(observer.expired());
+}
+
+// Otherwise two threads that read a row for the first time would both make its block.
+TEST(ArrayConstructionTest, RowsHaveTheirBlocksBeforeAnyoneReadsThem) {
+    const auto type = &test::TypeOf("P{i,s}")->As<TupleType>();
+    std::vector<LumTuple> fresh(2, LumTuple(type));
+    const SV array = factory::MakeArray(type, std::move(fresh), kOrder);
+    // A reference has a block only if the row had one when the reference was made.
+    const LumTuple reference(array->AsTypedArray<LumTuple>().GetValueUnchecked(1).GetTupleData());
+    EXPECT_EQ(TextOf(reference), "(0 '')");
+    const LumTuple inValue(factory::MakeTuple(LumTuple(type))->AsTuple().GetTupleData());
+    EXPECT_EQ(TextOf(inValue), "(0 '')");
+}
+
+TEST(ArrayConstructionTest, AbsentOperationsFail) {
+    const SV column = test::ColumnOf("i: 1 2");
+    EXPECT_LUM_REPORT(NotImplemented, "", "",
+                      column->AsTypedArray<unsigned>().GetCompositeRanges());
+    EXPECT_LUM_ERROR(NotTypedArray, "", column->AsTypedArray<unsigned char>());
+    EXPECT_LUM_ERROR(IllegalComparison, "", column->Compare(*column->Clone()));
+    EXPECT_LUM_ERROR(IllegalComparison, "", column->IsEqual(*column->Clone()));
+    EXPECT_LUM_ERROR(CollectionNotMutable, "", column->AsMutableCollection());
+    EXPECT_EQ(column->GetHashValue(), 0u);
+}
+
+}  // namespace
+}  // namespace lum::core

@@ -1,0 +1,252 @@
+// Every operation of an array, over random columns of every element type, in every physical form:
+// all must answer as plain vectors of the elements do.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <type_traits>
+#include <utility>
+#include <vector>
+
+#include "core/main/store/TemporaryRawDataAccess.h"
+#include "lum/core/store/IStoreCollection.h"
+#include "lum/core/store/ITypedArray.h"
+#include "lum/core/store/ValueFactory.h"
+#include "lum/core/store/ValueUtil.h"
+#include "lum/core/types/CollectionTypes.h"
+#include "lum/core/types/ScalarTypes.h"
+#include "tests/support/CollatorPoolGuard.h"
+#include "tests/support/ColumnForms.h"
+#include "tests/support/ColumnText.h"
+#include "tests/support/RandomColumns.h"
+
+namespace lum::core {
+namespace {
+
+using test::Cells;
+using test::TextOf;
+
+/// The boxed element of the model.
+template <typename T>
+std::string ElementText(const Type* type, const Cells<T>& cells, std::size_t index) {
+    return cells.GetKind(index) != SpecialKind::Normal
+               ? TextOf(cells.GetKind(index))
+               : TextOf(MakeStoreValueFromStorageType<T>(type, cells.values[index]));
+}
+
+template <typename T>
+Cells<T> Picked(const Cells<T>& cells, const std::vector<unsigned>& indices) {
+    Cells<T> picked;
+    if (cells.kinds) {
+        picked.kinds.emplace();
+    }
+    for (const unsigned index : indices) {
+        picked.values.push_back(cells.values[index]);
+        if (cells.kinds) {
+            picked.kinds->push_back((*cells.kinds)[index]);
+        }
+    }
+    return picked;
+}
+
+template <typename T>
+void CheckElements(const StoreValue& value, const Cells<T>& cells) {
+    const ITypedArray<T>& array = value.AsTypedArray<T>();
+    const Type* const type = array.GetElementType();
+    ASSERT_EQ(array.GetCount(), cells.values.size());
+    EXPECT_EQ(array.HasSpecialValues(), cells.kinds.has_value());
+    EXPECT_EQ(value.GetType(), ArrayType::Get(type));
+    for (lumsize_t i = 0; i < array.GetCount(); ++i) {
+        SCOPED_TRACE(i);
+        ASSERT_EQ(array.GetValue(i), cells.values[i]);
+        ASSERT_EQ(&array.GetValueUnchecked(i), &array.GetValue(i));
+        ASSERT_EQ(array.GetSpecialKind(i), cells.GetKind(i));
+        ASSERT_EQ(array.IsSpecial(i), cells.GetKind(i) != SpecialKind::Normal);
+        ASSERT_EQ(TextOf(array.GetElement(i)), ElementText(type, cells, i));
+
+        // A key finds the stored value, whatever its kind.
+        const RInternString key(TStringCore::number(i));
+        const std::string stored = TextOf(MakeStoreValueFromStorageType<T>(type, cells.values[i]));
+        ASSERT_EQ(TextOf(value.AsCollection().GetValue(key)), stored);
+        ASSERT_EQ(TextOf(value.AsCollection().TryGetValue(key)), stored);
+        ASSERT_TRUE(value.AsCollection().HasKey(key));
+    }
+}
+
+template <typename T>
+void CheckWalks(const ITypedArray<T>& array, const Cells<T>& cells) {
+    const auto& iterable = array.GetStoreValueIterable();
+    std::size_t position = 0;
+    for (auto it = iterable.begin()->Clone(); *it != iterable.end(); it->Advance(), ++position) {
+        ASSERT_EQ(TextOf(it->Dereference()), ElementText(array.GetElementType(), cells, position));
+    }
+    ASSERT_EQ(position, cells.values.size());
+
+    ArrayCursor<T> plain = array.GetAdapter();
+    for (ArrayCursor<T> cursor = array.GetAdapterWithSpecials(); !cursor.IsAtEnd(); ++cursor) {
+        const lumsize_t i = cursor.GetPosition();
+        ASSERT_EQ(*cursor, cells.values[i]);
+        ASSERT_EQ(*plain, cells.values[i]);
+        ASSERT_EQ(cursor.GetSpecialKind(), cells.GetKind(i));
+        ASSERT_FALSE(plain.IsSpecial());
+        ++plain;
+    }
+    ASSERT_TRUE(plain.IsAtEnd());
+}
+
+template <typename T>
+void CheckBulkReads(const ITypedArray<T>& array, const Cells<T>& cells, lumsize_t start,
+                    lumsize_t length) {
+    std::vector<T> values(length + 1);
+    std::vector<SpecialKind> kinds(length + 1, SpecialKind::Error);
+    array.CopyValues(values, start, length);
+    array.CopySpecials(kinds, start, length);
+    TemporaryRawData scratch;
+    TemporaryRawData kindScratch;
+    const auto valuesView = array.GetValuesView(scratch, start, length).template ViewAs<T>();
+    const auto kindsView =
+        array.GetSpecialsView(kindScratch, start, length).template ViewAs<SpecialKind>();
+    ASSERT_EQ(valuesView.GetSize(), length);
+    ASSERT_EQ(kindsView.GetSize(), length);
+    for (lumsize_t i = 0; i < length; ++i) {
+        ASSERT_EQ(values[i], cells.values[start + i]);
+        ASSERT_EQ(valuesView[i], cells.values[start + i]);
+        ASSERT_EQ(kinds[i], cells.GetKind(start + i));
+        ASSERT_EQ(kindsView[i], cells.GetKind(start + i));
+    }
+    // Without room for kinds all of the target is filled.
+    ASSERT_EQ(kinds[length], cells.kinds ? SpecialKind::Error : SpecialKind::Normal);
+    if (!array.HasIndices()) {
+        ASSERT_EQ(valuesView.GetData(),
+                  length == 0 ? valuesView.GetData() : &array.GetValue(start));
+    }
+}
+
+template <typename T>
+void CheckRows(const ITypedArray<T>& array, const Cells<T>& cells, lumsize_t start,
+               lumsize_t length) {
+    if constexpr (!std::is_same_v<T, LumTuple> && !std::is_same_v<T, SV>) {
+        if (length == 0) {
+            return;
+        }
+        const Type* const type = array.GetElementType();
+        const TupleType* const rowType = TupleType::Get({IntType::Get32(), type});
+        std::vector<LumTuple> rows(length, LumTuple(rowType));
+        array.CopyToTuples(rows, start, length, 1);
+        for (lumsize_t i = 0; i < length; ++i) {
+            ASSERT_EQ(rows[i].GetNthSpecial(1), cells.GetKind(start + i));
+            ASSERT_EQ(rows[i].template GetNthValue<T>(1), cells.values[start + i]);
+            ASSERT_EQ(rows[i].GetNthInt32(0), 0);
+        }
+    }
+}
+
+/// The range as it is told of an array that has indices, and of one that has none.
+std::vector<unsigned> PickRange(bool hasIndices, lumsize_t count, lumsize_t start, lumsize_t length,
+                                unsigned step) {
+    std::vector<unsigned> picked;
+    if (start >= count) {
+        start = 0;
+        length = 0;
+    }
+    if (length == 0 && (step != 1 || hasIndices)) {
+        length = count;
+    }
+    for (uint64 i = start; i < count && picked.size() < length;) {
+        picked.push_back(static_cast<unsigned>(i));
+        const uint64 down = (uint64{1} << 32) - step;
+        if (step >> 31 != 0 && i < down) {
+            break;
+        }
+        i = step >> 31 != 0 ? i - down : i + step;
+    }
+    return picked;
+}
+
+template <typename T>
+void CheckDerived(const SV& column, const Cells<T>& cells, test::Random& random) {
+    const IStoreArray& array = column->AsArray();
+    const lumsize_t count = array.GetCount();
+    CheckElements<T>(*array.Materialize(), cells);
+    EXPECT_FALSE(array.Materialize()->AsArray().HasIndices());
+    EXPECT_EQ(array.Materialize()->AsArray().GetSortOrder(), array.GetSortOrder());
+    CheckElements<T>(*column->Clone(), cells);
+    EXPECT_EQ(column->Clone()->AsArray().GetSortOrder(), SortSpecOrder::UNKNOWN);
+
+    std::vector<unsigned> indices(count == 0 ? 0 : random.Below(2 * count));
+    for (unsigned& index : indices) {
+        index = static_cast<unsigned>(random.Below(count));
+    }
+    const SV composed = array.ComposeIndices(std::vector<unsigned>(indices), SortSpecOrder::DESC);
+    CheckElements<T>(*composed, Picked(cells, indices));
+    EXPECT_EQ(composed->AsArray().GetSortOrder(), SortSpecOrder::DESC);
+    const SV composedRaw = array.ComposeIndices(
+        VectorRawData<unsigned>::Make(std::vector<unsigned>(indices)), SortSpecOrder::ASC);
+    CheckElements<T>(*composedRaw, Picked(cells, indices));
+
+    const unsigned steps[] = {1, 1, 2, 3, 100, ~0u, ~0u - 1, 1u << 31};
+    for (int round = 0; round < 8; ++round) {
+        const auto start = static_cast<lumsize_t>(random.Below(count + 2));
+        const auto length = static_cast<lumsize_t>(random.Below(count + 2));
+        const unsigned step = random.OneOf(steps);
+        SCOPED_TRACE("range from " + std::to_string(start) + " of " + std::to_string(length) +
+                     " by " + std::to_string(step));
+        const SV range = array.GetRange(start, length, step);
+        const auto picked = PickRange(array.HasIndices(), count, start, length, step);
+        CheckElements<T>(*range, Picked(cells, picked));
+        EXPECT_EQ(range->AsArray().GetSortOrder(), array.GetSortOrder());
+    }
+}
+
+/// Elements are equal by kind and, below Normal, by value; runs compare placeholders as well.
+template <typename T>
+void CheckRuns(const ITypedArray<T>& array, const Cells<T>& cells) {
+    // Arrays do not compare, so elements of that type have no runs.
+    if constexpr (!std::is_same_v<T, SV>) {
+        const auto isSameCell = [&](lumsize_t a, lumsize_t b) {
+            return cells.GetKind(a) == cells.GetKind(b) && cells.values[a] == cells.values[b];
+        };
+        for (lumsize_t i = 0; i < array.GetCount(); ++i) {
+            lumsize_t end = i;
+            while (end + 1 < array.GetCount() && isSameCell(i, end + 1)) {
+                ++end;
+            }
+            ASSERT_EQ(array.FindRunEnd(i), end);
+            const bool areSpecial =
+                cells.GetKind(0) != SpecialKind::Normal && cells.GetKind(0) == cells.GetKind(i);
+            ASSERT_EQ(array.ElementsEqual(0, i), areSpecial || isSameCell(0, i));
+        }
+    }
+}
+
+TEST(ArrayFormsTest, AnswerAsTheirElements) {
+    const test::CollatorPoolGuard pool;
+    test::Random random;
+    SCOPED_TRACE(random.Trace());
+    for (const Type* const type : test::GetElementTypes()) {
+        for (const lumsize_t count : {0, 1, 7, 40}) {
+            const SV column = test::MakeRandomColumn(random, type, count);
+            SCOPED_TRACE(TextOf(column));
+            test::ForEachForm(column, [&](const SV& form) {
+                DispatchStorage(type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
+                    const Cells<T> cells = test::CellsOf<T>(*column);
+                    const ITypedArray<T>& array = form->AsTypedArray<T>();
+                    EXPECT_EQ(array.GetSortOrder(), column->AsArray().GetSortOrder());
+                    EXPECT_FALSE(array.IsConstant() || array.IsComposite());
+                    CheckElements(*form, cells);
+                    CheckWalks(array, cells);
+                    CheckRuns(array, cells);
+                    CheckDerived(form, cells, random);
+                    for (int round = 0; round < 4; ++round) {
+                        const auto start = static_cast<lumsize_t>(random.Below(count + 1));
+                        const auto length = static_cast<lumsize_t>(random.Below(count - start + 1));
+                        CheckBulkReads(array, cells, start, length);
+                        CheckRows(array, cells, start, length);
+                    }
+                });
+            });
+        }
+    }
+}
+
+}  // namespace
+}  // namespace lum::core

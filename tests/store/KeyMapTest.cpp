@@ -1,0 +1,178 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "lum/core/store/IStoreCollection.h"
+#include "lum/core/store/IStoreKeyMap.h"
+#include "lum/core/store/ITypedArray.h"
+#include "lum/core/store/KeyMapFactory.h"
+#include "lum/core/store/ValueFactory.h"
+#include "lum/core/types/CollectionTypes.h"
+#include "lum/core/types/HeterogeneousTypes.h"
+#include "lum/core/types/ScalarTypes.h"
+#include "lum/core/types/StringType.h"
+#include "tests/support/ColumnText.h"
+#include "tests/support/LumErrorMatchers.h"
+
+namespace lum::core {
+namespace {
+
+using test::TextOf;
+using Members = std::unordered_map<RInternString, SV>;
+
+SV MakeMap(Members members) {
+    return factory::MakeKeyMap(std::move(members));
+}
+
+TEST(KeyMapTest, FactoriesTakeMembersOver) {
+    EXPECT_EQ(TextOf(factory::MakeKeyMap(std::unique_ptr<Members>())), "{}");
+    auto members = std::make_unique<Members>();
+    members->emplace(L"a", factory::MakeInt32(1));
+    const SV* const address = &members->begin()->second;
+    const SV map = factory::MakeKeyMap(std::move(members));
+    EXPECT_EQ(&map->AsKeyMap().GetValue(L"a"), address);
+    EXPECT_LUM_REPORT(NullArgument, "", "(value) != nullptr", MakeMap({{L"a", nullptr}}));
+}
+
+TEST(KeyMapTest, Reads) {
+    const SV map = MakeMap({{L"a", factory::MakeInt32(1)}, {L"", factory::MakeBool(true)}});
+    const IStoreCollection& collection = map->AsCollection();
+    const IStoreKeyMap& keyMap = map->AsKeyMap();
+    EXPECT_EQ(TextOf(map), "{ = true, a = 1}");
+    EXPECT_EQ(map->GetCount(), 2u);
+    EXPECT_EQ(map->GetStoreType(), StoreType::KeyMap);
+    EXPECT_EQ(collection.GetValue(L"a"), keyMap.GetValue(L"a"));
+    EXPECT_EQ(collection.TryGetValue(L"a"), keyMap.GetValue(L"a"));
+    EXPECT_TRUE(collection.HasKey(L"a") && keyMap.HasKey(L"a") && keyMap.HasKey(L""));
+
+    // The two interfaces fail in their own ways.
+    EXPECT_LUM_ERROR(KeyNotFound, "A", collection.GetValue(L"A"));
+    try {
+        keyMap.GetValue(L"A");
+        ADD_FAILURE();
+    } catch (const std::out_of_range& e) {
+        EXPECT_STREQ(e.what(), "invalid unordered_map<K, T> key");
+    }
+    EXPECT_EQ(collection.TryGetValue(L"A"), nullptr);
+    EXPECT_FALSE(collection.HasKey(L"A") || keyMap.HasKey(L"A"));
+
+    EXPECT_EQ(keyMap.GetKeyType(), StringType::Get());
+    EXPECT_FALSE(keyMap.HasSpecialKeys() || keyMap.HasSpecialKey(SpecialKind::Null));
+    EXPECT_LUM_REPORT(SpecialKeysNotSupported, "", "",
+                      keyMap.GetValueForSpecialKey(SpecialKind::Null));
+    EXPECT_LUM_REPORT(SpecialKeysNotSupported, "", "", keyMap.GetSpecialKeyCount());
+    EXPECT_LUM_REPORT(SpecialKeysNotSupported, "", "", keyMap.GetSpecialEntries());
+    EXPECT_LUM_ERROR(IllegalComparison, "", map->Compare(*map->Clone()));
+    EXPECT_EQ(map->GetHashValue(), 0u);
+
+    auto cursor = keyMap.GetEntries();
+    ++cursor;
+    ++cursor;
+    EXPECT_TRUE(cursor.IsAtEnd());
+    EXPECT_LUM_REPORT(IteratorOutOfBounds, "", "(m_pos != m_values->end())", cursor.GetKey());
+    EXPECT_LUM_REPORT(IteratorOutOfBounds, "", "(m_pos != m_values->end())", ++cursor);
+}
+
+TEST(KeyMapTest, WritesKeepTheTypesOfMembers) {
+    using Map = IStoreMutableCollection;
+    using Write = void (Map::*)(RInternString, const SV&);
+    const SV five = factory::MakeInt32(5);
+    const SV wide = factory::MakeInt64(5);
+    const SV precise = factory::MakeReal64(1, 10, 2);
+    const char kKey[] = "!(key.GetValue().isEmpty())";
+    const char kType[] = "(value->GetType() == itr->second->GetType())";
+    const struct {
+        Write write;
+        const wchar_t* key;
+        SV value;
+        LumError error;  // Unspecified where the write succeeds.
+        const char* condition = "";
+    } cases[] = {
+        {&Map::AddValue, L"b", five, LumError::Unspecified},
+        {&Map::AddValue, L"i", five, LumError::ImmutableValue, "(result.second)"},
+        {&Map::UpdateValue, L"i", five, LumError::Unspecified},
+        {&Map::UpdateValue, L"b", five, LumError::ValueNotYetComputed, "(itr != m_dict->cend())"},
+        {&Map::UpdateValue, L"i", wide, LumError::TypeMismatchExpected, kType},
+        {&Map::UpdateValue, L"r", precise, LumError::TypeMismatchExpected, kType},
+        {&Map::SetValue, L"i", five, LumError::Unspecified},
+        {&Map::SetValue, L"b", wide, LumError::Unspecified},
+        {&Map::SetValue, L"i", wide, LumError::TypeMismatchExpected, kType},
+        {&Map::SetValue, L"r", precise, LumError::TypeMismatchExpected, kType},
+        // The key is looked at first.
+        {&Map::AddValue, L"", nullptr, LumError::EmptyKeyPath, kKey},
+        {&Map::UpdateValue, L"", five, LumError::EmptyKeyPath, kKey},
+        {&Map::SetValue, L"", five, LumError::EmptyKeyPath, kKey},
+        {&Map::AddValue, L"b", nullptr, LumError::NullArgument, "(value) != nullptr"},
+        {&Map::UpdateValue, L"b", nullptr, LumError::NullArgument, "(value) != nullptr"},
+        {&Map::SetValue, L"i", nullptr, LumError::NullArgument, "(value) != nullptr"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::to_string(&c - cases));
+        const SV map = MakeMap({{L"i", factory::MakeInt32(1)}, {L"r", factory::MakeReal64(1)}});
+        const std::string former = TextOf(map);
+        const auto write = [&] { (map->AsMutableCollection().*c.write)(c.key, c.value); };
+        if (c.error == LumError::Unspecified) {
+            write();
+            EXPECT_EQ(map->AsKeyMap().GetValue(c.key), c.value);
+        } else {
+            EXPECT_TRUE(test::FailsAs({c.error, "", true, c.condition}, write));
+            EXPECT_EQ(TextOf(map), former);
+        }
+    }
+}
+
+TEST(KeyMapTest, TypesFollowTheMembers) {
+    const SV inner = MakeMap({{L"b", test::ColumnOf("s: x")}});
+    const SV map = MakeMap({{L"b", inner}, {L"a", factory::MakeInt32(1)}});
+    EXPECT_EQ(map->GetType()->ToString(), L"M{a:i, b:M{b:A<s<ROOT>>}}");
+    EXPECT_EQ(map->AsKeyMap().GetType(), map->GetType());
+
+    // A member that is a key map changes its type with its own members.
+    IStoreMutableCollection& members = map->AsMutableCollection();
+    const SV like = MakeMap({{L"b", test::ColumnOf("s:")}});
+    members.UpdateValue(L"b", like);
+    inner->AsMutableCollection().AddValue(L"c", factory::MakeBool(true));
+    EXPECT_LUM_ERROR(TypeMismatchExpected, "", members.UpdateValue(L"b", inner));
+    like->AsMutableCollection().AddValue(L"c", factory::MakeBool(false));
+    members.UpdateValue(L"b", inner);
+    EXPECT_EQ(map->GetType()->ToString(), L"M{a:i, b:M{b:A<s<ROOT>>, c:b}}");
+}
+
+TEST(KeyMapTest, ClonesMembersOneByOne) {
+    const SV column = test::ColumnOf("i: 1 2");
+    const SV map = MakeMap({{L"inner", MakeMap({{L"column", column}})}});
+    const SV clone = map->Clone();
+    const SV inner = clone->AsKeyMap().GetValue(L"inner");
+    const SV copied = inner->AsKeyMap().GetValue(L"column");
+    EXPECT_NE(copied, column);
+    EXPECT_EQ(copied->AsTypedArray<unsigned>().GetValues().GetData(),
+              column->AsTypedArray<unsigned>().GetValues().GetData());
+    inner->AsMutableCollection().AddValue(L"new", column);
+    EXPECT_EQ(TextOf(map), "{inner = {column = i: 1 2}}");
+}
+
+// One long key path makes such a chain; it must not be taken apart on the stack.
+TEST(KeyMapTest, LongChainsAreDestroyed) {
+    SV root = MakeMap({{L"leaf", factory::MakeInt32(1)}});
+    SV kept;
+    for (int level = 0; level < 200000; ++level) {
+        root = MakeMap({{L"next", std::move(root)}, {L"leaf", factory::MakeInt32(2)}});
+        if (level == 2) {
+            kept = root;
+        }
+    }
+    const std::weak_ptr<StoreValue> observer = root->AsKeyMap().GetValue(L"next");
+    root.reset();
+    EXPECT_TRUE(observer.expired());
+    // What somebody else holds stays whole.
+    EXPECT_EQ(TextOf(kept), "{leaf = 2, next = {leaf = 2, next = {leaf = 2, next = {leaf = 1}}}}");
+}
+
+}  // namespace
+}  // namespace lum::core

@@ -1,0 +1,284 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "lum/core/store/ArrayFactory.h"
+#include "lum/core/store/IStoreCollection.h"
+#include "lum/core/store/ITypedArray.h"
+#include "lum/core/store/SetAdapter.h"
+#include "lum/core/store/SetFactory.h"
+#include "lum/core/store/ValueFactory.h"
+#include "lum/core/types/CollectionTypes.h"
+#include "lum/core/types/ScalarTypes.h"
+#include "lum/core/types/StringType.h"
+#include "tests/support/CollatorPoolGuard.h"
+#include "tests/support/ColumnForms.h"
+#include "tests/support/ColumnText.h"
+#include "tests/support/FoldingCollatorPool.h"
+#include "tests/support/LumErrorMatchers.h"
+
+namespace lum::core {
+namespace {
+
+using test::ColumnOf;
+using test::SetOf;
+using test::TextOf;
+using Kinds = std::unordered_set<SpecialKind>;
+
+class SetTest : public testing::Test {
+    const test::CollatorPoolGuard m_pool{std::make_shared<test::FoldingCollatorPool>()};
+};
+
+std::unique_ptr<SetContainer<RIndirectString>> Strings(const Collation& hashed,
+                                                       const Collation& compared) {
+    return std::make_unique<SetContainer<RIndirectString>>(0, CollatorHash(hashed),
+                                                           CollatorEqualTo(compared));
+}
+
+template <typename T>
+SV MakeSet(const Type* type, std::initializer_list<T> values, Kinds kinds = {}) {
+    return factory::MakeSet<T>(type, std::make_unique<SetContainer<T>>(values),
+                               std::make_unique<Kinds>(std::move(kinds)));
+}
+
+TEST_F(SetTest, ConstructionChecks) {
+    const Collation root;
+    const Collation fold(RInternString(L"fold"));
+    const Type* const string = StringType::Get();
+    const char kMatching[] =
+        "(StorageTypeTraits<StorageT>::IsMatchingType(m_type->GetElementType()))";
+    const struct {
+        const char* name;
+        std::function<SV()> make;
+        LumError error;
+        const char* condition;
+    } cases[] = {
+        {"no values", [] { return factory::MakeSet<unsigned>(IntType::Get32(), nullptr, nullptr); },
+         LumError::NullSet, "(m_values) != nullptr"},
+        {"hash of another collation",
+         [&] { return factory::MakeSet<RIndirectString>(string, Strings(fold, root), nullptr); },
+         LumError::CollationMismatch, "(c == set.hash_function().GetCollation())"},
+        {"equality of another collation",
+         [&] { return factory::MakeSet<RIndirectString>(string, Strings(root, fold), nullptr); },
+         LumError::CollationMismatch, "(c == set.key_eq().GetCollation())"},
+        {"strings for numbers",
+         [&] {
+             return factory::MakeSet<RIndirectString>(IntType::Get32(), Strings(root, root),
+                                                      nullptr);
+         },
+         LumError::TypeMismatchExpected, kMatching},
+        {"wrong storage", [] { return MakeSet<unsigned>(IntType::Get64(), {1}); },
+         LumError::TypeMismatchExpected, kMatching},
+        {"kinds beside rows",
+         [] { return MakeSet<LumTuple>(test::TypeOf("P{i}"), {}, {SpecialKind::Null}); },
+         LumError::NestedCollectionSpecials,
+         "!(IsCollectionStoreType(m_type->GetElementType()->GetStoreType()))"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        EXPECT_TRUE(test::FailsAs({c.error, "", true, c.condition}, [&] { c.make(); }));
+    }
+    EXPECT_EQ(TextOf(factory::MakeSet<RIndirectString>(StringType::Get(fold), Strings(fold, fold),
+                                                       nullptr)),
+              "S s:");
+    // Handles may stand for any element.
+    EXPECT_EQ(TextOf(MakeSet<SV>(IntType::Get32(), {factory::MakeInt32(5)})), "S i: 5");
+}
+
+TEST_F(SetTest, CountsValuesAndKinds) {
+    const SV value = SetOf("i: 1 2 3 -");
+    const ITypedSet<unsigned>& set = value->AsTypedSet<unsigned>();
+    EXPECT_EQ(value->GetCount(), 4u);
+    EXPECT_EQ(set.GetSpecialCount(), 1u);
+    EXPECT_TRUE(set.HasSpecialValues());
+    EXPECT_TRUE(set.HasSpecial(SpecialKind::Null));
+    EXPECT_FALSE(set.HasSpecial(SpecialKind::All));
+    EXPECT_TRUE(set.Contains(2));
+    EXPECT_FALSE(set.Contains(0));
+    EXPECT_EQ(std::vector<SpecialKind>(set.GetSpecialKinds().begin(), set.GetSpecialKinds().end()),
+              std::vector<SpecialKind>{SpecialKind::Null});
+    EXPECT_EQ(value->GetType(), SetType::Get(IntType::Get32()));
+    EXPECT_EQ(value->GetHashValue(), 0u);
+    EXPECT_LUM_ERROR(IllegalComparison, "", value->Compare(*value->Clone()));
+    EXPECT_LUM_ERROR(CollectionNotMutable, "", value->AsMutableCollection());
+}
+
+TEST_F(SetTest, CopiesShareTheirValues) {
+    SV value = SetOf("s: a b - !All");
+    const RIndirectString* const first = &*value->AsTypedSet<RIndirectString>().GetValuesCursor();
+    const SV without = value->AsSet().WithoutSpecials();
+    const SV clone = value->Clone();
+    value.reset();
+    EXPECT_EQ(TextOf(without), "S s: a b");
+    EXPECT_EQ(TextOf(clone), "S s: !All !Null a b");
+    EXPECT_EQ(&*without->AsTypedSet<RIndirectString>().GetValuesCursor(), first);
+    EXPECT_EQ(&*clone->AsTypedSet<RIndirectString>().GetValuesCursor(), first);
+    EXPECT_EQ(clone->AsSet().GetSpecialCount(), 2u);
+}
+
+TEST_F(SetTest, ArraysHaveSpecialsLast) {
+    const SV array = SetOf("i: 7 - 8 !All")->AsSet().ToArray(/*includeSpecials=*/true);
+    const ITypedArray<unsigned>& typed = array->AsTypedArray<unsigned>();
+    ASSERT_EQ(array->GetCount(), 4u);
+    EXPECT_EQ(TextOf(typed.ToSet(/*includeSpecials=*/true)), "S i: !All !Null 0 7 8");
+    for (lumsize_t i = 0; i < 4; ++i) {
+        EXPECT_EQ(typed.IsSpecial(i), i >= 2);
+        EXPECT_EQ(typed.GetValue(i) == 0, i >= 2);
+    }
+    EXPECT_EQ(typed.GetSortOrder(), SortSpecOrder::UNKNOWN);
+    const SV plain = SetOf("i: 7 -")->AsSet().ToArray(/*includeSpecials=*/false);
+    EXPECT_EQ(TextOf(plain), "i: 7");
+    EXPECT_EQ(TextOf(SetOf("i: 7")->AsSet().ToArray(/*includeSpecials=*/true)), "i: 7");
+    EXPECT_EQ(TextOf(SetOf("s: -")->AsSet().ToArray(/*includeSpecials=*/true)), "s: -");
+    EXPECT_EQ(TextOf(SetOf("P{i}: (1)")->AsSet().ToArray(/*includeSpecials=*/true)), "P{i}: (1)");
+}
+
+TEST_F(SetTest, KeysAreTheTextOfAMember) {
+    const struct {
+        const char* set;
+        const wchar_t* key;
+        const char* answer;  // "null" where the key is no value.
+        LumError error = LumError::Unspecified;
+    } cases[] = {
+        {"b: true", L"true", "true"},
+        {"b: true", L"false", "false"},
+        {"b: true", L"1", "null", LumError::CannotParseBool},
+        {"i: 5 7", L"5", "true"},
+        {"i: 5 7", L"6", "false"},
+        {"i: 5 7", L"x", "null", LumError::CannotParseInt32},
+        {"f: 1.5", L"1.5", "true"},
+        {"f: 1.5", L"", "null", LumError::CannotParseReal32},
+        {"c: ff0000ff", L"ff0000ff", "true"},
+        {"l: 5", L"5", "true"},
+        {"l: 5", L"5.5", "null", LumError::CannotParseInt64},
+        {"r: 5", L"5", "true"},
+        {"r: 0", L"-0", "false"},  // Numbers are told apart by their bits.
+        {"r: 5", L"x", "null", LumError::CannotParseReal64},
+        {"d: 2024-03-01", L"2024-03-01", "true"},
+        {"t: 2024-03-01", L"x", "null", LumError::CannotParseDateTime},
+        {"s: x '' '''q'''", L"x", "true"},
+        {"s: x '' '''q'''", L"", "true"},
+        {"s: x '' '''q'''", L"'q'", "true"},  // A text is taken as it stands.
+        {"s: x '' '''q'''", L"X", "false"},
+        {"P{i}: (5)", L"5", "null", LumError::NotImplemented},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(std::string(c.set) + " asked for " + TStringCore(c.key).toStdString());
+        const SV set = SetOf(c.set);
+        EXPECT_EQ(TextOf(set->AsCollection().TryGetValue(c.key)), c.answer);
+        EXPECT_TRUE(set->AsCollection().HasKey(c.key));
+        if (c.error == LumError::Unspecified) {
+            EXPECT_EQ(TextOf(set->AsCollection().GetValue(c.key)), c.answer);
+        } else {
+            EXPECT_TRUE(test::FailsAs({c.error, ""}, [&] { set->AsCollection().GetValue(c.key); }));
+        }
+    }
+    const SV handles = MakeSet<SV>(IntType::Get32(), {factory::MakeInt32(5)});
+    EXPECT_LUM_ERROR(ValueSetStringLookup, "", handles->AsCollection().GetValue(L"5"));
+    EXPECT_EQ(handles->AsCollection().TryGetValue(L"5"), nullptr);
+    EXPECT_TRUE(handles->AsCollection().HasKey(L"5"));
+}
+
+TEST_F(SetTest, StringsAreMembersUnderTheirCollation) {
+    const Type* const type = StringType::Get(Collation(RInternString(L"fold")));
+    const SV array =
+        factory::MakeArray<RIndirectString>(type, {L"a", L"A", L"b"}, SortSpecOrder::UNKNOWN);
+    const SV set = array->AsArray().ToSet(/*includeSpecials=*/false);
+    EXPECT_EQ(set->GetCount(), 2u);
+    EXPECT_TRUE(set->AsTypedSet<RIndirectString>().Contains(L"B"));
+    EXPECT_EQ(TextOf(set->AsCollection().GetValue(L"A")), "true");
+    EXPECT_EQ(set->AsSet().GetElementType(), type);
+
+    const test::CollatorPoolGuard noPool(nullptr);
+    EXPECT_LUM_ERROR(NoCollatorPool, "", array->AsArray().ToSet(/*includeSpecials=*/false));
+}
+
+TEST_F(SetTest, SetsOfArraysTakePlaceholders) {
+    const struct {
+        const char* column;
+        const char* values;
+        const char* withKinds;
+    } cases[] = {
+        {"i: 1 2 1", "S i: 1 2", "S i: 1 2"},
+        {"i: 1 2!Null - 1!All", "S i: 0 1 2", "S i: !All !Null 0 1 2"},
+        {"i!: 1", "S i: 1", "S i: 1"},
+        {"i:", "S i:", "S i:"},
+        {"b: true true false", "S b: false true", "S b: false true"},
+        {"r: 0 -0 nan nan", "S r: -0 0 nan", "S r: -0 0 nan"},
+        {"s: a A a", "S s: A a", "S s: A a"},
+        {"P{r,i}: (0 1) (0 1) (0 1!Null)", "S P{r,i}: (0 1!Null) (0 1)",
+         "S P{r,i}: (0 1!Null) (0 1)"},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.column);
+        test::ForEachForm(ColumnOf(c.column), [&](const SV& column) {
+            EXPECT_EQ(TextOf(column->AsArray().ToSet(/*includeSpecials=*/false)), c.values);
+            EXPECT_EQ(TextOf(column->AsArray().ToSet(/*includeSpecials=*/true)), c.withKinds);
+        });
+    }
+    // Through indices only what they reach.
+    const SV reached = ColumnOf("i: 1 2!Null 3")
+                           ->AsArray()
+                           .WithIndices(std::vector<unsigned>{0, 0}, SortSpecOrder::ASC);
+    EXPECT_EQ(TextOf(reached->AsArray().ToSet(/*includeSpecials=*/true)), "S i: 1");
+    const SV values = factory::MakeArray<SV>(
+        IntType::Get32(), {factory::MakeInt32(5), factory::MakeInt32(5), nullptr},
+        SortSpecOrder::UNKNOWN);
+    EXPECT_EQ(TextOf(values->AsArray().ToSet(/*includeSpecials=*/false)), "S i: 5 null");
+}
+
+TEST_F(SetTest, WalksValuesThenKinds) {
+    for (const char* const text : {"i: 1 2 - !All", "i: 1", "i: - !All", "s: a -", "i:"}) {
+        SCOPED_TRACE(text);
+        const SV set = SetOf(text);
+        const auto& iterable = set->AsSet().GetStoreValueIterable();
+        const lumsize_t valueCount = set->GetCount() - set->AsSet().GetSpecialCount();
+        lumsize_t position = 0;
+        const auto it = iterable.begin()->Clone();
+        EXPECT_FALSE(*it != nullptr);
+        for (; *it != iterable.end(); it->Advance(), ++position) {
+            EXPECT_EQ(it->Dereference()->IsSpecial(), position >= valueCount);
+            EXPECT_EQ(*it != iterable.begin(), position > 0);
+            EXPECT_EQ(it->Dereference()->GetType(), set->AsSet().GetElementType());
+        }
+        EXPECT_EQ(position, set->GetCount());
+        EXPECT_LUM_ERROR(IteratorOutOfBounds, "", it->Dereference());
+        EXPECT_LUM_ERROR(IteratorOutOfBounds, "", it->Advance());
+        EXPECT_FALSE(*it != ColumnOf("i: 1")->AsArray().GetStoreValueIterable().begin());
+    }
+    // A container from outside may hold what is no special kind.
+    const SV odd = MakeSet<unsigned>(IntType::Get32(), {}, {SpecialKind::Normal});
+    EXPECT_LUM_ERROR(NormalBoxedSpecial, "",
+                     odd->AsSet().GetStoreValueIterable().begin()->Dereference());
+}
+
+TEST_F(SetTest, CursorsVisitValuesAlone) {
+    std::vector<int> found;
+    for (const int value : SetAdapter<int>(SetOf("i: -7 -"))) {
+        found.push_back(value);
+    }
+    EXPECT_EQ(found, std::vector<int>{-7});
+    EXPECT_EQ(*SetAdapter<LumDateTime>(SetOf("d: 2024-03-01")).begin(),
+              SetOf("d: 2024-03-01")->AsSet().ToArray(false)->AsArray().GetElement(0)->AsDate());
+    EXPECT_TRUE(*SetAdapter<bool>(MakeSet<unsigned char>(BoolType::Get(), {2})).begin());
+
+    const SV set = SetOf("i: 1");
+    EXPECT_LUM_REPORT(TypeMismatchExpected, "", "(TypeTraits<T>::IsMatchingType(elementType))",
+                      SetAdapter<float>(set));
+    EXPECT_LUM_ERROR(NotTypedSet, "", SetAdapter<double>(set));
+    SetCursor<unsigned> cursor = set->AsTypedSet<unsigned>().GetValuesCursor();
+    EXPECT_LUM_REPORT(TypeMismatchExpected, "",
+                      "(TypeTraits<NewCastType>::IsMatchingType(m_type->GetElementType()))",
+                      cursor.CastTo<LumColor>());
+    ++cursor;
+    EXPECT_TRUE(cursor.IsAtEnd());
+    EXPECT_LUM_REPORT(IteratorOutOfBounds, "", "(m_pos != m_values->end())", *cursor);
+    EXPECT_LUM_REPORT(IteratorOutOfBounds, "", "(m_pos != m_values->end())", ++cursor);
+}
+
+}  // namespace
+}  // namespace lum::core

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <cstddef>
+
+namespace lum::test {
+
+/// Counts the calls of operator new, on all threads, from its construction on. A program that uses
+/// it gets the counting operators in place of the standard ones.
+class AllocationCounter {
+public:
+    AllocationCounter();
+    std::size_t GetCount() const;
+
+private:
+    std::size_t m_start;
+};
+
+}  // namespace lum::test

@@ -1,0 +1,114 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <stdexcept>
+#include <vector>
+
+#include "lum/core/store/ExternalTypeRegistry.h"
+#include "tests/support/LumErrorMatchers.h"
+
+namespace lum::core {
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+/// A value of the host's own kind: a few bytes.
+class Blob final : public ValueExternal {
+public:
+    Blob(const TStringCore& typeName, Bytes bytes)
+        : ValueExternal(typeName), m_bytes(std::move(bytes)) {}
+    std::unique_ptr<StoreValue> Clone() const override { return std::make_unique<Blob>(*this); }
+    const Bytes& GetBytes() const { return m_bytes; }
+
+private:
+    Bytes m_bytes;
+};
+
+Bytes ToBytes(const ValueExternal& value) {
+    return static_cast<const Blob&>(value).GetBytes();
+}
+
+std::shared_ptr<ValueExternal> FromBytes(const ArrayView<const unsigned char>& bytes) {
+    return std::make_shared<Blob>(L"blob", Bytes(bytes.begin(), bytes.end()));
+}
+
+template <typename Statement>
+void ExpectUnknown(const Statement& statement) {
+    EXPECT_THAT(statement,
+                testing::ThrowsMessage<std::out_of_range>("invalid unordered_map<K, T> key"));
+}
+
+class ExternalTypeTest : public testing::Test {
+protected:
+    ExternalTypeTest() { RegisterExternalType(40, L"blob", ToBytes, FromBytes); }
+    ~ExternalTypeTest() override { ClearExternalTypes(); }
+};
+
+TEST_F(ExternalTypeTest, TypeOfAnIdAndOfItsName) {
+    const ExternalType* const type = ExternalType::Get(40);
+    EXPECT_EQ(ExternalType::Get(TStringCore(L"blob")), type);
+    EXPECT_EQ(type->GetBaseType(), type);
+    EXPECT_EQ(type->GetExternalTypeId(), 40);
+    EXPECT_EQ(type->GetExternalTypeName(), L"blob");
+    EXPECT_EQ(type->ToString(), L"x<blob>");
+    EXPECT_EQ(GetExternalTypeId(L"blob"), 40);
+    EXPECT_EQ(GetExternalTypeName(40), L"blob");
+    EXPECT_NE(ExternalType::Get(41), type);  // An id need not be registered.
+}
+
+TEST_F(ExternalTypeTest, ValuesGoToBytesAndBack) {
+    const Blob blob(L"blob", {1, 2, 3});
+    const Bytes bytes = SerializeExternalType(blob);
+    const std::shared_ptr<ValueExternal> back =
+        DeserializeExternalType(40, ArrayView<const unsigned char>(bytes.data(), 3));
+    EXPECT_EQ(back->GetType(), ExternalType::Get(40));
+    EXPECT_EQ(static_cast<const Blob&>(back->AsExternal()).GetBytes(), blob.GetBytes());
+    EXPECT_EQ(back->GetCount(), 1u);
+    EXPECT_EQ(back->GetHashValue(), 0u);
+    EXPECT_LUM_PLAIN_ERROR(IllegalComparison, "", back->Compare(blob));
+    EXPECT_LUM_REPORT(IllegalCast, "", "", back->Cast(back->GetType()));
+    EXPECT_LUM_PLAIN_ERROR(ExpectedBool, "External", back->AsBool());
+}
+
+TEST_F(ExternalTypeTest, RefusedRegistrationsInTheOrderOfTheirTests) {
+    const char* const taken =
+        "(m_typeIds.find(typeName) == m_typeIds.end() && "
+        "m_externalTypeRegistrations.find(typeId) == m_externalTypeRegistrations.end())";
+    EXPECT_LUM_REPORT(ExternalTypeExists, "", taken,
+                      RegisterExternalType(40, L"", nullptr, nullptr));
+    EXPECT_LUM_REPORT(ExternalTypeExists, "", taken,
+                      RegisterExternalType(41, L"blob", nullptr, nullptr));
+    EXPECT_LUM_REPORT(EmptyTypeName, "", "!(typeName.isEmpty())",
+                      RegisterExternalType(41, L"", nullptr, nullptr));
+    EXPECT_LUM_REPORT(NullSerializeFunction, "", "(serializeValueFunction) != nullptr",
+                      RegisterExternalType(41, L"other", nullptr, nullptr));
+    EXPECT_LUM_REPORT(NullDeserializeFunction, "", "(deserializeValueFunction) != nullptr",
+                      RegisterExternalType(41, L"other", ToBytes, nullptr));
+    // Neither the id nor the name was taken by the failures.
+    RegisterExternalType(41, L"other", ToBytes, FromBytes);
+    EXPECT_EQ(GetExternalTypeId(L"other"), 41);
+}
+
+TEST_F(ExternalTypeTest, UnknownKinds) {
+    ExpectUnknown([] { static_cast<void>(GetExternalTypeId(L"Blob")); });
+    ExpectUnknown([] { static_cast<void>(GetExternalTypeName(41)); });
+    ExpectUnknown([] { static_cast<void>(ExternalType::Get(TStringCore(L"no"))); });
+    ExpectUnknown([] { static_cast<void>(ExternalType::Get(41)->ToString()); });
+    ExpectUnknown([] { static_cast<void>(DeserializeExternalType(41, {})); });
+    ExpectUnknown([] { Blob(L"no", {}); });
+}
+
+TEST_F(ExternalTypeTest, ClearingForgetsNamesAndKeepsTypes) {
+    const Blob blob(L"blob", {1});
+    const ExternalType* const type = blob.GetType();
+    ClearExternalTypes();
+    ExpectUnknown([&] { static_cast<void>(SerializeExternalType(blob)); });
+    ExpectUnknown([&] { static_cast<void>(type->ToString()); });
+    EXPECT_EQ(ExternalType::Get(40), type);
+    RegisterExternalType(40, L"blob again", ToBytes, FromBytes);
+    EXPECT_EQ(type->ToString(), L"x<blob again>");
+}
+
+}  // namespace
+}  // namespace lum::core
