@@ -11,17 +11,16 @@ source "$(dirname "${BASH_SOURCE[0]}")/steps.sh"
 readonly golden=examples/data/demo.golden
 readonly penguins=examples/data/penguins.csv
 readonly weather=examples/data/seattle-weather.csv
-# What is shown of long output; the rest is counted.
+# What is shown of long output.
 readonly shown_lines=12
 readonly shown_columns=100
 
-# run_host EXPLANATION ARGUMENT...: says what comes, the command and the first lines of its output.
-# A check sum stands for the rest, so that a comparison sees the whole.
+# run_host EXPLANATION ARGUMENT...: says what comes, the command and the beginning of its output. A
+# check sum stands for the rest, so that a comparison sees the whole.
 run_host() {
-    local explanation=$1 output lines word
+    local explanation=$1 output word
     shift
     output=$(build/release/examples/host/lumhost "$@") || fail "failed: lumhost $*"
-    lines=$(wc -l <<<"$output")
     printf '\n# %s\n' "$explanation"
     printf '$ lumhost'
     for word in "$@"; do
@@ -32,8 +31,9 @@ run_host() {
     done
     printf '\n'
     head -n "$shown_lines" <<<"$output" | cut -c "1-$shown_columns"
-    if [ "$lines" -gt "$shown_lines" ] || [ "${#output}" -gt "$shown_columns" ]; then
-        printf '... %d lines, %d characters, SHA-256 %.12s\n' "$lines" "${#output}" \
+    if [ "$(wc -l <<<"$output")" -gt "$shown_lines" ] ||
+        [ "$(wc -L <<<"$output")" -gt "$shown_columns" ]; then
+        printf '... cut; the whole has %d characters and the SHA-256 %.16s\n' "${#output}" \
             "$(sha256sum <<<"$output")"
     fi
 }
@@ -44,7 +44,7 @@ demo() {
     run_host "One column, addressed by key path. The fourth penguin was not weighed: a Null cell." \
         show "$penguins" "'Body Mass (g)'"
     run_host "The whole store as JSON, each key with its type." \
-        show "$penguins" --compact
+        show "$penguins"
     run_host "1,461 days of weather, with dates." \
         types "$weather"
     run_host "What the file says is not always what is wanted: --type overrules the inference." \

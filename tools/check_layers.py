@@ -168,7 +168,7 @@ class Layers:
             position = match.start()
             quote, included = match.groups()
             place = f"{name}:{line}"
-            target = self.resolve(name, included) if quote == '"' else None
+            target = self.resolve(name, included)
             if target:
                 self.edges[name].append((target, line))
                 self.check_own(place, name, target, used)

@@ -10,7 +10,9 @@
 namespace lumsys {
 namespace {
 
-TStringCore Text(std::size_t length) { return TStringCore(length, u'x'); }
+TStringCore Text(std::size_t length) {
+    return TStringCore(length, u'x');
+}
 
 void BM_Hash(benchmark::State& state) {
     const TStringCore text = Text(10);

@@ -1,5 +1,6 @@
 // A read by a path of 4 segments in a store of 65,536 leaves: at most 0.8 of the same walk over
-// nested std::unordered_maps with a copy of a shared pointer a level, and 0.4 of RapidJSON's Pointer.
+// nested std::unordered_maps with a copy of a shared pointer a level, and 0.4 of RapidJSON's
+// Pointer.
 #include <benchmark/benchmark.h>
 
 #include <memory>
@@ -33,7 +34,9 @@ std::vector<std::string> NamesOf(int leaf) {
 }
 
 // Out of order, as paths come.
-int Next(int leaf) { return (leaf + 40503) % kLeaves; }
+int Next(int leaf) {
+    return (leaf + 40503) % kLeaves;
+}
 
 void BM_StoreRead(benchmark::State& state) {
     const std::unique_ptr<IDataStore> store =

@@ -1,5 +1,5 @@
-// A look-up of a known array type: at most 0.4 of a look-up in the concurrent map that types of more
-// keys stand in, and two threads at least 1.8 times the rate of one.
+// A look-up of a known array type: at most 0.4 of a look-up in the concurrent map that types of
+// more keys stand in, and two threads at least 1.8 times the rate of one.
 #include <benchmark/benchmark.h>
 #include <tbb/concurrent_unordered_map.h>
 
@@ -27,8 +27,8 @@ const Input& GetInput() {
     static const Input* const s_input = [] {
         auto* const input = new Input;
         for (int i = 0; i < 256; ++i) {
-            const Type* const element = RealType::Get64(static_cast<signed char>(i & 15),
-                                                        static_cast<signed char>(i >> 4));
+            const Type* const element =
+                RealType::Get64(static_cast<signed char>(i & 15), static_cast<signed char>(i >> 4));
             input->elements.push_back(element);
             input->peer.insert({element, ArrayType::Get(element)});
         }
@@ -60,8 +60,16 @@ void BM_TypeLookUp(benchmark::State& state) {
     }
     state.SetItemsProcessed(state.iterations() * static_cast<int64_t>(input.elements.size()));
 }
-BENCHMARK(BM_TypeLookUp<LookUpWithLum>)->Name("BM_TypeLookUp/Lum")->Threads(1)->Threads(2)->UseRealTime();
-BENCHMARK(BM_TypeLookUp<LookUpInMap>)->Name("BM_TypeLookUp/TbbMap")->Threads(1)->Threads(2)->UseRealTime();
+BENCHMARK(BM_TypeLookUp<LookUpWithLum>)
+    ->Name("BM_TypeLookUp/Lum")
+    ->Threads(1)
+    ->Threads(2)
+    ->UseRealTime();
+BENCHMARK(BM_TypeLookUp<LookUpInMap>)
+    ->Name("BM_TypeLookUp/TbbMap")
+    ->Threads(1)
+    ->Threads(2)
+    ->UseRealTime();
 
 }  // namespace
 }  // namespace lum::core

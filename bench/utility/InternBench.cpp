@@ -60,7 +60,9 @@ const Input& GetInput(std::size_t count) {
 }
 
 // A stride that visits all names, out of order, as the names of a program come.
-std::size_t Next(std::size_t at, std::size_t count) { return (at + 617) % count; }
+std::size_t Next(std::size_t at, std::size_t count) {
+    return (at + 617) % count;
+}
 
 void BM_Intern(benchmark::State& state) {
     const Input& input = GetInput(static_cast<std::size_t>(state.range(0)));
@@ -88,8 +90,18 @@ void BM_InternPeer(benchmark::State& state) {
     }
     state.SetItemsProcessed(state.iterations());
 }
-BENCHMARK(BM_Intern)->Name("BM_Intern/Lum")->Arg(1000)->Arg(100000)->ThreadRange(1, 2)->UseRealTime();
-BENCHMARK(BM_InternPeer)->Name("BM_Intern/LockedMap")->Arg(1000)->Arg(100000)->ThreadRange(1, 2)->UseRealTime();
+BENCHMARK(BM_Intern)
+    ->Name("BM_Intern/Lum")
+    ->Arg(1000)
+    ->Arg(100000)
+    ->ThreadRange(1, 2)
+    ->UseRealTime();
+BENCHMARK(BM_InternPeer)
+    ->Name("BM_Intern/LockedMap")
+    ->Arg(1000)
+    ->Arg(100000)
+    ->ThreadRange(1, 2)
+    ->UseRealTime();
 
 }  // namespace
 }  // namespace lum::core

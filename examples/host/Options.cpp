@@ -25,8 +25,9 @@ Reads FILE.csv into one key map of columns and prints it as JSON, or the value a
 A key path is a column's name, or a column's name and a row counted from 0: weather, weather/12.
 A name that is not one word is written in single quotes: "'Body Mass (g)'/0".
 
-  --compact         print on one line (the value at a KEYPATH always is)
-  --slim            as --compact, for web clients: keys without types, colours as integers
+  --compact         print the store on one line
+  --slim            the same for web clients: keys without types, colours as integers; the value at
+                    a KEYPATH is on one line, with colours in hexadecimal, whatever the options
 )";
 
 constexpr const char* kTypesUsage =

@@ -59,13 +59,27 @@ void KeepPoint(std::string& text, bool isGeneral, int precision) {
 
 }  // namespace
 
-TStringCore TStringCore::number(short value, int base) { return IntegerText(value, base); }
-TStringCore TStringCore::number(unsigned short value, int base) { return IntegerText(value, base); }
-TStringCore TStringCore::number(int value, int base) { return IntegerText(value, base); }
-TStringCore TStringCore::number(unsigned int value, int base) { return IntegerText(value, base); }
-TStringCore TStringCore::number(long value, int base) { return IntegerText(value, base); }
-TStringCore TStringCore::number(unsigned long value, int base) { return IntegerText(value, base); }
-TStringCore TStringCore::number(long long value, int base) { return IntegerText(value, base); }
+TStringCore TStringCore::number(short value, int base) {
+    return IntegerText(value, base);
+}
+TStringCore TStringCore::number(unsigned short value, int base) {
+    return IntegerText(value, base);
+}
+TStringCore TStringCore::number(int value, int base) {
+    return IntegerText(value, base);
+}
+TStringCore TStringCore::number(unsigned int value, int base) {
+    return IntegerText(value, base);
+}
+TStringCore TStringCore::number(long value, int base) {
+    return IntegerText(value, base);
+}
+TStringCore TStringCore::number(unsigned long value, int base) {
+    return IntegerText(value, base);
+}
+TStringCore TStringCore::number(long long value, int base) {
+    return IntegerText(value, base);
+}
 TStringCore TStringCore::number(unsigned long long value, int base) {
     return IntegerText(value, base);
 }
@@ -82,9 +96,8 @@ TStringCore TStringCore::number(double value, char format, int precision, bool k
         digits = 1;
     }
     // The longest text: the fixed form of the largest number, its sign, point and places.
-    std::string text(static_cast<std::size_t>(digits) + std::numeric_limits<double>::max_exponent10 +
-                         16,
-                     '\0');
+    std::string text(
+        static_cast<std::size_t>(digits) + std::numeric_limits<double>::max_exponent10 + 16, '\0');
     const auto result = std::to_chars(text.data(), text.data() + text.size(), value, style, digits);
     text.resize(static_cast<std::size_t>(result.ptr - text.data()));
     if (std::isnan(value)) {

@@ -14,7 +14,9 @@ namespace {
 
 constexpr unsigned int kHashSeed = 0xDEADBEEF;
 
-bool IsBlank(char16_t unit) noexcept { return unit == u' ' || (unit >= u'\t' && unit <= u'\r'); }
+bool IsBlank(char16_t unit) noexcept {
+    return unit == u' ' || (unit >= u'\t' && unit <= u'\r');
+}
 
 }  // namespace
 
@@ -29,7 +31,9 @@ TStringCore::TStringCore(std::size_t count, char16_t unit) : TStringCore() {
     commitAppend(count);
 }
 
-TStringCore::TStringCore(wchar_t character) : TStringCore() { AppendWide(*this, &character, 1); }
+TStringCore::TStringCore(wchar_t character) : TStringCore() {
+    AppendWide(*this, &character, 1);
+}
 
 TStringCore TStringCore::fromUtf8(const char* bytes, std::size_t count) {
     TStringCore text;
@@ -44,9 +48,13 @@ TStringCore TStringCore::fromUtf8(const std::string& bytes) {
     return fromUtf8(bytes.data(), bytes.size());
 }
 
-std::string TStringCore::toStdString() const { return ToUtf8(data(), length()); }
+std::string TStringCore::toStdString() const {
+    return ToUtf8(data(), length());
+}
 
-void TStringCore::ThrowTooLong() { throw std::length_error("TStringCore: text too long"); }
+void TStringCore::ThrowTooLong() {
+    throw std::length_error("TStringCore: text too long");
+}
 
 TStringCore::Block* TStringCore::MakeBlock(std::size_t capacity) {
     void* const memory = ::operator new(sizeof(Block) + capacity * sizeof(char16_t));
@@ -136,8 +144,7 @@ std::vector<TStringCore> TStringCore::split(char16_t separator) const {
     return parts;
 }
 
-TStringCore TStringCore::join(const std::vector<TStringCore>& parts,
-                              const TStringCore& separator) {
+TStringCore TStringCore::join(const std::vector<TStringCore>& parts, const TStringCore& separator) {
     TStringCore text;
     for (std::size_t i = 0; i < parts.size(); ++i) {
         if (i != 0) {

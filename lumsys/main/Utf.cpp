@@ -7,7 +7,9 @@ namespace {
 
 constexpr char32_t kReplacement = 0xFFFD;
 
-bool IsSurrogate(char32_t code) noexcept { return code >= 0xD800 && code <= 0xDFFF; }
+bool IsSurrogate(char32_t code) noexcept {
+    return code >= 0xD800 && code <= 0xDFFF;
+}
 
 char16_t* WriteCodePoint(char32_t code, char16_t* out) noexcept {
     if (code < 0x10000) {
@@ -68,7 +70,8 @@ Decoded DecodeUtf8(const unsigned char* bytes, std::size_t count) noexcept {
 
 void AppendUtf8(TStringCore& text, const char* bytes, std::size_t count) {
     const auto* in = reinterpret_cast<const unsigned char*>(bytes);
-    // A byte gives at most one unit: four bytes give two, and an invalid part has at least one byte.
+    // A byte gives at most one unit: four bytes give two, and an invalid part has at least one
+    // byte.
     char16_t* const start = text.prepareAppend(count);
     char16_t* out = start;
     while (count != 0) {

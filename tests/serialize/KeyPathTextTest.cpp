@@ -488,6 +488,13 @@ TEST_F(KeyPathTextTest, NestingIsLimited) {
         EXPECT_LUM_REPORT(UnexpectedToken, tooDeep.toStdString(), "",
                           KeyPath::ParseString(tooDeep));
     }
+    // Beside each other there may be more.
+    TStringCore wide = L"a:P{ i";
+    for (unsigned int i = 0; i < 2 * kMaxNestingLevels; ++i) {
+        wide += L", i";
+    }
+    wide += L" }";
+    EXPECT_EQ(KeyPath::ParseString(wide).GetLeafSegment().ToString(), wide);
     const KeyPath path = KeyPath::ParseString(Nested(L"A<", L">", kMaxNestingLevels));
     EXPECT_EQ(path.GetLeafSegment().ToString(), Nested(L"A<", L">", kMaxNestingLevels));
 }

@@ -84,7 +84,7 @@ TEST(ArrayIndicesTest, StorageIsSharedAndNothingGrowsWithIt) {
         {"clone", [](const SV& c) { return SV(c->Clone()); }, 0, 2},
         {"materialized", [](const SV& c) { return c->AsArray().Materialize(); }, 0, 1},
     };
-    for (const std::size_t count : {100, 1000000}) {
+    for (const std::size_t count : {100u, 1000000u}) {
         const SV column =
             factory::MakeArray(test::TypeOf("i"), std::vector<unsigned>(count), SortSpecOrder::ASC);
         const auto* const first = static_cast<const unsigned*>(AddressOf(column));
@@ -109,9 +109,14 @@ TEST(ArrayIndicesTest, StorageLivesAsLongAsAnySlice) {
     EXPECT_EQ(TextOf(indexed), "s: - 'longer than the handle'");
 }
 
+struct Read {
+    const char* name;
+    std::function<void(const SV&)> run;
+};
+
 /// Every way to read element 1, which is not there, of four.
 template <typename T>
-std::vector<std::pair<const char*, std::function<void(const SV&)>>> ReadsOfElement1() {
+std::vector<Read> ReadsOfElement1() {
     const auto typed = [](const SV& c) -> const ITypedArray<T>& { return c->AsTypedArray<T>(); };
     const auto cursorAt1 = [=](const SV& c) {
         ArrayCursor<T> cursor = typed(c).GetAdapterWithSpecials();
@@ -151,9 +156,9 @@ std::vector<std::pair<const char*, std::function<void(const SV&)>>> ReadsOfEleme
 
 template <typename T>
 void CheckReadsFail(const SV& column) {
-    for (const auto& [name, read] : ReadsOfElement1<T>()) {
-        SCOPED_TRACE(name);
-        EXPECT_LUM_ERROR(OutOfBounds, "", read(column));
+    for (const Read& read : ReadsOfElement1<T>()) {
+        SCOPED_TRACE(read.name);
+        EXPECT_LUM_ERROR(OutOfBounds, "", read.run(column));
     }
     EXPECT_EQ(column->AsCollection().TryGetValue(L"1"), nullptr);
     EXPECT_TRUE(column->AsCollection().HasKey(L"1"));

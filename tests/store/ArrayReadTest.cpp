@@ -78,15 +78,20 @@ TEST(ArrayReadTest, BulkReadsCheckTheirRange) {
         std::vector<unsigned> values(8);
         std::vector<SpecialKind> kinds(8);
         std::vector<LumTuple> rows(3, LumTuple(&test::TypeOf("P{i}")->As<TupleType>()));
-        const std::pair<lumsize_t, lumsize_t> ranges[] = {
-            {0, 4}, {3, 1}, {4, 0}, {kMax, 2}, {2, kMax}};
-        for (const auto& [start, length] : ranges) {
-            EXPECT_LUM_REPORT(OutOfBounds, "", kRange, array.CopyValues(values, start, length));
-            EXPECT_LUM_REPORT(OutOfBounds, "", kRange, array.CopySpecials(kinds, start, length));
-            EXPECT_LUM_REPORT(OutOfBounds, "", kRange, array.GetValuesView(scratch, start, length));
+        const struct {
+            lumsize_t start;
+            lumsize_t length;
+        } ranges[] = {{0, 4}, {3, 1}, {4, 0}, {kMax, 2}, {2, kMax}};
+        for (const auto& r : ranges) {
+            EXPECT_LUM_REPORT(OutOfBounds, "", kRange, array.CopyValues(values, r.start, r.length));
             EXPECT_LUM_REPORT(OutOfBounds, "", kRange,
-                              array.GetSpecialsView(scratch, start, length));
-            EXPECT_LUM_REPORT(OutOfBounds, "", kRange, array.CopyToTuples(rows, start, length, 0));
+                              array.CopySpecials(kinds, r.start, r.length));
+            EXPECT_LUM_REPORT(OutOfBounds, "", kRange,
+                              array.GetValuesView(scratch, r.start, r.length));
+            EXPECT_LUM_REPORT(OutOfBounds, "", kRange,
+                              array.GetSpecialsView(scratch, r.start, r.length));
+            EXPECT_LUM_REPORT(OutOfBounds, "", kRange,
+                              array.CopyToTuples(rows, r.start, r.length, 0));
         }
         values.resize(1);
         kinds.resize(1);

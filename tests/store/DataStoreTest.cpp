@@ -111,7 +111,7 @@ TEST(DataStoreTest, AParentThatEndsInAnEmptyNameIsTheRoot) {
     const auto store = MakeEmpty();
     store->AddValue({L"a", L"", L"b"}, factory::MakeInt32(1));
     EXPECT_EQ(TextOf(*store), "{b = 1}");
-    EXPECT_LUM_ERROR(ValueAlreadySet, "a/b",
+    EXPECT_LUM_ERROR(ValueAlreadySet, "a//b",
                      store->AddValue({L"a", L"", L"b"}, factory::MakeInt32(1)));
     EXPECT_LUM_ERROR(KeyNotFound, "a", store->GetValue({L"a", L"", L"b"}));
     // Before the last name it is a name like any other, and no key may be empty.

@@ -336,19 +336,22 @@ TEST_F(ValueTupleTest, IsACollectionOfItsMembers) {
     EXPECT_EQ(value->GetType(), TupleTypeOf("P{i,s,b,d}"));
     EXPECT_EQ(value->GetHashValue(), value->AsTuple().GetHashValue());
     const IStoreCollection& members = value->AsCollection();
-    const std::pair<const wchar_t*, const char*> cases[] = {
+    const struct {
+        const wchar_t* key;
+        const char* expected;
+    } cases[] = {
         {L"0", "5"},    {L"1", "x"},    {L"2", "!All"}, {L"3", "2024-03-01"},
         {L"4", "null"}, {L"x", "null"}, {L"", "null"},  {L"-1", "null"},
     };
-    for (const auto& [key, expected] : cases) {
-        SCOPED_TRACE(TStringCore(key).toStdString());
-        const bool isThere = expected != std::string("null");
-        EXPECT_EQ(TextOf(members.TryGetValue(key)), expected);
-        EXPECT_EQ(members.HasKey(key), isThere);
-        if (isThere) {
-            EXPECT_EQ(TextOf(members.GetValue(key)), expected);
+    for (const auto& c : cases) {
+        const std::string key = TStringCore(c.key).toStdString();
+        SCOPED_TRACE(key);
+        EXPECT_EQ(TextOf(members.TryGetValue(c.key)), c.expected);
+        EXPECT_EQ(members.HasKey(c.key), members.TryGetValue(c.key) != nullptr);
+        if (members.HasKey(c.key)) {
+            EXPECT_EQ(TextOf(members.GetValue(c.key)), c.expected);
         } else {
-            EXPECT_LUM_ERROR(KeyNotFound, TStringCore(key).toStdString(), members.GetValue(key));
+            EXPECT_LUM_ERROR(KeyNotFound, key, members.GetValue(c.key));
         }
     }
     EXPECT_LUM_ERROR(IllegalCast, "", value->Cast(value->GetType()));

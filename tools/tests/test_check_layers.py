@@ -52,6 +52,8 @@ CASES = [
     ("UnknownLibrary",
      {SOURCE: "#include <zlib/zlib.hpp>\n"}, f"{SOURCE}:1: <zlib/zlib.hpp> is no header", {}),
     ("OperatingSystemInPublic", {STORE: "#include <unistd.h>\n"}, f"{STORE}:1: <unistd.h>", {}),
+    ("UpwardInAngles",
+     {STORE: "", TYPE: "#include <lum/core/store/Store.h>\n"}, f"{TYPE}:1: types includes", {}),
     ("Misspelt", {STORE: '#include "lum/core/store/Stone.h"\n'},
      f'{STORE}:1: "lum/core/store/Stone.h" is no file', {}),
     ("NoComponent", {"core/main/extras/New.cpp": ""},

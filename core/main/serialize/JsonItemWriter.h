@@ -75,9 +75,11 @@ private:
 
     Place BeginChild(Place place);
     Place EndChild(Place place);
+    // These are the insides of loops over columns, which compilers would call there since the loops
+    // are many.
     template <typename Cell>
-    Place Append(Place place, const typename Cell::Storage& stored);
-    char16_t* WriteString(const TStringCore& text, Place place);
+    [[gnu::always_inline]] Place Append(Place place, const typename Cell::Storage& stored);
+    [[gnu::always_inline]] char16_t* WriteString(const TStringCore& text, Place place);
     char16_t* WriteStringRest(const TStringCore& text, std::size_t done, char16_t* out);
     template <typename Cell>
     [[gnu::noinline]] Place AppendPair(Place place, const typename Cell::Storage& stored,

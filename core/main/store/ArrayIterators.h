@@ -24,8 +24,9 @@ public:
         return std::make_unique<ArrayStoreValueIterator>(*this);
     }
     bool operator!=(const std::unique_ptr<IStoreValueIterator>& other) const override {
-        return other != nullptr && typeid(*other) == typeid(*this) &&
-               static_cast<const ArrayStoreValueIterator&>(*other).m_pos != m_pos;
+        const IStoreValueIterator* const place = other.get();
+        return place != nullptr && typeid(*place) == typeid(*this) &&
+               static_cast<const ArrayStoreValueIterator*>(place)->m_pos != m_pos;
     }
     void Advance() override {
         LUM_CHECK(m_pos < m_size, LumError::IteratorOutOfBounds);

@@ -9,9 +9,9 @@
 
 namespace lum::core {
 
-// Reads of storage through indices. Arrays never look at their indices when they are made, so a bulk
-// read first asks whether all are in range, which is one vector pass, and then either reads without
-// a test a cell, or with one.
+// Reads of storage through indices. Arrays never look at their indices when they are made, so a
+// bulk read first asks whether all are in range, which is one vector pass, and then either reads
+// without a test a cell, or with one.
 
 /// Whether every index is below `bound`.
 inline bool AllBelow(ArrayView<const unsigned> indices, uint64 bound) noexcept {
@@ -76,9 +76,8 @@ decltype(auto) WithGathered(ArrayView<const T> values, ArrayView<const unsigned>
 template <typename T>
 std::vector<T> GatherColumn(ArrayView<const T> values, ArrayView<const unsigned> indices,
                             bool isInRange) {
-    return WithGathered(values, indices, isInRange, [](auto first, auto last) {
-        return std::vector<T>(first, last);
-    });
+    return WithGathered(values, indices, isInRange,
+                        [](auto first, auto last) { return std::vector<T>(first, last); });
 }
 
 template <typename T>

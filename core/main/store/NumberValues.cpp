@@ -185,14 +185,24 @@ private:
 
 namespace factory {
 
-SV MakeBool(bool value) { return std::make_shared<ValueBool>(value); }
-SV MakeInt32(int value) { return std::make_shared<ValueInt32>(value); }
-SV MakeInt64(int64 value) { return std::make_shared<ValueInt64>(value); }
-SV MakeReal32(float value) { return std::make_shared<ValueReal32>(RealType::Get32(), value); }
+SV MakeBool(bool value) {
+    return std::make_shared<ValueBool>(value);
+}
+SV MakeInt32(int value) {
+    return std::make_shared<ValueInt32>(value);
+}
+SV MakeInt64(int64 value) {
+    return std::make_shared<ValueInt64>(value);
+}
+SV MakeReal32(float value) {
+    return std::make_shared<ValueReal32>(RealType::Get32(), value);
+}
 SV MakeReal32(float value, signed char precision, signed char scale) {
     return std::make_shared<ValueReal32>(RealType::Get32(precision, scale), value);
 }
-SV MakeReal64(double value) { return std::make_shared<ValueReal64>(RealType::Get64(), value); }
+SV MakeReal64(double value) {
+    return std::make_shared<ValueReal64>(RealType::Get64(), value);
+}
 SV MakeReal64(double value, signed char precision, signed char scale) {
     return std::make_shared<ValueReal64>(RealType::Get64(precision, scale), value);
 }

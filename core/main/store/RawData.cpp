@@ -54,8 +54,8 @@ ArrayView<unsigned char> UnmanagedRawData<T>::GetByteView() {
     LUM_FAIL(LumError::ImmutableValue);
 }
 
-#define LUM_INSTANTIATE_RAW_DATA(T)   \
-    template class VectorRawData<T>;  \
+#define LUM_INSTANTIATE_RAW_DATA(T)  \
+    template class VectorRawData<T>; \
     template class VectorRawData<ValueCompositeArrayRange<T>>;
 LUM_INSTANTIATE_RAW_DATA(unsigned char)
 LUM_INSTANTIATE_RAW_DATA(unsigned int)

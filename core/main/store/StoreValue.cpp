@@ -16,16 +16,36 @@ void StoreValue::FailAccess(LumError error) const {
     throw LumRuntimeException(error, details);
 }
 
-bool StoreValue::AsBool() const { FailAccess(LumError::ExpectedBool); }
-int StoreValue::AsInt32() const { FailAccess(LumError::ExpectedInt32); }
-int64 StoreValue::AsInt64() const { FailAccess(LumError::ExpectedInt64); }
-float StoreValue::AsReal32() const { FailAccess(LumError::ExpectedReal32); }
-double StoreValue::AsReal64() const { FailAccess(LumError::ExpectedReal64); }
-const RIndirectString& StoreValue::AsString() const { FailAccess(LumError::ExpectedString); }
-LumDateTime StoreValue::AsDate() const { FailAccess(LumError::ExpectedDate); }
-LumDateTime StoreValue::AsDateTime() const { FailAccess(LumError::ExpectedDateTime); }
-LumColor StoreValue::AsColor() const { FailAccess(LumError::ExpectedColor); }
-const ValueExternal& StoreValue::AsExternal() const { FailAccess(LumError::ExternalTypeExpected); }
+bool StoreValue::AsBool() const {
+    FailAccess(LumError::ExpectedBool);
+}
+int StoreValue::AsInt32() const {
+    FailAccess(LumError::ExpectedInt32);
+}
+int64 StoreValue::AsInt64() const {
+    FailAccess(LumError::ExpectedInt64);
+}
+float StoreValue::AsReal32() const {
+    FailAccess(LumError::ExpectedReal32);
+}
+double StoreValue::AsReal64() const {
+    FailAccess(LumError::ExpectedReal64);
+}
+const RIndirectString& StoreValue::AsString() const {
+    FailAccess(LumError::ExpectedString);
+}
+LumDateTime StoreValue::AsDate() const {
+    FailAccess(LumError::ExpectedDate);
+}
+LumDateTime StoreValue::AsDateTime() const {
+    FailAccess(LumError::ExpectedDateTime);
+}
+LumColor StoreValue::AsColor() const {
+    FailAccess(LumError::ExpectedColor);
+}
+const ValueExternal& StoreValue::AsExternal() const {
+    FailAccess(LumError::ExternalTypeExpected);
+}
 const IStoreCollection& StoreValue::AsCollection() const {
     FailAccess(LumError::ExpectedCollection);
 }
@@ -35,11 +55,21 @@ IStoreMutableCollection& StoreValue::AsMutableCollection() {
 const IUniformCollection& StoreValue::AsUniformCollection() const {
     FailAccess(LumError::ExpectedUniformCollection);
 }
-const IStoreArray& StoreValue::AsArray() const { FailAccess(LumError::ExpectedArray); }
-const IStoreSet& StoreValue::AsSet() const { FailAccess(LumError::ExpectedSet); }
-const IStoreKeyMap& StoreValue::AsKeyMap() const { FailAccess(LumError::ExpectedKeyMap); }
-const IStoreTable& StoreValue::AsTable() const { FailAccess(LumError::ExpectedTable); }
-const LumTuple& StoreValue::AsTuple() const { FailAccess(LumError::ExpectedTuple); }
+const IStoreArray& StoreValue::AsArray() const {
+    FailAccess(LumError::ExpectedArray);
+}
+const IStoreSet& StoreValue::AsSet() const {
+    FailAccess(LumError::ExpectedSet);
+}
+const IStoreKeyMap& StoreValue::AsKeyMap() const {
+    FailAccess(LumError::ExpectedKeyMap);
+}
+const IStoreTable& StoreValue::AsTable() const {
+    FailAccess(LumError::ExpectedTable);
+}
+const LumTuple& StoreValue::AsTuple() const {
+    FailAccess(LumError::ExpectedTuple);
+}
 
 std::unique_ptr<StoreValue> StoreValue::Cast(const Type* /*type*/) const {
     LUM_FAIL(LumError::IllegalCast);
@@ -49,7 +79,9 @@ int StoreValue::CompareImpl(const StoreValue& /*other*/) const {
     throw LumRuntimeException(LumError::IllegalComparison);
 }
 
-int StoreValue::FuzzyCompareImpl(const StoreValue& other) const { return CompareImpl(other); }
+int StoreValue::FuzzyCompareImpl(const StoreValue& other) const {
+    return CompareImpl(other);
+}
 
 int StoreValue::Compare(const StoreValue& other) const {
     return other.IsSpecial() ? -other.CompareImpl(*this) : CompareImpl(other);

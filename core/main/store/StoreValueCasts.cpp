@@ -33,17 +33,17 @@ const IStoreDictionary<K, V>& detail::CastToDictionary(const StoreValue& value) 
     return CastTo<IStoreDictionary<K, V>>(value, LumError::NotKeyedCollection);
 }
 
-#define LUM_INSTANTIATE_DICTIONARY_CAST(K, V)                                             \
-    template LUM_CORE_API const IStoreDictionary<K, V>& detail::CastToDictionary<K, V>(   \
+#define LUM_INSTANTIATE_DICTIONARY_CAST(K, V)                                           \
+    template LUM_CORE_API const IStoreDictionary<K, V>& detail::CastToDictionary<K, V>( \
         const StoreValue&);
-#define LUM_INSTANTIATE_CASTS(T)                                                              \
+#define LUM_INSTANTIATE_CASTS(T)                                                                \
     template LUM_CORE_API const ITypedArray<T>& detail::CastToTypedArray<T>(const StoreValue&); \
-    template LUM_CORE_API const ITypedSet<T>& detail::CastToTypedSet<T>(const StoreValue&);   \
-    LUM_INSTANTIATE_DICTIONARY_CAST(T, unsigned char)                                         \
-    LUM_INSTANTIATE_DICTIONARY_CAST(T, unsigned int)                                          \
-    LUM_INSTANTIATE_DICTIONARY_CAST(T, unsigned long long)                                    \
-    LUM_INSTANTIATE_DICTIONARY_CAST(T, RIndirectString)                                       \
-    LUM_INSTANTIATE_DICTIONARY_CAST(T, LumTuple)                                              \
+    template LUM_CORE_API const ITypedSet<T>& detail::CastToTypedSet<T>(const StoreValue&);     \
+    LUM_INSTANTIATE_DICTIONARY_CAST(T, unsigned char)                                           \
+    LUM_INSTANTIATE_DICTIONARY_CAST(T, unsigned int)                                            \
+    LUM_INSTANTIATE_DICTIONARY_CAST(T, unsigned long long)                                      \
+    LUM_INSTANTIATE_DICTIONARY_CAST(T, RIndirectString)                                         \
+    LUM_INSTANTIATE_DICTIONARY_CAST(T, LumTuple)                                                \
     LUM_INSTANTIATE_DICTIONARY_CAST(T, SV)
 
 LUM_FOR_EACH_STORAGE_TYPE(LUM_INSTANTIATE_CASTS)

@@ -122,8 +122,12 @@ SV MakeString(const RIndirectString& value) {
 SV MakeString(const RIndirectString& value, const Collation& collation) {
     return std::make_shared<ValueString>(StringType::Get(collation), value);
 }
-SV MakeString(const TStringCore& value) { return MakeString(RIndirectString(value)); }
-SV MakeString(const wchar_t* value) { return MakeString(RIndirectString(value)); }
+SV MakeString(const TStringCore& value) {
+    return MakeString(RIndirectString(value));
+}
+SV MakeString(const wchar_t* value) {
+    return MakeString(RIndirectString(value));
+}
 SV MakeString(const TStringCore& value, const Collation& collation) {
     return MakeString(RIndirectString(value), collation);
 }
@@ -131,8 +135,12 @@ SV MakeString(const wchar_t* value, const Collation& collation) {
     return MakeString(RIndirectString(value), collation);
 }
 
-SV MakeDate(LumDateTime value) { return std::make_shared<ValueDate>(value); }
-SV MakeDateTime(LumDateTime value) { return std::make_shared<ValueDateTime>(value); }
+SV MakeDate(LumDateTime value) {
+    return std::make_shared<ValueDate>(value);
+}
+SV MakeDateTime(LumDateTime value) {
+    return std::make_shared<ValueDateTime>(value);
+}
 std::unique_ptr<StoreValue> MakeDateUniquePtr(LumDateTime value) {
     return std::make_unique<ValueDate>(value);
 }
@@ -140,8 +148,12 @@ std::unique_ptr<StoreValue> MakeDateTimeUniquePtr(LumDateTime value) {
     return std::make_unique<ValueDateTime>(value);
 }
 
-SV MakeColor(LumColor value) { return std::make_shared<ValueColor>(value); }
-SV MakeColor(int value) { return MakeColor(LumColor::FromInt32(value)); }
+SV MakeColor(LumColor value) {
+    return std::make_shared<ValueColor>(value);
+}
+SV MakeColor(int value) {
+    return MakeColor(LumColor::FromInt32(value));
+}
 SV MakeColor(int red, int green, int blue, int alpha) {
     return MakeColor(LumColor(red, green, blue, alpha));
 }

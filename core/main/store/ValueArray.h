@@ -28,7 +28,8 @@ public:
     ValueArray(const ValueArray& other);
 
 private:
-    // The class alone makes arrays over its own storage, which was looked at when it was taken over.
+    // The class alone makes arrays over its own storage, which was looked at when it was taken
+    // over.
     struct Unchecked {};
 
 public:
@@ -47,7 +48,8 @@ public:
     const IStoreArray& AsArray() const override { return *this; }
     std::unique_ptr<StoreValue> Clone() const override;
 
-    // IStoreCollection: the key is a decimal index. A read gives the stored value whatever its kind.
+    // IStoreCollection: the key is a decimal index. A read gives the stored value whatever its
+    // kind.
     SV GetValue(const RInternString& key) const override;
     SV TryGetValue(const RInternString& key) const override;
     bool HasKey(const RInternString& key) const override;
@@ -89,6 +91,7 @@ public:
     const T& GetValueUnchecked(lumsize_t index) const override;
     const T& GetValue(lumsize_t index) const override;
     bool IsSpecial(lumsize_t index) const override;
+    using StoreValue::GetSpecialKind;
     SpecialKind GetSpecialKind(lumsize_t index) const override;
     bool IsComposite() const override { return false; }
     ArrayView<const T> GetValues() const override;

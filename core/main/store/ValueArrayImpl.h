@@ -110,14 +110,14 @@ const IUniformCollection::StoreValueIterable& ValueArray<T>::GetStoreValueIterab
 
 template <StorageType T>
 SV ValueArray<T>::WithIndices(std::shared_ptr<const RawData> indices, SortSpecOrder order) const {
-    return std::make_shared<ValueArray>(
-        Unchecked(), *this, PackagedArrayView<unsigned>(std::move(indices)), order);
+    return std::make_shared<ValueArray>(Unchecked(), *this,
+                                        PackagedArrayView<unsigned>(std::move(indices)), order);
 }
 
 template <StorageType T>
 SV ValueArray<T>::WithIndices(std::vector<unsigned>&& indices, SortSpecOrder order) const {
-    return std::make_shared<ValueArray>(
-        Unchecked(), *this, PackagedArrayView<unsigned>(std::move(indices)), order);
+    return std::make_shared<ValueArray>(Unchecked(), *this,
+                                        PackagedArrayView<unsigned>(std::move(indices)), order);
 }
 
 template <StorageType T>
@@ -165,12 +165,11 @@ SV ValueArray<T>::ToSet(bool includeSpecials) const {
     const bool takesKinds = includeSpecials && HasSpecialValues();
     if (HasIndices()) {
         const bool isInside = AreIndicesInside();
-        WithGathered(m_values.GetView(), m_indices.GetView(), isInside,
-                     [&](auto first, auto last) {
-                         for (; !(first == last); ++first) {
-                             values->insert(*first);
-                         }
-                     });
+        WithGathered(m_values.GetView(), m_indices.GetView(), isInside, [&](auto first, auto last) {
+            for (; !(first == last); ++first) {
+                values->insert(*first);
+            }
+        });
         if (takesKinds) {
             WithGathered(m_specials.GetView(), m_indices.GetView(), isInside,
                          [&](auto first, auto last) {
@@ -293,8 +292,8 @@ ConstRawDataView ValueArray<T>::GetValuesView(TemporaryRawData& scratch, lumsize
         return {*m_values.GetStorage(), m_values.GetStartIndex() + startIndex, length};
     }
     return detail::TemporaryRawDataAccess::Fill(
-        scratch, GatherColumn(m_values.GetView(), GetIndexRange(startIndex, length),
-                              AreIndicesInside()));
+        scratch,
+        GatherColumn(m_values.GetView(), GetIndexRange(startIndex, length), AreIndicesInside()));
 }
 
 template <StorageType T>
@@ -500,18 +499,18 @@ SV factory::MakeArray(const Type* elementType, std::shared_ptr<const RawData> va
 }
 
 // A class and its makers for one storage type.
-#define LUM_INSTANTIATE_VALUE_ARRAY(T)                                                            \
-    template class ValueArray<T>;                                                                 \
-    template LUM_CORE_API SV factory::MakeArray(const Type*, std::vector<T>&&, SortSpecOrder);    \
-    template LUM_CORE_API SV factory::MakeArray(const Type*, std::vector<T>&&,                    \
-                                                std::vector<unsigned>&&, SortSpecOrder);          \
-    template LUM_CORE_API SV factory::MakeArray(const Type*, std::vector<T>&&,                    \
-                                                std::vector<unsigned>&&,                          \
-                                                std::vector<SpecialKind>&&, SortSpecOrder);       \
-    template LUM_CORE_API SV factory::MakeArray(                                                  \
-        const Type*, std::unique_ptr<std::vector<T>>, std::unique_ptr<std::vector<unsigned>>,     \
-        std::unique_ptr<std::vector<SpecialKind>>, SortSpecOrder);                                \
-    template LUM_CORE_API SV factory::MakeArray<T>(const Type*, std::shared_ptr<const RawData>,   \
+#define LUM_INSTANTIATE_VALUE_ARRAY(T)                                                          \
+    template class ValueArray<T>;                                                               \
+    template LUM_CORE_API SV factory::MakeArray(const Type*, std::vector<T>&&, SortSpecOrder);  \
+    template LUM_CORE_API SV factory::MakeArray(const Type*, std::vector<T>&&,                  \
+                                                std::vector<unsigned>&&, SortSpecOrder);        \
+    template LUM_CORE_API SV factory::MakeArray(const Type*, std::vector<T>&&,                  \
+                                                std::vector<unsigned>&&,                        \
+                                                std::vector<SpecialKind>&&, SortSpecOrder);     \
+    template LUM_CORE_API SV factory::MakeArray(                                                \
+        const Type*, std::unique_ptr<std::vector<T>>, std::unique_ptr<std::vector<unsigned>>,   \
+        std::unique_ptr<std::vector<SpecialKind>>, SortSpecOrder);                              \
+    template LUM_CORE_API SV factory::MakeArray<T>(const Type*, std::shared_ptr<const RawData>, \
                                                    std::shared_ptr<const RawData>, SortSpecOrder);
 
 }  // namespace lum::core

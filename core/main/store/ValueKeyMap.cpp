@@ -20,8 +20,8 @@ void CheckKey(const RInternString& key) {
 /// Whether the two values have one type. The type of a key map is made from all its members, and
 /// stays in the registry, so it is only asked for where nothing simpler decides.
 bool HaveSameType(const SV& value, const SV& other) {
-    return value == other || (value->GetStoreType() == other->GetStoreType() &&
-                              value->GetType() == other->GetType());
+    return value == other ||
+           (value->GetStoreType() == other->GetStoreType() && value->GetType() == other->GetType());
 }
 
 void CheckSameType(const SV& value, const SV& stored) {
@@ -44,8 +44,9 @@ ValueKeyMap::~ValueKeyMap() {
     std::vector<Members> rest;
     const auto take = [&rest](Members& members) {
         for (auto& [key, value] : members) {
-            if (value.use_count() == 1 && typeid(*value) == typeid(ValueKeyMap)) {
-                Members& inner = static_cast<ValueKeyMap&>(*value).m_dict;
+            StoreValue& member = *value;
+            if (value.use_count() == 1 && typeid(member) == typeid(ValueKeyMap)) {
+                Members& inner = static_cast<ValueKeyMap&>(member).m_dict;
                 rest.push_back(std::move(inner));
                 inner.clear();
             }
@@ -59,7 +60,9 @@ ValueKeyMap::~ValueKeyMap() {
     }
 }
 
-lumsize_t ValueKeyMap::GetCount() const { return LumSizeCastSafe(m_dict.size()); }
+lumsize_t ValueKeyMap::GetCount() const {
+    return LumSizeCastSafe(m_dict.size());
+}
 
 const Type* ValueKeyMap::GetType() const {
     std::vector<NamedHeterogeneousType::Member> members;
@@ -96,7 +99,9 @@ SV ValueKeyMap::TryGetValue(const RInternString& key) const {
     return member == nullptr ? nullptr : *member;
 }
 
-bool ValueKeyMap::HasKey(const RInternString& key) const { return m_dict.count(key) != 0; }
+bool ValueKeyMap::HasKey(const RInternString& key) const {
+    return m_dict.count(key) != 0;
+}
 
 void ValueKeyMap::AddValue(RInternString key, const SV& value) {
     CheckKey(key);
@@ -126,15 +131,21 @@ void ValueKeyMap::SetValue(RInternString key, const SV& value) {
     itr->second = value;
 }
 
-const Type* ValueKeyMap::GetKeyType() const { return StringType::Get(); }
+const Type* ValueKeyMap::GetKeyType() const {
+    return StringType::Get();
+}
 
 const SV& ValueKeyMap::GetValueForSpecialKey(SpecialKind /*kind*/) const {
     LUM_FAIL(LumError::SpecialKeysNotSupported);
 }
 
-const SV& ValueKeyMap::GetEntry(const RInternString& key) const { return MapAt(m_dict, key); }
+const SV& ValueKeyMap::GetEntry(const RInternString& key) const {
+    return MapAt(m_dict, key);
+}
 
-lumsize_t ValueKeyMap::GetSpecialKeyCount() const { LUM_FAIL(LumError::SpecialKeysNotSupported); }
+lumsize_t ValueKeyMap::GetSpecialKeyCount() const {
+    LUM_FAIL(LumError::SpecialKeysNotSupported);
+}
 
 DictionaryCursor<RInternString, SV> ValueKeyMap::GetEntries() const {
     return {GetKeyType(), m_dict};

@@ -47,8 +47,8 @@ public:
     const IStoreSet& AsSet() const override { return *this; }
     std::unique_ptr<StoreValue> Clone() const override;
 
-    // IStoreCollection: the key is a value's text, and the answer a Bool that says whether the value
-    // is a member. HasKey is true for every key.
+    // IStoreCollection: the key is a value's text, and the answer a Bool that says whether the
+    // value is a member. HasKey is true for every key.
     SV GetValue(const RInternString& key) const override;
     SV TryGetValue(const RInternString& key) const override;
     bool HasKey(const RInternString& key) const override;

@@ -40,12 +40,12 @@ public:
         return std::make_unique<SetStoreValueIterator>(*this);
     }
     bool operator!=(const std::unique_ptr<IStoreValueIterator>& other) const override {
-        if (other == nullptr || typeid(*other) != typeid(*this)) {
+        const IStoreValueIterator* const iterator = other.get();
+        if (iterator == nullptr || typeid(*iterator) != typeid(*this)) {
             return false;
         }
-        const auto& place = static_cast<const SetStoreValueIterator&>(*other);
-        return m_stage != place.m_stage || m_value != place.m_value ||
-               m_special != place.m_special;
+        const auto& place = static_cast<const SetStoreValueIterator&>(*iterator);
+        return m_stage != place.m_stage || m_value != place.m_value || m_special != place.m_special;
     }
     void Advance() override {
         LUM_CHECK(m_stage != Stage::End, LumError::IteratorOutOfBounds);
@@ -87,8 +87,8 @@ ValueSet<T>::StoreValueIterableImpl::StoreValueIterableImpl(
     const std::shared_ptr<const Kinds>& specials)
     : m_begin(std::make_unique<SetStoreValueIterator>(
           elementType, SetStoreValueIterator::Stage::Begin, values, specials)),
-      m_end(std::make_unique<SetStoreValueIterator>(
-          elementType, SetStoreValueIterator::Stage::End, values, specials)) {}
+      m_end(std::make_unique<SetStoreValueIterator>(elementType, SetStoreValueIterator::Stage::End,
+                                                    values, specials)) {}
 
 template <StorageType T>
 ValueSet<T>::ValueSet(const CollectionType* type, std::unique_ptr<Values> values,
@@ -117,8 +117,8 @@ ValueSet<T>::ValueSet(const ValueSet& other)
       m_values(other.m_values),
       m_specials(other.m_specials),
       m_kindIterable(m_specials.get()),
-      m_iterable(
-          std::make_unique<StoreValueIterableImpl>(GetElementType(), m_values, m_specials)) {}
+      m_iterable(std::make_unique<StoreValueIterableImpl>(GetElementType(), m_values, m_specials)) {
+}
 
 template <StorageType T>
 void ValueSet<T>::Validate() const {
@@ -235,7 +235,8 @@ SV factory::MakeSet(const Type* elementType, std::unique_ptr<SetContainer<T>> va
     const CollectionType* const type = SetType::Get(elementType);
     if constexpr (std::is_same_v<T, LumTuple>) {
         if (values != nullptr) {
-            // Rows make their blocks when they are first read, which must not happen on two threads.
+            // Rows make their blocks when they are first read, which must not happen on two
+            // threads.
             for (const LumTuple& row : *values) {
                 row.GetTupleData().EnsureBlock();
             }
@@ -245,9 +246,10 @@ SV factory::MakeSet(const Type* elementType, std::unique_ptr<SetContainer<T>> va
 }
 
 // A class and its maker for one storage type.
-#define LUM_INSTANTIATE_VALUE_SET(T)                                                         \
-    template class ValueSet<T>;                                                              \
-    template LUM_CORE_API SV factory::MakeSet<T>(const Type*, std::unique_ptr<SetContainer<T>>, \
-                                                 std::unique_ptr<std::unordered_set<SpecialKind>>);
+#define LUM_INSTANTIATE_VALUE_SET(T)                   \
+    template class ValueSet<T>;                        \
+    template LUM_CORE_API SV factory::MakeSet<T>(      \
+        const Type*, std::unique_ptr<SetContainer<T>>, \
+        std::unique_ptr<std::unordered_set<SpecialKind>>);
 
 }  // namespace lum::core

@@ -71,6 +71,8 @@ private:
 
 }  // namespace
 
-SV factory::MakeTuple(LumTuple&& tuple) { return std::make_shared<ValueTuple>(std::move(tuple)); }
+SV factory::MakeTuple(LumTuple&& tuple) {
+    return std::make_shared<ValueTuple>(std::move(tuple));
+}
 
 }  // namespace lum::core

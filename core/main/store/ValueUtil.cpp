@@ -32,13 +32,14 @@ SV MakeReal64OfType(const Type* type, double value) {
 
 SV MakeStringOfType(const Type* type, const RIndirectString& value) {
     static const Type* const s_default = StringType::Get();
-    return type == s_default
-               ? factory::MakeString(value)
-               : factory::MakeString(value, type->As<StringType>().GetCollation());
+    return type == s_default ? factory::MakeString(value)
+                             : factory::MakeString(value, type->As<StringType>().GetCollation());
 }
 
 }  // namespace
 
+// The forms over strings and rows repeat the export mark: these classes have none of their own, and
+// a specialisation is no more visible than what it is made from.
 template <>
 SV MakeStoreValue(const Type* type, bool value) {
     LUM_CHECK(type->GetStoreType() == StoreType::Bool, LumError::ExpectedBool);
@@ -70,7 +71,7 @@ SV MakeStoreValue(const Type* type, double value) {
 }
 
 template <>
-SV MakeStoreValue(const Type* type, RIndirectString value) {
+LUM_CORE_API SV MakeStoreValue(const Type* type, RIndirectString value) {
     LUM_CHECK(type->GetStoreType() == StoreType::String, LumError::ExpectedString);
     return MakeStringOfType(type, value);
 }
@@ -94,7 +95,7 @@ SV MakeStoreValue(const Type* type, LumDateTime value) {
 }
 
 template <>
-SV MakeStoreValue(const Type* type, LumTuple value) {
+LUM_CORE_API SV MakeStoreValue(const Type* type, LumTuple value) {
     LUM_CHECK(type->GetStoreType() == StoreType::Tuple, LumError::TypeMismatchExpected);
     return factory::MakeTuple(std::move(value));
 }
@@ -140,13 +141,13 @@ SV MakeStoreValueFromStorageType(const Type* type, const unsigned long long& sto
 }
 
 template <>
-SV MakeStoreValueFromStorageType(const Type* type, const RIndirectString& stored) {
+LUM_CORE_API SV MakeStoreValueFromStorageType(const Type* type, const RIndirectString& stored) {
     LUM_CHECK(type->GetStoreType() == StoreType::String, LumError::ExpectedString);
     return MakeStringOfType(type, stored);
 }
 
 template <>
-SV MakeStoreValueFromStorageType(const Type* type, const LumTuple& stored) {
+LUM_CORE_API SV MakeStoreValueFromStorageType(const Type* type, const LumTuple& stored) {
     return MakeStoreValue<LumTuple>(type, stored);
 }
 
@@ -186,12 +187,12 @@ double FetchStoreValue(const SV& value) {
 }
 
 template <>
-const RIndirectString& FetchStoreValue(const SV& value) {
+LUM_CORE_API const RIndirectString& FetchStoreValue(const SV& value) {
     return value->AsString();
 }
 
 template <>
-RIndirectString FetchStoreValue(const SV& value) {
+LUM_CORE_API RIndirectString FetchStoreValue(const SV& value) {
     return value->AsString();
 }
 
@@ -211,12 +212,12 @@ LumDateTime FetchStoreValue(const SV& value) {
 }
 
 template <>
-const LumTuple& FetchStoreValue(const SV& value) {
+LUM_CORE_API const LumTuple& FetchStoreValue(const SV& value) {
     return value->AsTuple();
 }
 
 template <>
-LumTuple FetchStoreValue(const SV& value) {
+LUM_CORE_API LumTuple FetchStoreValue(const SV& value) {
     return value->AsTuple();
 }
 

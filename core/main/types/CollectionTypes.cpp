@@ -47,7 +47,9 @@ const ArrayType* ArrayType::Get(const Type* elementType) {
                         [=] { return Context::Get().MakeArray(elementType); });
 }
 
-const Type* ArrayType::GetBaseType() const { return Get(GetElementType()->GetBaseType()); }
+const Type* ArrayType::GetBaseType() const {
+    return Get(GetElementType()->GetBaseType());
+}
 
 TStringCore ArrayType::ToString() const {
     return CollectionText(Type::ToString(), GetElementType());
@@ -67,9 +69,13 @@ const SetType* SetType::Get(const Type* elementType) {
                         [=] { return Context::Get().MakeSet(elementType); });
 }
 
-const Type* SetType::GetBaseType() const { return Get(GetElementType()->GetBaseType()); }
+const Type* SetType::GetBaseType() const {
+    return Get(GetElementType()->GetBaseType());
+}
 
-TStringCore SetType::ToString() const { return CollectionText(Type::ToString(), GetElementType()); }
+TStringCore SetType::ToString() const {
+    return CollectionText(Type::ToString(), GetElementType());
+}
 
 const CollectionType* SetType::WithElementType(const Type* elementType) const {
     return Get(elementType);

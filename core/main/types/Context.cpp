@@ -10,8 +10,7 @@ constexpr float kMaxLoadFactor = 4.0f;
 
 /// Precisions that agree in their low four bits share one place on purpose.
 unsigned short RealKey(signed char precision, signed char scale) {
-    return static_cast<unsigned short>((precision & 0x0F) |
-                                       static_cast<unsigned char>(scale) << 8);
+    return static_cast<unsigned short>((precision & 0x0F) | static_cast<unsigned char>(scale) << 8);
 }
 
 template <typename... Maps>
@@ -22,9 +21,13 @@ void Configure(Maps&... maps) {
 
 }  // namespace
 
-InternTable& GetInternTable() { return Context::Get().GetNames(); }
+InternTable& GetInternTable() {
+    return Context::Get().GetNames();
+}
 
-std::size_t Context::KeyHash::operator()(unsigned short key) const { return FnvHash(key); }
+std::size_t Context::KeyHash::operator()(unsigned short key) const {
+    return FnvHash(key);
+}
 
 std::size_t Context::KeyHash::operator()(const Collation& key) const {
     return std::hash<Collation>()(key);
@@ -57,7 +60,8 @@ Context& Context::Get() {
 
 // Nothing here may ask for the registry, which does not stand before this returns.
 Context::Context() {
-    Configure(m_real32s, m_real64s, m_strings, m_externals, m_keySets, m_keyMaps, m_tables, m_tuples);
+    Configure(m_real32s, m_real64s, m_strings, m_externals, m_keySets, m_keyMaps, m_tables,
+              m_tuples);
     // The default reals come first, so that no parameters take their places in the maps.
     m_defaultReal32 = GetReal(StoreType::Real32, -1, -1);
     m_defaultReal64 = GetReal(StoreType::Real64, -1, -1);

@@ -21,10 +21,10 @@ namespace lum::core {
 /// The registry of the canonical types, and with it the table of names: one object, made on first
 /// use and destroyed at unload.
 ///
-/// A look-up of a known type takes no lock. A new type is built first, then put into the owner list,
-/// then published; where another thread was quicker, its type is the one that is handed out, and the
-/// loser stays in the owner list, never returned. A constructor may come back for the types that it
-/// is made of, since no lock is held then.
+/// A look-up of a known type takes no lock. A new type is built first, then put into the owner
+/// list, then published; where another thread was quicker, its type is the one that is handed out,
+/// and the loser stays in the owner list, never returned. A constructor may come back for the types
+/// that it is made of, since no lock is held then.
 class Context {
 public:
     static Context& Get();

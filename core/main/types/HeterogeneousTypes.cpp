@@ -39,10 +39,9 @@ TStringCore NamedHeterogeneousType::Member::ToString() const {
 
 NamedHeterogeneousType::NamedHeterogeneousType(StoreType storeType, std::vector<Member>&& members)
     : HeterogeneousType(storeType), m_members(std::move(members)) {
-    const auto duplicate =
-        std::adjacent_find(m_members.begin(), m_members.end(), [](const Member& a, const Member& b) {
-            return a.GetName() == b.GetName();
-        });
+    const auto duplicate = std::adjacent_find(
+        m_members.begin(), m_members.end(),
+        [](const Member& a, const Member& b) { return a.GetName() == b.GetName(); });
     if (duplicate != m_members.end()) {
         const TStringCore& name = duplicate->GetName();
         LumLog(LumLogLevel::Notice, L"Member " + name + L" is duplicated");
@@ -50,7 +49,9 @@ NamedHeterogeneousType::NamedHeterogeneousType(StoreType storeType, std::vector<
     }
 }
 
-lumsize_t NamedHeterogeneousType::GetCount() const { return LumSizeCastSafe(m_members.size()); }
+lumsize_t NamedHeterogeneousType::GetCount() const {
+    return LumSizeCastSafe(m_members.size());
+}
 
 const Type* NamedHeterogeneousType::TryGetMemberType(const RInternString& name) const {
     const auto found = std::find_if(m_members.begin(), m_members.end(),

@@ -4,7 +4,9 @@
 
 namespace lum::core {
 
-const StringType* StringType::Get() { return Context::Get().GetDefaultString(); }
+const StringType* StringType::Get() {
+    return Context::Get().GetDefaultString();
+}
 
 const StringType* StringType::Get(const Collation& collation) {
     return Context::Get().GetString(collation);

@@ -9,7 +9,9 @@ namespace lum::core {
 
 Type::~Type() = default;
 
-TStringCore Type::ToString() const { return {1, GetCode()}; }
+TStringCore Type::ToString() const {
+    return {1, GetCode()};
+}
 
 char16_t Type::GetCode() const {
     const auto typeIndex = static_cast<unsigned int>(m_storeType);
@@ -18,6 +20,8 @@ char16_t Type::GetCode() const {
     return s_types[typeIndex];
 }
 
-void Type::FailClassCast() { LUM_FAIL(LumError::InvalidTypeClassCast); }
+void Type::FailClassCast() {
+    LUM_FAIL(LumError::InvalidTypeClassCast);
+}
 
 }  // namespace lum::core

@@ -3,9 +3,9 @@
 #include <iterator>
 
 #include "lum/core/Check.h"
-#include "lum/core/types/StoreTypeSerializerUtils.h"
 #include "lum/core/store/StoreValueFwd.h"
 #include "lum/core/types/ScalarTypes.h"
+#include "lum/core/types/StoreTypeSerializerUtils.h"
 #include "lum/core/types/StringType.h"
 
 namespace lum::core {
@@ -22,7 +22,9 @@ bool IsReal(const Type* type) {
     return type->Is(StoreType::Real32) || type->Is(StoreType::Real64);
 }
 
-bool IsDate(const Type* type) { return type->Is(StoreType::Date) || type->Is(StoreType::DateTime); }
+bool IsDate(const Type* type) {
+    return type->Is(StoreType::Date) || type->Is(StoreType::DateTime);
+}
 
 }  // namespace
 

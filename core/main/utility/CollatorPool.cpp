@@ -52,11 +52,17 @@ const Collation Collation::DefaultCollation;
 
 Collation::Collation() : m_locale(RootLocale()) {}
 
-bool Collation::IsDefault() const noexcept { return m_locale == RootLocale(); }
+bool Collation::IsDefault() const noexcept {
+    return m_locale == RootLocale();
+}
 
-const ICollator& Collation::GetCollator() const { return GetCollatorPool().GetCollator(*this); }
+const ICollator& Collation::GetCollator() const {
+    return GetCollatorPool().GetCollator(*this);
+}
 
-bool operator==(const Collation& a, const Collation& b) { return GetCollatorPool().Equals(a, b); }
+bool operator==(const Collation& a, const Collation& b) {
+    return GetCollatorPool().Equals(a, b);
+}
 
 ICollator::~ICollator() = default;
 ICollatorPool::~ICollatorPool() = default;
@@ -67,7 +73,9 @@ ICollatorPool& GetCollatorPool() {
     return *pool;
 }
 
-void RegisterDefaultCollatorPool() { SetCollatorPool(std::make_shared<DefaultCollatorPool>()); }
+void RegisterDefaultCollatorPool() {
+    SetCollatorPool(std::make_shared<DefaultCollatorPool>());
+}
 
 std::shared_ptr<ICollatorPool> SetCollatorPool(std::shared_ptr<ICollatorPool>&& pool) {
     return std::exchange(PoolHolder(), std::move(pool));

@@ -34,9 +34,17 @@ int Compare(double a, double b, unsigned int maxUlps) noexcept {
     return CompareTolerantly<uint64>(a, b, maxUlps);
 }
 
-bool IsNan(float value) noexcept { return std::isnan(value); }
-bool IsNan(double value) noexcept { return std::isnan(value); }
-bool IsSpecial(float value) noexcept { return !std::isfinite(value); }
-bool IsSpecial(double value) noexcept { return !std::isfinite(value); }
+bool IsNan(float value) noexcept {
+    return std::isnan(value);
+}
+bool IsNan(double value) noexcept {
+    return std::isnan(value);
+}
+bool IsSpecial(float value) noexcept {
+    return !std::isfinite(value);
+}
+bool IsSpecial(double value) noexcept {
+    return !std::isfinite(value);
+}
 
 }  // namespace lum::core::FloatUtil

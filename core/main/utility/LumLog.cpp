@@ -41,7 +41,9 @@ bool LumLogger::AcceptsLogLevel(LumLogLevel level) const {
     return m_levelFilter && m_levelFilter(level);
 }
 
-LumLogger& GetLumLogger() { return *LoggerHolder(); }
+LumLogger& GetLumLogger() {
+    return *LoggerHolder();
+}
 
 std::shared_ptr<LumLogger> SetLumLogger(std::shared_ptr<LumLogger> logger) {
     if (!logger) {
@@ -50,8 +52,12 @@ std::shared_ptr<LumLogger> SetLumLogger(std::shared_ptr<LumLogger> logger) {
     return std::exchange(LoggerHolder(), std::move(logger));
 }
 
-void LumLog(LumLogLevel level, const TStringCore& message) { GetLumLogger().Log(level, message); }
-void LumLog(LumLogLevel level, const wchar_t* message) { GetLumLogger().Log(level, message); }
+void LumLog(LumLogLevel level, const TStringCore& message) {
+    GetLumLogger().Log(level, message);
+}
+void LumLog(LumLogLevel level, const wchar_t* message) {
+    GetLumLogger().Log(level, message);
+}
 
 void LumSetDebugReportMode(LumDebugReportMode /*mode*/) {}
 

@@ -19,8 +19,8 @@ namespace {
 //   HandleMember[...]     where these stand
 //   values and specials   as PackedStructOffsets says, at the next multiple of 16
 //
-// The block goes with its last share. It then may not ask its type, since a host's static may outlive
-// the registry, so it notes the members to destroy itself.
+// The block goes with its last share. It then may not ask its type, since a host's static may
+// outlive the registry, so it notes the members to destroy itself.
 
 struct HandleMember {
     lumsize_t offset;
@@ -107,9 +107,8 @@ std::shared_ptr<unsigned char> BuildBlock(const TupleType* type, const unsigned 
             const bool isString = members[i]->Is(StoreType::String);
             if (isString) {
                 new (data + offset) RIndirectString(
-                    source == nullptr
-                        ? RIndirectString()
-                        : *reinterpret_cast<const RIndirectString*>(source + offset));
+                    source == nullptr ? RIndirectString()
+                                      : *reinterpret_cast<const RIndirectString*>(source + offset));
             } else {
                 new (data + offset)
                     SV(source == nullptr ? SV() : *reinterpret_cast<const SV*>(source + offset));
@@ -240,7 +239,9 @@ void LumTupleData::MakeBlock() const {
     m_data = BuildBlock(m_type, nullptr);
 }
 
-lumsize_t LumTupleData::GetBlockSize() const { return m_type->GetOffsets()->GetSize(); }
+lumsize_t LumTupleData::GetBlockSize() const {
+    return m_type->GetOffsets()->GetSize();
+}
 
 const Type* LumTupleData::GetMemberType(lumsize_t index) const {
     const std::vector<const Type*>& members = m_type->GetMembers();

@@ -4,6 +4,8 @@
 
 namespace lum::core {
 
-void ThrowInvalidMapKey() { throw std::out_of_range("invalid unordered_map<K, T> key"); }
+void ThrowInvalidMapKey() {
+    throw std::out_of_range("invalid unordered_map<K, T> key");
+}
 
 }  // namespace lum::core

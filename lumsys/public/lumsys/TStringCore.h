@@ -138,7 +138,8 @@ public:
     /// Up to `count` units from `position` on; empty where `position` is not below length().
     TStringCore mid(std::size_t position, std::size_t count = kMaxLength) const;
     TStringCore left(std::size_t count) const { return mid(0, count); }
-    /// The text without blank, tab, line feed, vertical tab, form feed, carriage return at its ends.
+    /// The text without blank, tab, line feed, vertical tab, form feed, carriage return at its
+    /// ends.
     TStringCore trimmed() const;
     bool startsWith(const TStringCore& text) const noexcept;
     /// The first position at or after `from` where `text` stands, or -1.
@@ -168,8 +169,8 @@ public:
     static TStringCore number(long long value, int base = 10);
     static TStringCore number(unsigned long long value, int base = 10);
     /// `value` as printf in the C locale writes it by the conversion `format`, one of e E f F g G
-    /// (any other counts as g), with `precision` (negative counts as 6), and with printf's '#' where
-    /// `keepPoint` is set: the decimal point, and for g the trailing zeros, are kept.
+    /// (any other counts as g), with `precision` (negative counts as 6), and with printf's '#'
+    /// where `keepPoint` is set: the decimal point, and for g the trailing zeros, are kept.
     static TStringCore number(double value, char format = 'g', int precision = 6,
                               bool keepPoint = false);
 

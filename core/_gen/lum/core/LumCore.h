@@ -6,9 +6,11 @@
 #include "lum/core/Check.h"  // IWYU pragma: export
 #include "lum/core/Export.h"  // IWYU pragma: export
 #include "lum/core/Fwd.h"  // IWYU pragma: export
+#include "lum/core/serialize/FormatPrimitive.h"  // IWYU pragma: export
 #include "lum/core/serialize/JsonOptions.h"  // IWYU pragma: export
 #include "lum/core/serialize/JsonSerializer.h"  // IWYU pragma: export
 #include "lum/core/serialize/KeyPathSerializerCache.h"  // IWYU pragma: export
+#include "lum/core/serialize/StoreValueSerializer.h"  // IWYU pragma: export
 #include "lum/core/store/ArrayAdapter.h"  // IWYU pragma: export
 #include "lum/core/store/ArrayCursor.h"  // IWYU pragma: export
 #include "lum/core/store/ArrayFactory.h"  // IWYU pragma: export

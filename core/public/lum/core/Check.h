@@ -4,8 +4,8 @@
 #include "lum/core/utility/LumException.h"
 
 /// The failure macros. A failed check first reports to the log ("Validation failed at ..."), then
-/// throws with the context "Source: FILE:LINE". LUM_CHECK and its kin throw LumRuntimeException (bad
-/// input, wrong use), LUM_INVARIANT throws LumLogicException (a state held to be impossible).
+/// throws with the context "Source: FILE:LINE". LUM_CHECK and its kin throw LumRuntimeException
+/// (bad input, wrong use), LUM_INVARIANT throws LumLogicException (a state held to be impossible).
 ///
 /// Every macro takes, behind its own arguments, the LumError code and optionally a TStringCore of
 /// details, which is evaluated only after the check has failed.
@@ -15,9 +15,9 @@
 ///
 /// Cost: a compare and a jump to an out-of-line function; nothing is formatted on the good path.
 
-#define LUM_CHECK_TEXT(text, condition, ...)                                                      \
-    (static_cast<bool>(condition)                                                                 \
-         ? static_cast<void>(0)                                                                   \
+#define LUM_CHECK_TEXT(text, condition, ...) \
+    (static_cast<bool>(condition)            \
+         ? static_cast<void>(0)              \
          : ::lum::core::detail::FailRuntime({__FILE__, __LINE__, text}, __VA_ARGS__))
 
 /// Reports "(condition)".
@@ -30,23 +30,22 @@
 /// Fails where the two are equal; reports "(a) != (b)".
 #define LUM_CHECK_NE(a, b, ...) LUM_CHECK_TEXT("(" #a ") != (" #b ")", (a) != (b), __VA_ARGS__)
 /// Fails outside the closed range; reports "(value) >= (low) && (value) <= (high)".
-#define LUM_CHECK_RANGE(value, low, high, ...)                                          \
-    LUM_CHECK_TEXT("(" #value ") >= (" #low ") && (" #value ") <= (" #high ")",         \
+#define LUM_CHECK_RANGE(value, low, high, ...)                                  \
+    LUM_CHECK_TEXT("(" #value ") >= (" #low ") && (" #value ") <= (" #high ")", \
                    (value) >= (low) && (value) <= (high), __VA_ARGS__)
 /// Reports and fails, with no condition.
 #define LUM_FAIL(...) ::lum::core::detail::FailRuntime({__FILE__, __LINE__, ""}, __VA_ARGS__)
 
 /// Reports "(condition)" and throws LumLogicException.
-#define LUM_INVARIANT(condition, ...)                                                            \
-    (static_cast<bool>(condition)                                                                \
-         ? static_cast<void>(0)                                                                  \
+#define LUM_INVARIANT(condition, ...) \
+    (static_cast<bool>(condition)     \
+         ? static_cast<void>(0)       \
          : ::lum::core::detail::FailLogic({__FILE__, __LINE__, "(" #condition ")"}, __VA_ARGS__))
 /// Reports "(pointer) != nullptr" and throws LumLogicException.
-#define LUM_INVARIANT_NOT_NULL(pointer, ...)                                                  \
-    ((pointer) != nullptr                                                                     \
-         ? static_cast<void>(0)                                                               \
-         : ::lum::core::detail::FailLogic(                                                    \
-               {__FILE__, __LINE__, "(" #pointer ") != nullptr"}, __VA_ARGS__))
+#define LUM_INVARIANT_NOT_NULL(pointer, ...)                \
+    ((pointer) != nullptr ? static_cast<void>(0)            \
+                          : ::lum::core::detail::FailLogic( \
+                                {__FILE__, __LINE__, "(" #pointer ") != nullptr"}, __VA_ARGS__))
 
 namespace lum::core::detail {
 

@@ -12,8 +12,8 @@
 
 namespace lum::core {
 
-/// A walk over the typed elements of an array, indices respected, by value. `T` is a storage type or
-/// an element type of it (see TypeTraits). It is its own range:
+/// A walk over the typed elements of an array, indices respected, by value. `T` is a storage type
+/// or an element type of it (see TypeTraits). It is its own range:
 ///
 ///     for (const double value : array.GetAdapter().CastTo<double>()) { ... }
 ///

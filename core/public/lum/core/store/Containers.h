@@ -14,8 +14,8 @@
 namespace lum::core {
 
 /// How the values of a column are hashed and told apart in sets and as keys: strings by the
-/// collation of their type, everything else by its standard hash and equality, which for numbers are
-/// those of the raw bits and for SV those of the pointees.
+/// collation of their type, everything else by its standard hash and equality, which for numbers
+/// are those of the raw bits and for SV those of the pointees.
 template <typename T>
 using ContainerHash =
     std::conditional_t<std::is_same_v<T, RIndirectString>, CollatorHash, std::hash<T>>;

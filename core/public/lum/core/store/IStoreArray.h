@@ -18,9 +18,9 @@ class LumTuple;
 /// A column: GetCount() elements of one type, each a value or a special. Immutable once made;
 /// factory::MakeArray makes one.
 ///
-/// An array may have indices: then element i is the stored value at indices[i], and the same storage
-/// serves any order, selection or repetition. Indices are not looked at when an array is made; one
-/// that lies outside the storage fails with OutOfBounds when it is read.
+/// An array may have indices: then element i is the stored value at indices[i], and the same
+/// storage serves any order, selection or repetition. Indices are not looked at when an array is
+/// made; one that lies outside the storage fails with OutOfBounds when it is read.
 ///
 /// Below a special cell lies a placeholder, a stored value without meaning.
 ///
@@ -44,11 +44,11 @@ public:
     /// The same elements without indices, with the same statement of order. Cost: O(1) without
     /// indices, else O(length), gathered.
     virtual SV Materialize() const = 0;
-    /// The set of the stored values, with `includeSpecials` also of the kinds. Placeholders count as
-    /// values; and without indices so do stored values that no element reaches.
+    /// The set of the stored values, with `includeSpecials` also of the kinds. Placeholders count
+    /// as values; and without indices so do stored values that no element reaches.
     virtual SV ToSet(bool includeSpecials) const = 0;
-    /// Fills the first `length` places of `out` with kinds; all of `out` with Normal where the array
-    /// has no room for kinds. Errors: OutOfBounds where `out` is shorter than `length`.
+    /// Fills the first `length` places of `out` with kinds; all of `out` with Normal where the
+    /// array has no room for kinds. Errors: OutOfBounds where `out` is shorter than `length`.
     virtual void CopySpecials(ArrayView<SpecialKind> out, lumsize_t startIndex,
                               lumsize_t length) const = 0;
     /// Writes each element of the range, value and kind, to member `tupleIndex` of the row at its

@@ -7,9 +7,9 @@
 #include "lum/core/store/StoreValueFwd.h"
 #include "lum/core/utility/RInternString.h"
 
-/// The makers of key maps, the one kind of value that can change: see IStoreMutableCollection. Names
-/// are not looked at. A key map that is added below itself makes a cycle whose type and clone never
-/// end.
+/// The makers of key maps, the one kind of value that can change: see IStoreMutableCollection.
+/// Names are not looked at. A key map that is added below itself makes a cycle whose type and clone
+/// never end.
 ///
 /// Threads: any. Ownership: the key map takes over the members.
 /// Errors: NullArgument for a member without a value.

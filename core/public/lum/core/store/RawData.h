@@ -144,8 +144,8 @@ ArrayView<T> RawData::ViewAs(Self& self) {
     }
 }
 
-#define LUM_EXTERN_RAW_DATA(T)                                     \
-    extern template class LUM_CORE_API VectorRawData<T>;           \
+#define LUM_EXTERN_RAW_DATA(T)                           \
+    extern template class LUM_CORE_API VectorRawData<T>; \
     extern template class LUM_CORE_API VectorRawData<ValueCompositeArrayRange<T>>;
 LUM_EXTERN_RAW_DATA(unsigned char)
 LUM_EXTERN_RAW_DATA(unsigned int)

@@ -72,7 +72,8 @@ class RawDataView : public RawDataSpan<RawData, unsigned char> {
 public:
     using RawDataSpan::RawDataSpan;
 
-    /// The span that begins at `startIndex` of this one; it may pass this one's end inside the block.
+    /// The span that begins at `startIndex` of this one; it may pass this one's end inside the
+    /// block.
     RawDataView GetSlice(lumsize_t startIndex, lumsize_t length) const {
         LUM_CHECK_TEXT(
             "((std::numeric_limits<lumsize_t>::max() - startIndex >= length) && "
@@ -93,7 +94,8 @@ public:
     ConstRawDataView(const RawDataView& view) noexcept  // NOLINT(google-explicit-constructor)
         : RawDataSpan(Unchecked(), *view.m_data, view.m_startIndex, view.m_length) {}
 
-    /// The span that begins at `startIndex` of this one; it may pass this one's end inside the block.
+    /// The span that begins at `startIndex` of this one; it may pass this one's end inside the
+    /// block.
     ConstRawDataView GetSlice(lumsize_t startIndex, lumsize_t length) const {
         LUM_CHECK_TEXT(
             "((std::numeric_limits<lumsize_t>::max() - startIndex >= length) && "

@@ -6,8 +6,8 @@
 
 namespace lum::core {
 
-/// A set value as a range of typed values, which it keeps alive. `T` is a storage type or an element
-/// type of it.
+/// A set value as a range of typed values, which it keeps alive. `T` is a storage type or an
+/// element type of it.
 ///
 /// Threads: those of the set. Ownership: holds a share of the value.
 /// Errors: NotTypedSet where the value has not the storage of `T`; TypeMismatchExpected where its

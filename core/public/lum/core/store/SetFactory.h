@@ -11,8 +11,8 @@
 
 namespace lum::core::factory {
 
-/// A set of `values`, and of the special kinds `specials`, which may be null for none. `T` is one of
-/// the six storage types. Strings must be held under the collation of the element type.
+/// A set of `values`, and of the special kinds `specials`, which may be null for none. `T` is one
+/// of the six storage types. Strings must be held under the collation of the element type.
 ///
 /// Threads: any. Ownership: the set takes over both containers.
 /// Errors, the containers being lost: IllegalElementType where no set may have such elements;

@@ -39,8 +39,8 @@ template <StorageType K, StorageType V>
 LUM_CORE_API const IStoreDictionary<K, V>& CastToDictionary(const StoreValue& value);
 }  // namespace detail
 
-/// A value of any kind: a scalar, a special value, a tuple, a value of the host's own, a collection.
-/// The makers of lum::core::factory make them; a host derives from ValueExternal alone.
+/// A value of any kind: a scalar, a special value, a tuple, a value of the host's own, a
+/// collection. The makers of lum::core::factory make them; a host derives from ValueExternal alone.
 ///
 /// Threads: a value is immutable once it was handed out and may be read on any threads at once. Key
 ///   maps are the exception: a write needs exclusion from all other access.
@@ -101,10 +101,10 @@ public:
     bool IsGreaterThan(const StoreValue& other) const { return Compare(other) > 0; }
     bool IsSpecial() const { return GetSpecialKind() != SpecialKind::Normal; }
 
-    /// Comparison with promotion (see TryPromotedType), in which reals may differ by 16 units in the
-    /// last place. Values that do not promote are not equal.
-    /// Errors: UnsupportedType for the order of values that do not promote; ExpectedReal64 where a
-    /// Real64 with a precision or scale meets a Real32.
+    /// Comparison with promotion (see TryPromotedType), in which reals may differ by 16 units in
+    /// the last place. Values that do not promote are not equal. Errors: UnsupportedType for the
+    /// order of values that do not promote; ExpectedReal64 where a Real64 with a precision or scale
+    /// meets a Real32.
     bool FuzzyIsEqual(const StoreValue& other) const;
     bool FuzzyIsLessThan(const StoreValue& other) const;
     bool FuzzyIsGreaterThan(const StoreValue& other) const { return other.FuzzyIsLessThan(*this); }

@@ -7,8 +7,8 @@
 namespace lum::core {
 
 /// The base of values of the host's own kinds, the one class of values that a host derives from. It
-/// implements Clone, and what else its kind supports: comparing and casting fail, and the hash is 0,
-/// unless it overrides them.
+/// implements Clone, and what else its kind supports: comparing and casting fail, and the hash is
+/// 0, unless it overrides them.
 ///
 /// Threads: a value is immutable once it was handed out.
 /// Errors: the constructor's are those of GetExternalTypeId, for a name that is not registered.

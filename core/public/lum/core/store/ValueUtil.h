@@ -20,17 +20,16 @@ namespace lum::core {
 template <typename C>
 LUM_CORE_API SV MakeStoreValue(const Type* type, C value);
 
-/// A stored cell as a value of `type`: the bits of `stored` are read as the type says, a string gets
-/// the type's collation, an SV is given back as it is.
-/// Errors: ExpectedBool, ExpectedString, TypeMismatchExpected where the type is not one that `T`
-/// stores.
+/// A stored cell as a value of `type`: the bits of `stored` are read as the type says, a string
+/// gets the type's collation, an SV is given back as it is. Errors: ExpectedBool, ExpectedString,
+/// TypeMismatchExpected where the type is not one that `T` stores.
 template <StorageType T>
 LUM_CORE_API SV MakeStoreValueFromStorageType(const Type* type, const T& stored);
 
 /// The native value of `value`. `C` is one of the types of MakeStoreValue, unsigned char (a Bool),
-/// TStringCore, or a const reference to RIndirectString, LumTuple or SV, good while the value lives;
-/// or unsigned int or unsigned long long, which give the bits as they are stored.
-/// Errors: those of the accessor of StoreValue; for the two bit forms IllegalOperation.
+/// TStringCore, or a const reference to RIndirectString, LumTuple or SV, good while the value
+/// lives; or unsigned int or unsigned long long, which give the bits as they are stored. Errors:
+/// those of the accessor of StoreValue; for the two bit forms IllegalOperation.
 template <typename C>
 LUM_CORE_API C FetchStoreValue(const SV& value);
 

@@ -13,9 +13,10 @@ namespace lum::core {
 
 class RFormatString;
 
-/// A name: a number in a process-wide table of texts, for the few strings that recur everywhere (key
-/// segments, member names, locales). Comparing and hashing are integer operations and a copy is two
-/// words; the price is one hash of the text when a name is made from text, so hot paths keep names.
+/// A name: a number in a process-wide table of texts, for the few strings that recur everywhere
+/// (key segments, member names, locales). Comparing and hashing are integer operations and a copy
+/// is two words; the price is one hash of the text when a name is made from text, so hot paths keep
+/// names.
 ///
 /// Threads: names may be made and read on any threads at once. Making one that is known, and
 ///   reading its text, takes no lock.
@@ -27,19 +28,19 @@ class LUM_CORE_API RInternString {
 public:
     /// The empty name.
     RInternString();
-    RInternString(TStringCore&& text);             // NOLINT(google-explicit-constructor)
-    RInternString(const TStringCore& text);        // NOLINT(google-explicit-constructor)
-    RInternString(const wchar_t* text);            // NOLINT(google-explicit-constructor)
-    RInternString(const RIndirectString& text);    // NOLINT(google-explicit-constructor)
-    RInternString(const RFormatString& text);      // NOLINT(google-explicit-constructor)
+    RInternString(TStringCore&& text);           // NOLINT(google-explicit-constructor)
+    RInternString(const TStringCore& text);      // NOLINT(google-explicit-constructor)
+    RInternString(const wchar_t* text);          // NOLINT(google-explicit-constructor)
+    RInternString(const RIndirectString& text);  // NOLINT(google-explicit-constructor)
+    RInternString(const RFormatString& text);    // NOLINT(google-explicit-constructor)
     RInternString(std::nullptr_t) = delete;
     /// A name of one character.
     explicit RInternString(wchar_t character);
     /// The name of an id, unchecked: the text of an id that was never given out is empty.
     explicit RInternString(uint64 id);
     template <std::integral T>
-        requires(sizeof(T) == sizeof(uint64) && !std::is_same_v<T, uint64>)
-    explicit RInternString(T id) : RInternString(static_cast<uint64>(id)) {}
+    requires(sizeof(T) == sizeof(uint64) && !std::is_same_v<T, uint64>) explicit RInternString(T id)
+        : RInternString(static_cast<uint64>(id)) {}
 
     uint64 GetStringId() const noexcept { return m_id; }
     /// The text, good until the library unloads.

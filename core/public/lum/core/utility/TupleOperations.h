@@ -57,18 +57,20 @@ public:
 
 // The four accessors of one store type: GetNthX, GetNthXUnsafe, SetNthX, SetNthXUnsafe. A Bool is
 // read as the byte it stands in, since one that came from a column need not be 0 or 1.
-#define LUM_TUPLE_MEMBER(Name, Result, Value)                                                \
-    Result GetNth##Name(lumsize_t index) const {                                             \
-        CheckType(index, StoreType::Name, "(GetNthType(index)->Is(StoreType::" #Name "))");  \
-        return GetNth##Name##Unsafe(index);                                                  \
-    }                                                                                        \
-    Result GetNth##Name##Unsafe(lumsize_t index) const { return Data().template At<Value>(index); } \
-    void SetNth##Name(lumsize_t index, Result value) {                                       \
-        CheckType(index, StoreType::Name, "(GetNthType(index)->Is(StoreType::" #Name "))");  \
-        SetNth##Name##Unsafe(index, value);                                                  \
-    }                                                                                        \
-    void SetNth##Name##Unsafe(lumsize_t index, Result value) {                               \
-        Data().template At<Value>(index) = value;                                            \
+#define LUM_TUPLE_MEMBER(Name, Result, Value)                                               \
+    Result GetNth##Name(lumsize_t index) const {                                            \
+        CheckType(index, StoreType::Name, "(GetNthType(index)->Is(StoreType::" #Name "))"); \
+        return GetNth##Name##Unsafe(index);                                                 \
+    }                                                                                       \
+    Result GetNth##Name##Unsafe(lumsize_t index) const {                                    \
+        return Data().template At<Value>(index);                                            \
+    }                                                                                       \
+    void SetNth##Name(lumsize_t index, Result value) {                                      \
+        CheckType(index, StoreType::Name, "(GetNthType(index)->Is(StoreType::" #Name "))"); \
+        SetNth##Name##Unsafe(index, value);                                                 \
+    }                                                                                       \
+    void SetNth##Name##Unsafe(lumsize_t index, Result value) {                              \
+        Data().template At<Value>(index) = value;                                           \
     }
     LUM_TUPLE_MEMBER(Bool, bool, unsigned char)
     LUM_TUPLE_MEMBER(Int32, int, int)
@@ -115,8 +117,12 @@ public:
 
 private:
     // Dependent on Self, so that LumTupleData need only be complete where an operation is used.
-    decltype(auto) Data() const { return static_cast<const Self*>(this)->GetTupleData(); }
-    decltype(auto) Data() { return static_cast<Self*>(this)->GetTupleData(); }
+    decltype(auto) Data() const {
+        return static_cast<const Self*>(this)->GetTupleData();
+    }
+    decltype(auto) Data() {
+        return static_cast<Self*>(this)->GetTupleData();
+    }
 
     const Type* CheckIndex(lumsize_t index) const {
         const auto& members = GetType()->GetMembers();
