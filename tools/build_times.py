@@ -27,11 +27,11 @@ def logged_seconds(build):
     return seconds
 
 
-def measure(command, folder):
+def measure(words, folder):
     """Processor seconds of one compilation whose output is thrown away."""
-    words = shlex.split(command)
     if os.path.basename(words[0]) == "ccache":
         words = words[1:]
+    words = list(words)
     words[words.index("-o") + 1] = os.devnull
     before = resource.getrusage(resource.RUSAGE_CHILDREN)
     subprocess.run(words, cwd=folder, check=True)
@@ -49,8 +49,9 @@ def main():
         commands = json.load(file)
     slow = []
     for entry in commands:
-        if seconds.get(entry["output"], 0) > arguments.limit:
-            spent = measure(entry["command"], entry["directory"])
+        words = shlex.split(entry["command"])
+        if seconds.get(words[words.index("-o") + 1], 0) > arguments.limit:
+            spent = measure(words, entry["directory"])
             if spent > arguments.limit:
                 slow.append((spent, os.path.relpath(entry["file"])))
     for spent, name in sorted(slow, reverse=True):

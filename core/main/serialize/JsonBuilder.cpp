@@ -23,7 +23,8 @@ void CompactJsonBuilder::AppendKey(const TStringCore& key) {
 }
 
 void CompactJsonBuilder::AppendString(const TStringCore& text) {
-    const TStringCore kept = text;  // It may be this builder's own.
+    // The text may be this builder's own, which is about to grow.
+    const TStringCore kept = text;  // NOLINT(performance-unnecessary-copy-initialization)
     TextRoom room(m_text);
     char16_t* out = room.Ensure(nullptr, kept.length() + 2);
     *out++ = u'"';

@@ -7,7 +7,6 @@
 namespace lum::core {
 namespace {
 
-using namespace detail;
 
 constexpr std::size_t kMaxEscapeUnits = 6;
 
@@ -67,12 +66,12 @@ char16_t* WriteEscape(char16_t unit, char16_t* out) {
 
 std::size_t CopyUntilEscape(const char16_t* units, std::size_t count, char16_t* out) noexcept {
 #if defined(__SSE2__)
-    if (count >= VectorBlock::kUnits) {
-        return CopyBlocks<VectorBlock>(units, count, out);
+    if (count >= detail::VectorBlock::kUnits) {
+        return CopyBlocks<detail::VectorBlock>(units, count, out);
     }
 #endif
-    if (count >= WordBlock::kUnits) {
-        return CopyBlocks<WordBlock>(units, count, out);
+    if (count >= detail::WordBlock::kUnits) {
+        return CopyBlocks<detail::WordBlock>(units, count, out);
     }
     std::size_t copied = 0;
     for (; copied < count && !NeedsEscape(units[copied]); ++copied) {

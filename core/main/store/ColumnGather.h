@@ -23,7 +23,7 @@ inline bool AllBelow(ArrayView<const unsigned> indices, uint64 bound) noexcept {
 }
 
 /// Walks stored values through indices, for containers that are built from a range in one pass.
-template <typename T, bool IsChecked>
+template <typename T, bool kIsChecked>
 class GatherIterator {
 public:
     using iterator_category = std::random_access_iterator_tag;
@@ -36,7 +36,7 @@ public:
         : m_values(values), m_index(index) {}
 
     reference operator*() const {
-        if constexpr (IsChecked) {
+        if constexpr (kIsChecked) {
             return m_values[*m_index];
         } else {
             return m_values.GetData()[*m_index];

@@ -11,9 +11,9 @@ namespace lum::core {
 template <typename Integer, typename Real>
 constexpr Integer TruncateReal(Real value) noexcept {
     // 2^31 or 2^63, exact in both widths of reals.
-    constexpr Real limit = Real{2} * static_cast<Real>(Integer{1} << (sizeof(Integer) * 8 - 2));
-    return value >= -limit && value < limit ? static_cast<Integer>(value)
-                                            : std::numeric_limits<Integer>::min();
+    constexpr Real kLimit = Real{2} * static_cast<Real>(Integer{1} << (sizeof(Integer) * 8 - 2));
+    return value >= -kLimit && value < kLimit ? static_cast<Integer>(value)
+                                              : std::numeric_limits<Integer>::min();
 }
 
 }  // namespace lum::core

@@ -22,9 +22,9 @@ public:
     constexpr ArrayView() noexcept = default;
     constexpr ArrayView(T* data, uint64 size) noexcept : m_ptr(data), m_size(size) {}
     /// A view for reading from one for writing.
-    template <typename U>
-    requires(!std::is_same_v<T, U> && std::is_same_v<T, const U>) constexpr ArrayView(
-        ArrayView<U> other) noexcept  // NOLINT(google-explicit-constructor)
+    template <typename U,
+              typename = std::enable_if_t<!std::is_same_v<T, U> && std::is_same_v<T, const U>>>
+    constexpr ArrayView(ArrayView<U> other) noexcept  // NOLINT(google-explicit-constructor)
         : m_ptr(other.GetData()), m_size(other.GetSize()) {}
     ArrayView(std::vector<std::remove_const_t<T>>& elements) noexcept  // NOLINT
         : m_ptr(elements.data()), m_size(elements.size()) {}

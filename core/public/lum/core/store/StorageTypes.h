@@ -66,10 +66,10 @@ struct TypeTraits<T> {
 };
 
 namespace detail {
-template <typename T, StoreType... types>
+template <typename T, StoreType... kTypes>
 struct ElementTraits {
     using Storage = T;
-    static bool IsMatchingType(const Type* type) noexcept { return (type->Is(types) || ...); }
+    static bool IsMatchingType(const Type* type) noexcept { return (type->Is(kTypes) || ...); }
 };
 }  // namespace detail
 
