@@ -12,10 +12,11 @@
 #include <vector>
 
 #include "core/main/store/TemporaryRawDataAccess.h"
+#include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/RawDataView.h"
+#include "lum/core/types/ScalarTypes.h"
 #include "lum/core/utility/LumTuple.h"
-#include "tests/support/ColumnText.h"
 #include "tests/support/LumErrorMatchers.h"
 
 #if defined(__SANITIZE_ADDRESS__)
@@ -193,10 +194,11 @@ TEST(TemporaryRawDataTest, StartsWithDefaultElements) {
 }
 
 #ifdef LUM_TEST_ADDRESS_SANITIZER
-// All other tests lean on this: a column's storage has nothing behind it that could be read or
-// written unnoticed.
+// All other tests lean on this: what lies behind a column's storage cannot be written unnoticed.
 TEST(RawDataDeathTest, AddressSanitizerSeesTheEndOfAColumn) {
-    const SV column = test::ColumnOf("i: 1 2 3");
+    // A vector of exactly so many elements; one that has grown may have room for more.
+    const SV column =
+        factory::MakeArray(IntType::Get32(), std::vector<unsigned>(3), SortSpecOrder::UNKNOWN);
     const ArrayView<const unsigned> values = column->AsTypedArray<unsigned>().GetValues();
     EXPECT_DEATH(const_cast<unsigned*>(values.GetData())[values.GetSize()] = 4,
                  "AddressSanitizer: heap-buffer-overflow");

@@ -46,7 +46,9 @@ TEST(LumLogTest, EachSinkGetsItsOwn) {
                 "s" + std::to_string(int{static_cast<unsigned char>(level)}) + text.toStdString();
         },
         [](LumLogLevel level) { return level == LumLogLevel::Notice; });
+    LumLogger* const before = &GetLumLogger();
     const std::shared_ptr<LumLogger> former = SetLumLogger(logger);
+    EXPECT_EQ(former.get(), before);
     EXPECT_EQ(&GetLumLogger(), logger.get());
     LumLog(LumLogLevel::Diagnostic, L"a ");  // The filter is not asked.
     LumLog(static_cast<LumLogLevel>(200), TStringCore(L"b"));

@@ -7,7 +7,6 @@
 namespace lum::core {
 namespace {
 
-
 constexpr std::size_t kMaxEscapeUnits = 6;
 
 bool NeedsEscape(char16_t unit) {
