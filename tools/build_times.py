@@ -33,6 +33,8 @@ def measure(words, folder):
         words = words[1:]
     words = list(words)
     words[words.index("-o") + 1] = os.devnull
+    if "-MF" in words:
+        words[words.index("-MF") + 1] = os.devnull
     before = resource.getrusage(resource.RUSAGE_CHILDREN)
     subprocess.run(words, cwd=folder, check=True)
     after = resource.getrusage(resource.RUSAGE_CHILDREN)

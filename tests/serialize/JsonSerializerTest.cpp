@@ -228,14 +228,21 @@ TEST(JsonSerializerTest, EscapesAtEveryPlace) {
 }
 
 TEST(JsonSerializerTest, TakesItsOwnText) {
-    for (const std::string start : {"ab", "a text that is too long to stand in the object"}) {
-        JsonSerializer serializer;
-        serializer.BeginArray(false);
-        serializer.AppendUnquotedString(TStringCore::fromUtf8(start));
-        serializer.AppendString(serializer.Build());
-        serializer.AppendUnquotedString(serializer.Build());
-        const std::string once = "[" + start + ",\"[" + start + ",\"";
-        EXPECT_EQ(serializer.Build().toStdString(), once + "," + once + ",");
+    for (const std::string& start :
+         {std::string("ab"), std::string(30, 'a'), std::string(99, '"')}) {
+        JsonSerializer own;
+        JsonSerializer other;
+        for (JsonSerializer* const serializer : {&own, &other}) {
+            serializer->BeginArray(false);
+            serializer->AppendUnquotedString(TStringCore::fromUtf8(start));
+        }
+        for (int round = 0; round < 3; ++round) {
+            other.AppendString(TStringCore(other.Build().view()));
+            own.AppendString(own.Build());
+            other.AppendUnquotedString(TStringCore(other.Build().view()));
+            own.AppendUnquotedString(own.Build());
+        }
+        EXPECT_EQ(own.Build(), other.Build());
     }
 }
 

@@ -100,14 +100,6 @@ TEST(ArrayReadTest, BulkReadsCheckTheirRange) {
     });
 }
 
-TEST(ArrayReadTest, KindsOfAnArrayWithoutThemFillTheTarget) {
-    test::ForEachForm(ColumnOf("i: 1 2 3"), [](const SV& column) {
-        std::vector<SpecialKind> kinds(5, SpecialKind::Error);
-        column->AsArray().CopySpecials(kinds, 1, 1);
-        EXPECT_EQ(kinds, std::vector<SpecialKind>(5, SpecialKind::Normal));
-    });
-}
-
 TEST(ArrayReadTest, StoredValuesAreOfferedWithoutIndicesAlone) {
     constexpr char kNoIndices[] = "!(HasIndices())";
     test::ForEachForm(ColumnOf("i: 1 - 3"), [&](const SV& column) {

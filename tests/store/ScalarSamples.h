@@ -16,30 +16,11 @@ inline const std::string kScalarLetters = "bilfFrRsdtc";
 /// The type of a letter.
 inline const core::Type* TypeOfLetter(char letter) {
     using namespace core;
-    switch (letter) {
-        case 'b':
-            return BoolType::Get();
-        case 'i':
-            return IntType::Get32();
-        case 'l':
-            return IntType::Get64();
-        case 'f':
-            return RealType::Get32();
-        case 'F':
-            return RealType::Get32(3, 2);
-        case 'r':
-            return RealType::Get64();
-        case 'R':
-            return RealType::Get64(3, 2);
-        case 's':
-            return StringType::Get();
-        case 'd':
-            return DateType::Get();
-        case 't':
-            return DateTimeType::Get();
-        default:
-            return ColorType::Get();
-    }
+    const Type* const types[] = {BoolType::Get(),       IntType::Get32(),      IntType::Get64(),
+                                 RealType::Get32(),     RealType::Get32(3, 2), RealType::Get64(),
+                                 RealType::Get64(3, 2), StringType::Get(),     DateType::Get(),
+                                 DateTimeType::Get(),   ColorType::Get()};
+    return types[kScalarLetters.find(letter)];
 }
 
 /// A value of the letter's type: the small number, or what stands for it.
@@ -80,38 +61,30 @@ struct Accessor {
     void (*read)(core::StoreValue&);
 };
 
+#define LUM_ACCESSOR(error, type, name)                   \
+    {                                                     \
+        core::LumError::error, core::StoreType::type,     \
+            [](core::StoreValue& value) { value.name(); } \
+    }
 inline const Accessor kAccessors[] = {
-    {core::LumError::ExpectedBool, core::StoreType::Bool, [](core::StoreValue& v) { v.AsBool(); }},
-    {core::LumError::ExpectedInt32, core::StoreType::Int32,
-     [](core::StoreValue& v) { v.AsInt32(); }},
-    {core::LumError::ExpectedInt64, core::StoreType::Int64,
-     [](core::StoreValue& v) { v.AsInt64(); }},
-    {core::LumError::ExpectedReal32, core::StoreType::Real32,
-     [](core::StoreValue& v) { v.AsReal32(); }},
-    {core::LumError::ExpectedReal64, core::StoreType::Real64,
-     [](core::StoreValue& v) { v.AsReal64(); }},
-    {core::LumError::ExpectedString, core::StoreType::String,
-     [](core::StoreValue& v) { v.AsString(); }},
-    {core::LumError::ExpectedDate, core::StoreType::Date, [](core::StoreValue& v) { v.AsDate(); }},
-    {core::LumError::ExpectedDateTime, core::StoreType::DateTime,
-     [](core::StoreValue& v) { v.AsDateTime(); }},
-    {core::LumError::ExpectedColor, core::StoreType::Color,
-     [](core::StoreValue& v) { v.AsColor(); }},
-    {core::LumError::ExpectedTuple, core::StoreType::Tuple,
-     [](core::StoreValue& v) { v.AsTuple(); }},
-    {core::LumError::ExternalTypeExpected, core::StoreType::External,
-     [](core::StoreValue& v) { v.AsExternal(); }},
-    {core::LumError::ExpectedCollection, core::StoreType::Array,
-     [](core::StoreValue& v) { v.AsCollection(); }},
-    {core::LumError::ExpectedUniformCollection, core::StoreType::Array,
-     [](core::StoreValue& v) { v.AsUniformCollection(); }},
-    {core::LumError::ExpectedArray, core::StoreType::Array,
-     [](core::StoreValue& v) { v.AsArray(); }},
-    {core::LumError::ExpectedSet, core::StoreType::Set, [](core::StoreValue& v) { v.AsSet(); }},
-    {core::LumError::ExpectedKeyMap, core::StoreType::KeyMap,
-     [](core::StoreValue& v) { v.AsKeyMap(); }},
-    {core::LumError::ExpectedTable, core::StoreType::Table,
-     [](core::StoreValue& v) { v.AsTable(); }},
+    LUM_ACCESSOR(ExpectedBool, Bool, AsBool),
+    LUM_ACCESSOR(ExpectedInt32, Int32, AsInt32),
+    LUM_ACCESSOR(ExpectedInt64, Int64, AsInt64),
+    LUM_ACCESSOR(ExpectedReal32, Real32, AsReal32),
+    LUM_ACCESSOR(ExpectedReal64, Real64, AsReal64),
+    LUM_ACCESSOR(ExpectedString, String, AsString),
+    LUM_ACCESSOR(ExpectedDate, Date, AsDate),
+    LUM_ACCESSOR(ExpectedDateTime, DateTime, AsDateTime),
+    LUM_ACCESSOR(ExpectedColor, Color, AsColor),
+    LUM_ACCESSOR(ExpectedTuple, Tuple, AsTuple),
+    LUM_ACCESSOR(ExternalTypeExpected, External, AsExternal),
+    LUM_ACCESSOR(ExpectedCollection, Array, AsCollection),
+    LUM_ACCESSOR(ExpectedUniformCollection, Array, AsUniformCollection),
+    LUM_ACCESSOR(ExpectedArray, Array, AsArray),
+    LUM_ACCESSOR(ExpectedSet, Set, AsSet),
+    LUM_ACCESSOR(ExpectedKeyMap, KeyMap, AsKeyMap),
+    LUM_ACCESSOR(ExpectedTable, Table, AsTable),
 };
+#undef LUM_ACCESSOR
 
 }  // namespace lum::test

@@ -19,7 +19,6 @@
 #include "lum/core/types/ExternalType.h"
 #include "lum/core/types/ScalarTypes.h"
 #include "lum/core/types/StringType.h"
-#include "lum/core/types/TypeUtil.h"
 #include "tests/support/AllocationCounter.h"
 #include "tests/support/CollatorPoolGuard.h"
 #include "tests/support/ColumnText.h"
@@ -76,31 +75,6 @@ TEST_F(TupleTest, LaysMembersOut) {
     EXPECT_EQ(LumTuple().Compare(LumTuple()), 0);
     EXPECT_EQ(TupleType::Get({})->ToString(), L"P");
     EXPECT_EQ(TupleTypeOf("P{i,b}")->ToString(), L"P{i, b}");
-}
-
-TEST_F(TupleTest, MembersNeverOverlap) {
-    test::Random random;
-    SCOPED_TRACE(random.Trace());
-    const char* const codes[] = {"b", "i", "l", "f", "r", "s", "d", "t", "c"};
-    for (int round = 0; round < 50; ++round) {
-        std::vector<const Type*> members;
-        for (std::size_t i = random.Below(12); i > 0; --i) {
-            members.push_back(test::TypeOf(random.OneOf(codes)));
-        }
-        const PackedStructOffsets offsets(members);
-        lumsize_t end = 0;
-        for (lumsize_t i = 0; i < members.size(); ++i) {
-            const lumsize_t width = GetPrimitiveTypeSize(members[i]);
-            ASSERT_EQ(offsets.GetValueOffset(i) % width, 0u);
-            ASSERT_GE(offsets.GetValueOffset(i), end);
-            ASSERT_LT(offsets.GetValueOffset(i), end + width);  // No more padding than is needed.
-            end = offsets.GetValueOffset(i) + width;
-        }
-        for (lumsize_t i = 0; i < members.size(); ++i) {
-            ASSERT_EQ(offsets.GetSpecialOffset(i), end + i);
-        }
-        ASSERT_EQ(offsets.GetSize(), end + members.size());
-    }
 }
 
 TEST_F(TupleTest, TypesHoldPrimitivesAlone) {

@@ -23,12 +23,10 @@ void CompactJsonBuilder::AppendKey(const TStringCore& key) {
 }
 
 void CompactJsonBuilder::AppendString(const TStringCore& text) {
-    // The text may be this builder's own, which is about to grow.
-    const TStringCore kept = text;  // NOLINT(performance-unnecessary-copy-initialization)
     TextRoom room(m_text);
-    char16_t* out = room.Ensure(nullptr, kept.length() + 2);
+    char16_t* out = room.Ensure(nullptr, text.length() + 2);
     *out++ = u'"';
-    out = WriteEscaped(room, kept.data(), kept.length(), out);
+    out = WriteEscaped(room, text.data(), text.length(), out);
     out = room.Ensure(out, 1);
     *out++ = u'"';
     room.Commit(out);

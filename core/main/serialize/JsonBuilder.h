@@ -19,7 +19,7 @@ struct JsonItemLayout {
 // What the text of a JSON document looks like. A builder appends and checks nothing: which calls
 // are due is known to the states of the serializer.
 //
-// Threads: one at a time. Ownership: owns the text.
+// Threads: one at a time. Ownership: owns the text; the texts that it is given are others.
 // Errors: std::length_error beyond the limit of the text, std::bad_alloc.
 class IJsonBuilder {
 public:

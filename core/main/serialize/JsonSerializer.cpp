@@ -92,16 +92,19 @@ JsonSerializer::JsonSerializer(JsonSerializer&& other) noexcept = default;
 JsonSerializer& JsonSerializer::operator=(JsonSerializer&& other) noexcept = default;
 JsonSerializer::~JsonSerializer() = default;
 
+// The texts that are appended may be the writer's own, which changes before they are written; so
+// they are copied, which costs no more than a count.
+
 void JsonSerializer::AppendKey(const TStringCore& key) {
-    m_implementation->GetTop().AppendKey(key);
+    m_implementation->GetTop().AppendKey(TStringCore(key));
 }
 
 void JsonSerializer::AppendString(const TStringCore& text) {
-    m_implementation->GetTop().AppendString(text);
+    m_implementation->GetTop().AppendString(TStringCore(text));
 }
 
 void JsonSerializer::AppendUnquotedString(const TStringCore& text) {
-    m_implementation->GetTop().AppendUnquotedString(text);
+    m_implementation->GetTop().AppendUnquotedString(TStringCore(text));
 }
 
 void JsonSerializer::BeginArray(bool multiline) {

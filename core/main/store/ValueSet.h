@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <memory>
 #include <unordered_set>
 
@@ -20,7 +21,10 @@ std::unique_ptr<SetContainer<T>> MakeSetContainer(const Type* elementType, lumsi
         return std::make_unique<SetContainer<T>>(count, CollatorHash(collation),
                                                  CollatorEqualTo(collation));
     } else {
-        return std::make_unique<SetContainer<T>>(count);
+        // However many cells a column of bytes has, it has few values.
+        constexpr lumsize_t kMostBytes = 256;
+        return std::make_unique<SetContainer<T>>(sizeof(T) == 1 ? std::min(count, kMostBytes)
+                                                                : count);
     }
 }
 

@@ -2,8 +2,9 @@
 
 namespace lum::core {
 
-/// How a store is written as JSON. The defaults give readable text that StoreValueParser reads
-/// back. Threads: a plain value.
+/// How a store is written as JSON. With the defaults the text is readable, and says enough for a
+/// reader to rebuild the store.
+/// Threads: a plain value.
 struct JsonOptions {
     bool compact = false;           ///< Text without lines and blanks.
     bool typedKeys = true;          ///< Keys of key maps and tables carry the type of their value.

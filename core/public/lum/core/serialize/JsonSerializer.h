@@ -43,8 +43,8 @@ public:
     /// A string, quoted and escaped.
     /// Errors: SecondRootItem; UnexpectedDictionaryValue where a key is due.
     void AppendString(const TStringCore& text);
-    /// A scalar as it stands: a number, true, false. Nothing is checked or escaped. Errors: as
-    /// above.
+    /// A scalar as it stands: a number, true, false. Nothing is checked or escaped.
+    /// Errors: as above.
     void AppendUnquotedString(const TStringCore& text);
 
     /// Begins an array. In readable text `multiline` puts each item on a line of its own, else the

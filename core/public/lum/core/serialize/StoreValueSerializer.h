@@ -4,7 +4,7 @@
 #include "lum/core/serialize/JsonOptions.h"
 #include "lum/core/utility/LumString.h"
 
-/// Values and stores as JSON text, which StoreValueParser reads back where it knows the type:
+/// Values and stores as JSON text, from which a reader that knows the type of a value rebuilds it:
 ///
 ///   a special value   the name of its kind as a string, whatever its type
 ///   Bool, numbers     literals, as FormatPrimitive writes them; "nan", "+inf", "-inf" as strings
@@ -17,14 +17,14 @@
 ///   Array             an array; a special element is the pair of its placeholder and its kind:
 ///                     [1,[0,"Null"],3]. Strings stand without the quotes of the rule above.
 ///   Set               an array in ascending order; with special members an array of two, the
-///   values
-///                     and the kinds: [[1,2],["Null"]]
-///   KeyMap, Table     a dictionary with the keys in order of their text, each as the key segment
-///   of
-///                     its name and the type of its value: {"a:i":1}. Without typed keys, its name.
+///                     array of the values and that of the kinds: [[1,2],["Null"]]
+///   KeyMap, Table     a dictionary with the keys in order of their text, each written as the key
+///                     segment of its name and the type of its value: {"a:i":1}. Without typed
+///                     keys, as the name.
 ///
-/// The same value always gives the same text, but for sets of external values. In readable text
-/// arrays of rows and collections have a line for each element; all others stand on one line.
+/// The same value always gives the same text, but for sets of external values and of rows that hold
+/// a NaN, which have no full order. In readable text arrays of rows and collections have a line for
+/// each element; all others stand on one line.
 ///
 /// Threads: values are only read, so any number of threads may write one at the same time.
 /// Ownership: nothing is kept.
