@@ -59,6 +59,7 @@ TEST(ArrayIndicesTest, WithReplacesAndComposeChains) {
     EXPECT_LUM_ERROR(IllegalCast, "",
                      plain.WithIndices(VectorRawData<unsigned char>::Make({1}), kOrder));
     EXPECT_LUM_REPORT(IllegalOperation, "", "!(IsNull())", indexed.ComposeIndices(nullptr, kOrder));
+    EXPECT_EQ(TextOf(indexed.WithIndices(nullptr, kOrder)), TextOf(column));
 }
 
 TEST(ArrayIndicesTest, StorageIsSharedAndNothingGrowsWithIt) {

@@ -15,6 +15,7 @@
 #include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/RawDataView.h"
+#include "lum/core/store/StoreValue.h"
 #include "lum/core/types/ScalarTypes.h"
 #include "lum/core/utility/LumTuple.h"
 #include "tests/support/LumErrorMatchers.h"

@@ -10,6 +10,12 @@ std::atomic<std::size_t> g_count{0};
 
 }  // namespace
 
+// The library's own sorts ask for their buffers this way.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
+    g_count.fetch_add(1, std::memory_order_relaxed);
+    return std::malloc(size != 0 ? size : 1);
+}
+
 void* operator new(std::size_t size) {
     g_count.fetch_add(1, std::memory_order_relaxed);
     if (void* const memory = std::malloc(size != 0 ? size : 1)) {

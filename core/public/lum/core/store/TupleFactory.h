@@ -10,6 +10,7 @@ namespace lum::core::factory {
 /// Comparing two rows of different types fails with TypeMismatch, a row with another kind of value
 /// with ExpectedTuple.
 /// Threads: any. Ownership: the value takes the row over.
+/// Errors: LumLogicException Unspecified where the row is a reference that has no block.
 LUM_CORE_API SV MakeTuple(LumTuple&& tuple);
 
 }  // namespace lum::core::factory
