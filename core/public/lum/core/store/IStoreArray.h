@@ -35,9 +35,9 @@ public:
     /// The array whose element i is this array's element indices[i], with `order` as the statement
     /// of its order. The vector may be overwritten. Cost: O(indices) where this array has indices,
     /// else O(1); no values are copied.
-    /// Errors: OutOfBounds where this array has indices and lacks such an element; IllegalCast where
-    /// raw indices are no 32-bit numbers; IllegalOperation where they are null and this array has
-    /// indices.
+    /// Errors: OutOfBounds where this array has indices and lacks such an element; IllegalCast
+    /// where raw indices are no 32-bit numbers; IllegalOperation where they are null and this array
+    /// has indices.
     virtual SV ComposeIndices(std::shared_ptr<const RawData> indices,
                               SortSpecOrder order) const = 0;
     virtual SV ComposeIndices(std::vector<unsigned>&& indices, SortSpecOrder order) const = 0;
