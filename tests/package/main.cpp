@@ -87,6 +87,33 @@ void CheckHostException() {
     SetLumLogger(former);
 }
 
+// The exceptions of tasks and the state behind the inline parts of scopes are one on both sides.
+void CheckWorkersAndScopes() {
+    std::string heard;
+    Metrics::SetSink(std::make_shared<const Metrics::Sink>(
+        [&](const Metrics::ScopeRecord& record) { heard += record.name; }));
+    { const Metrics::Scope scope = MetricsFilter::OpenScope(MetricsFilter::Bits::Functions, "on"); }
+    Metrics::SetSink(nullptr);
+    Expect(heard == "on", "a scope was not heard of");
+
+    LumThreadPool::Initialize(2);
+    std::vector<std::unique_ptr<LumThreadPool::TaskWorkerHandle>> workers;
+    workers.push_back(LumThreadPool::ScheduleTaskWorker([] { throw 5; }));
+    try {
+        LumThreadPool::Wait(std::move(workers));
+        Expect(false, "a worker's exception was lost");
+    } catch (const int thrown) {
+        Expect(thrown == 5, "a worker threw something else");
+    }
+    workers.clear();
+    workers.emplace_back();
+    try {
+        LumThreadPool::Wait(std::move(workers));
+        Expect(false, "a null handle did not throw");
+    } catch (const lumsys::AsyncTask::InvalidFutureException&) {
+    }
+}
+
 }  // namespace
 
 int main() {
@@ -95,5 +122,6 @@ int main() {
     CheckCasts();
     CheckExceptions();
     CheckHostException();
+    CheckWorkersAndScopes();
     return g_failures == 0 ? 0 : 1;
 }

@@ -36,6 +36,14 @@ SV MakeWithKinds(const Type* elementType, std::vector<T> values, std::size_t kin
                                  nullptr, NullKinds(kindCount), kOrder);
 }
 
+/// A reference to a row that has no block, which nobody can read.
+std::vector<LumTuple> MakeBlocklessRows() {
+    const LumTuple fresh(&test::TypeOf("P{i}")->As<TupleType>());
+    std::vector<LumTuple> rows;
+    rows.emplace_back(fresh.GetTupleData());
+    return rows;
+}
+
 TEST(ArrayConstructionTest, Checks) {
     const Type* const int32 = IntType::Get32();
     const Type* const keyMap = KeyMapType::Get({});
@@ -74,6 +82,9 @@ TEST(ArrayConstructionTest, Checks) {
         {"kinds of rows before their count",
          [&] { return MakeWithKinds<LumTuple>(test::TypeOf("P{i}"), {}, 2); },
          Error::NestedCollectionSpecials, kNested},
+        {"wrong storage before rows without blocks",
+         [&] { return factory::MakeArray<LumTuple>(int32, MakeBlocklessRows(), kOrder); },
+         Error::TypeMismatchExpected, kMatching},
         {"fewer kinds",
          [&] {
              return MakeWithKinds<unsigned>(int32, {1, 2, 3}, 2);
@@ -162,6 +173,8 @@ TEST(ArrayConstructionTest, RowsHaveTheirBlocksBeforeAnyoneReadsThem) {
     // A reference has a block only if the row had one when the reference was made.
     const LumTuple reference(array->AsTypedArray<LumTuple>().GetValueUnchecked(1).GetTupleData());
     EXPECT_EQ(TextOf(reference), "(0 '')");
+    EXPECT_LUM_LOGIC_REPORT(Unspecified, "", "(m_ownsData)",
+                            factory::MakeArray<LumTuple>(type, MakeBlocklessRows(), kOrder));
     const LumTuple inValue(factory::MakeTuple(LumTuple(type))->AsTuple().GetTupleData());
     EXPECT_EQ(TextOf(inValue), "(0 '')");
 }

@@ -13,6 +13,7 @@
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/types/CollectionTypes.h"
+#include "lum/core/types/ExternalType.h"
 #include "lum/core/types/ScalarTypes.h"
 #include "tests/support/CollatorPoolGuard.h"
 #include "tests/support/ColumnForms.h"
@@ -144,6 +145,34 @@ TEST(ArrayReadTest, RowsTakeValuesAndKinds) {
     std::vector<LumTuple> rows{test::RowOf("P{i}: 9!Error")};
     ColumnOf("i: 1")->AsArray().CopyToTuples(rows, 0, 1, 0);
     EXPECT_EQ(TextOf(rows[0]), "(1!Error)");
+}
+
+// Handles may be stored for elements of any type, but only an external member has room for one.
+TEST(ArrayReadTest, RowsTakeHandlesWhereTheyHaveRoom) {
+    const Type* const external = ExternalType::Get(7);
+    const SV cell = factory::MakeInt32(5);
+    std::vector<LumTuple> rows(2, LumTuple(TupleType::Get({IntType::Get32(), external})));
+    factory::MakeArray<SV>(external, {cell, nullptr}, SortSpecOrder::UNKNOWN)
+        ->AsArray()
+        .CopyToTuples(rows, 0, 2, 1);
+    EXPECT_EQ(rows[0].GetNthExternal(1), cell);
+    EXPECT_EQ(rows[1].GetNthExternal(1), nullptr);
+
+    const SV boxed = factory::MakeArray<SV>(IntType::Get32(), {cell, cell}, SortSpecOrder::UNKNOWN);
+    EXPECT_LUM_REPORT(TypeMismatch, "", "(m_type->GetElementType()->Is(StoreType::External))",
+                      boxed->AsArray().CopyToTuples(rows, 0, 2, 0));
+    EXPECT_EQ(rows[0].GetNthInt32(0), 0);
+}
+
+TEST(ArrayReadTest, RowsAreWrittenAllOrNone) {
+    const LumTuple row = test::RowOf("P{i}: 9");
+    const LumTuple fresh(row.GetType());
+    std::vector<LumTuple> rows;
+    rows.push_back(row);
+    rows.emplace_back(fresh.GetTupleData());  // A reference to a row that has no block.
+    EXPECT_LUM_LOGIC_REPORT(Unspecified, "", "(m_ownsData)",
+                            ColumnOf("i: 1 2")->AsArray().CopyToTuples(rows, 0, 2, 0));
+    EXPECT_EQ(TextOf(rows[0]), "(9)");
 }
 
 TEST(ArrayReadTest, RunsComparePlaceholdersAndElementsDoNot) {

@@ -52,7 +52,7 @@ TEST(KeyMapTest, Reads) {
     EXPECT_TRUE(collection.HasKey(L"a") && keyMap.HasKey(L"a") && keyMap.HasKey(L""));
 
     // The two interfaces fail in their own ways.
-    EXPECT_LUM_ERROR(KeyNotFound, "A", collection.GetValue(L"A"));
+    EXPECT_LUM_REPORT(KeyNotFound, "A", "", collection.GetValue(L"A"));
     try {
         keyMap.GetValue(L"A");
         ADD_FAILURE();

@@ -8,7 +8,7 @@ import sys
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 OUTPUT = ROOT / "core/_gen/lum/core/LumCore.h"
-ROOTS = ["core/public", "core/_gen", "lumsys/public"]
+ROOTS = ["core/public", "core/_gen", "lummetrics/public", "lumsys/public"]
 
 
 def main():

@@ -263,11 +263,16 @@ void ValueArray<T>::CopyToTuples(ArrayView<LumTuple> outView, lumsize_t startInd
     LUM_CHECK_TEXT("(outView[0].GetNthType(tupleIndex) == m_type->GetElementType())",
                    outView[0].GetNthType(tupleIndex) == m_type->GetElementType(),
                    LumError::TypeMismatch);
+    if constexpr (std::is_same_v<T, SV>) {
+        // Handles may be stored for elements of any type; other members have no room for one.
+        LUM_CHECK(m_type->GetElementType()->Is(StoreType::External), LumError::TypeMismatch);
+    }
     // The writes below trust each row's layout, so each row is looked at, before any is written.
     for (const LumTuple& row : outView) {
         LUM_CHECK_TEXT("(outView[0].GetNthType(tupleIndex) == m_type->GetElementType())",
                        row.GetNthType(tupleIndex) == m_type->GetElementType(),
                        LumError::TypeMismatch);
+        row.GetTupleData().EnsureBlock();
     }
     if constexpr (!std::is_same_v<T, LumTuple>) {
         CheckIndices(startIndex, length);
@@ -365,8 +370,7 @@ SV ValueArray<T>::GetRange(lumsize_t startIndex, lumsize_t length, unsigned step
         const lumsize_t count = std::min(m_count - startIndex, length);
         return std::make_shared<ValueArray>(Unchecked(), *this, startIndex, count);
     }
-    // A length of 0 wraps round to all that the stride reaches, and so does the position; the loop
-    // appends at most one index for each element of the array.
+    // A length of 0 wraps round to all that the stride reaches, and so does the position.
     const lumsize_t last = std::min(m_count, length) - 1;
     std::vector<unsigned> indices;
     indices.reserve(std::min<uint64>(uint64{last} + 1, (m_count - startIndex) / step + 1));
@@ -441,15 +445,16 @@ template <StorageType T>
 SV MakeArrayOfViews(const Type* elementType, PackagedArrayView<T> values,
                     PackagedArrayView<unsigned> indices, PackagedArrayView<SpecialKind> specials,
                     SortSpecOrder order) {
-    const CollectionType* const type = ArrayType::Get(elementType);
+    const ArrayView<const T> stored(values.GetData(), values.GetSize());
+    SV array = std::make_shared<ValueArray<T>>(ArrayType::Get(elementType), std::move(values),
+                                               std::move(specials), std::move(indices), order);
     if constexpr (std::is_same_v<T, LumTuple>) {
         // Rows make their blocks when they are first read, which must not happen on two threads.
-        for (lumsize_t i = 0; i < values.GetSize(); ++i) {
-            values.GetData()[i].GetTupleData().EnsureBlock();
+        for (const LumTuple& row : stored) {
+            row.GetTupleData().EnsureBlock();
         }
     }
-    return std::make_shared<ValueArray<T>>(type, std::move(values), std::move(specials),
-                                           std::move(indices), order);
+    return array;
 }
 
 template <typename X>

@@ -89,8 +89,9 @@ const SV* ValueKeyMap::FindMember(const RInternString& key) const {
 
 SV ValueKeyMap::GetMember(const RInternString& key) const {
     const SV* const member = FindMember(key);
-    LUM_CHECK_TEXT("(itr != m_dict->cend())", member != nullptr, LumError::KeyNotFound,
-                   key.GetValue());
+    if (member == nullptr) {
+        LUM_FAIL(LumError::KeyNotFound, key.GetValue());
+    }
     return *member;
 }
 

@@ -8,6 +8,7 @@
 #include "lum/core/types/StoreType.h"
 #include "lum/core/utility/LumError.h"
 #include "lum/core/utility/LumSize.h"
+#include "lum/core/vtl/OperatorType.h"
 
 namespace lumsys {
 class TStringCore;
@@ -29,6 +30,7 @@ class LumISO8601DateTimeParts;
 class LumLogger;
 class LumLogicException;
 class LumRuntimeException;
+class LumStreamLogger;
 class LumTuple;
 class LumTupleData;
 class RFormatString;
@@ -96,9 +98,34 @@ class SetAdapter;
 template <typename T>
 class SetCursor;
 
+// Programs.
+class FunctionSpec;
+class TransformSpec;
+class ValueSpec;
+enum class BufferType : unsigned int;
+struct GraphEdge;
+
 // Text forms.
 class JsonSerializer;
 class KeyPathSerializerCache;
 struct JsonOptions;
+
+// Functions.
+class FunctionInfo;
+class FunctionKey;
+class FunctionRegistry;
+class IFunctionLookup;
+class IRawBinaryFunctor;
+class IRawUnaryFunctor;
+class RegisteredFunctions;
+class RegistryOfBinaryFunctions;
+class RegistryOfMultinaryFunctions;
+class RegistryOfUnaryFunctions;
+template <typename Mapped>
+class FunctionRegistryMap;
+template <typename RawFunctor>
+class LumRawFunctions;
+using LumRawBinaryFunctions = LumRawFunctions<IRawBinaryFunctor>;
+using LumRawUnaryFunctions = LumRawFunctions<IRawUnaryFunctor>;
 
 }  // namespace lum::core

@@ -22,10 +22,10 @@
 /// Threads: any. Ownership: the array takes over what it is given; raw storage is shared and must
 ///   not change any more. No values are copied.
 /// Errors, what was moved in being lost: IllegalElementType where no array may have such elements;
-///   NullArray for null values; TypeMismatchExpected where `T` does not store the element type;
-///   NestedCollectionSpecials for specials of tuples or collections; SpecialsSizeMismatch;
-///   IllegalCast where raw storage has elements of another width or kind; LumLogicException
-///   Unspecified where a row is a reference that has no block.
+///   NullArray for null values; TypeMismatchExpected where `T` does not store the element type, as
+///   SV does any; NestedCollectionSpecials for specials of tuples or collections;
+///   SpecialsSizeMismatch; IllegalCast where raw storage has elements of another width or kind;
+///   LumLogicException Unspecified where a row is a reference that has no block.
 namespace lum::core::factory {
 
 template <StorageType T>

@@ -15,14 +15,16 @@ class ValueKeyMap;
 /// The addressable home of values: a tree of key maps in which a key path names a value. A read
 /// walks every collection that has string keys, so a path also leads into tables, key sets and
 /// arrays. A write walks key maps alone, and makes those that are missing. The types of a path's
-/// segments are not looked at.
+/// segments are not looked at. A path whose last name but one is empty is written as its last name
+/// alone, into the root.
 ///
 /// Threads: any number may read while none writes; there is no lock.
 /// Ownership: values are shared with whoever put them there or got them.
 /// Errors: NotStringAccessible, with the path as details, where something on the way is no
-///   collection; EmptyKeyPath from a write to a path without segments; CollectionNotMutable from a
-///   write through a collection that is no key map; and as told. Key maps that a write made before
-///   it failed stay.
+///   collection; from a write also EmptyKeyPath for a path without segments and where the name of a
+///   new member is empty, CollectionNotMutable on the way through a collection that is no key map,
+///   and NullArgument for an empty value; and as told. Key maps that a write made before it failed
+///   stay.
 /// Cost: a read is one hash look-up and one copy of a shared pointer a segment.
 class LUM_CORE_API IDataStore {
 public:

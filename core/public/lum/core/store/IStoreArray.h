@@ -24,12 +24,16 @@ class LumTuple;
 ///
 /// Below a special cell lies a placeholder, a stored value without meaning.
 ///
+/// As an IStoreCollection an array takes the decimal index of an element for a key, and gives the
+/// stored value whatever its kind, so the placeholder of a special element. Errors of GetValue:
+/// CannotParseInt32; OutOfBounds.
+///
 /// Threads: every operation runs on any number of threads at once.
 /// Ownership: an array made from this one shares its storage and keeps it alive. A view does not:
 ///   it is good while this array, and any scratch passed in, live.
 /// Units: indices, lengths and counts are elements, never bytes.
-/// Errors: LumRuntimeException with the code named at the operation; OutOfBounds for a range that
-///   passes the end of the array or of 32 bits.
+/// Errors: LumRuntimeException with the code named at the operation; OutOfBounds for an index that
+///   is not there, and for a range that passes the end of the array or of 32 bits.
 class LUM_CORE_API IStoreArray : public IUniformCollection {
 public:
     /// The array whose element i is this array's element indices[i], with `order` as the statement
@@ -48,17 +52,20 @@ public:
     /// The same elements without indices, with the same statement of order. Cost: O(1) without
     /// indices, else O(length), gathered.
     virtual SV Materialize() const = 0;
-    /// The set of the stored values, with `includeSpecials` also of the kinds. Placeholders count
-    /// as values; and without indices so do stored values that no element reaches.
+    /// The set of the elements' stored values, with `includeSpecials` also of their kinds.
+    /// Placeholders count as values. Errors: those of the values' hash and equality, as for strings
+    /// without a collator pool; those of factory::MakeSet.
     virtual SV ToSet(bool includeSpecials) const = 0;
     /// Fills the first `length` places of `out` with kinds; all of `out` with Normal where the
     /// array has no room for kinds. Errors: OutOfBounds where `out` is shorter than `length`.
     virtual void CopySpecials(ArrayView<SpecialKind> out, lumsize_t startIndex,
                               lumsize_t length) const = 0;
     /// Writes each element of the range, value and kind, to member `tupleIndex` of the row at its
-    /// place; there is one row an element.
-    /// Errors: OutOfBounds where `out` has not `length` rows; TypeMismatch where a row's member has
-    /// another type.
+    /// place; there is one row an element. Kinds are written where the array has room for them,
+    /// else the rows keep theirs. No row is written if any cannot be.
+    /// Errors: OutOfBounds where `out` has not `length` rows, and where `length` is 0; TypeMismatch
+    /// where a row's member has another type, or elements of any type but External are stored as
+    /// SV; LumLogicException Unspecified where a row is a reference that has no block.
     virtual void CopyToTuples(ArrayView<LumTuple> out, lumsize_t startIndex, lumsize_t length,
                               lumsize_t tupleIndex) const = 0;
     /// The raw values of the range. Cost: O(1) without indices, a view into the storage; else
@@ -69,15 +76,22 @@ public:
     virtual ConstRawDataView GetSpecialsView(TemporaryRawData& scratch, lumsize_t startIndex,
                                              lumsize_t length) const = 0;
     virtual bool HasIndices() const = 0;
-    /// Whether two elements are the same kind of special, or equal stored values.
+    /// Whether two elements are the same kind of special, or equal stored values. An array of
+    /// factory::MakeArray compares numbers by their bits, strings unit by unit whatever their
+    /// collation, and values of SV by IsEqual. Errors: those of the values' comparison.
     virtual bool ElementsEqual(lumsize_t idx1, lumsize_t idx2) const = 0;
-    /// The last index of the run of equal elements that begins at `startIndex`.
+    /// The last index of the run of equal elements that begins at `startIndex`. An array of
+    /// factory::MakeArray compares placeholders as well, unlike in ElementsEqual: two specials of
+    /// one kind over different ones are two runs.
     virtual lumsize_t FindRunEnd(lumsize_t startIndex) const = 0;
     /// The element, boxed. Cost: allocates; loops read through ITypedArray.
     virtual SV GetElement(lumsize_t index) const = 0;
-    /// Every `step`th element from `startIndex` on, at most `length` of them, cut at the end. What
-    /// becomes of a start beyond the end, a length of 0 and a step with the top bit set is told by
-    /// each form of array. Cost: O(1) with a step of 1 and without indices, a slice of the storage.
+    /// Every `step`th element from `startIndex` on, at most `length` of them.
+    /// An array of factory::MakeArray cuts the range at its end; takes a start beyond the end for a
+    /// start and a length of 0; for a length of 0 gives no elements with a step of 1 and without
+    /// indices, else all that the stride reaches; walks down by a step with the top bit set, and
+    /// ends behind element 0; and keeps its statement of order. Cost: O(1) with a step of 1 and
+    /// without indices, a slice of the storage.
     /// Errors: OutOfBounds, "Illegal range step value", for a step of 0.
     virtual SV GetRange(lumsize_t startIndex, lumsize_t length, unsigned step) const = 0;
     virtual SortSpecOrder GetSortOrder() const = 0;

@@ -19,6 +19,11 @@ public:
 };
 
 /// An immutable set of distinct values of one type, and beside them of special kinds.
+///
+/// As an IStoreCollection a set takes the text of a value for a key, and gives a Bool that says
+/// whether the value is a member; HasKey is true for every key. Errors of GetValue: that of the
+/// reader of the text; ValueSetStringLookup for values stored as SV, NotImplemented for rows.
+///
 /// Threads: every operation runs on any threads at once. Ownership: sets made from this one share
 /// its values.
 class LUM_CORE_API IStoreSet : public IUniformCollection {

@@ -12,7 +12,8 @@ namespace lum::core {
 /// A place in a walk over boxed elements.
 ///
 /// Threads: one at a time. Ownership: holds no share of the collection, which must stay alive.
-/// Errors: IteratorOutOfBounds from Advance and Dereference at the end.
+/// Errors: IteratorOutOfBounds from Advance and Dereference at the end; OutOfBounds from
+///   Dereference where an array's index lies outside its storage.
 /// Cost: Dereference allocates a value.
 class LUM_CORE_API IStoreValueIterator {
 public:

@@ -42,7 +42,8 @@ public:
     lumsize_t GetTypeSize() const noexcept { return m_typeSize; }
 
     /// The elements as `T`. Only the width is compared for plain numbers, since integers, reals,
-    /// dates and colours share storage by design; any other `T` must be the block's own.
+    /// dates and colours share storage by design; any other `T` must be the block's own. Bools are
+    /// read as unsigned char, since a byte from outside may be neither 0 nor 1.
     /// Errors: IllegalCast.
     template <typename T>
     ArrayView<const T> ViewAs() const {

@@ -17,7 +17,7 @@ namespace lum::core::factory {
 /// Threads: any. Ownership: the set takes over both containers.
 /// Errors, the containers being lost: IllegalElementType where no set may have such elements;
 ///   NullSet for null values; CollationMismatch; TypeMismatchExpected where `T` does not store the
-///   element type; NestedCollectionSpecials for special members beside tuples.
+///   element type, as SV does any; NestedCollectionSpecials for special members beside tuples.
 template <StorageType T>
 LUM_CORE_API SV MakeSet(const Type* elementType, std::unique_ptr<SetContainer<T>> values,
                         std::unique_ptr<std::unordered_set<SpecialKind>> specials);

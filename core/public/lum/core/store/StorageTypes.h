@@ -25,7 +25,8 @@ template <typename T>
 concept StorageType = detail::kIsOneOf<T, unsigned char, unsigned int, unsigned long long,
                                        RIndirectString, LumTuple, SV>;
 
-/// Whether a value of a type may stand in storage of type `T`.
+/// Whether `T` is the storage of a type. Arrays and sets of SV hold elements of any type all the
+/// same.
 template <StorageType T>
 struct StorageTypeTraits {
     static bool IsMatchingType(const Type* type) noexcept {

@@ -34,7 +34,8 @@ template <typename C>
 LUM_CORE_API C FetchStoreValue(const SV& value);
 
 /// Member `index` of a row as a value; a special value where it is special.
-/// Errors: OutOfBounds.
+/// Errors: OutOfBounds; LumLogicException Unspecified where the row is a reference that has no
+/// block.
 LUM_CORE_API SV FetchStoreValueFromTuple(const LumTuple& tuple, lumsize_t index);
 
 }  // namespace lum::core

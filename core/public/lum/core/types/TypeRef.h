@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "lum/core/types/Type.h"
 
 namespace lum::core {
@@ -34,6 +36,9 @@ private:
 /// A type that may lawfully be missing.
 class OptionalTypeRef : public TypeRef {
 public:
+    /// The missing type.
+    static const OptionalTypeRef NoType;
+
     OptionalTypeRef() noexcept = default;
     OptionalTypeRef(const Type* type) noexcept : TypeRef(type) {}  // NOLINT
     bool HasType() const noexcept { return Get() != nullptr; }
@@ -42,9 +47,20 @@ public:
 /// A type in whose place null stands for any type at all.
 class VariableTypeRef : public TypeRef {
 public:
+    /// The wild card.
+    static const VariableTypeRef AnyType;
+
     VariableTypeRef() noexcept = default;
     VariableTypeRef(const Type* type) noexcept : TypeRef(type) {}  // NOLINT
     bool IsAnyType() const noexcept { return Get() == nullptr; }
 };
+
+// Defined here, and not in a source, so that they are constants at compile time.
+inline constexpr OptionalTypeRef OptionalTypeRef::NoType{};
+inline constexpr VariableTypeRef VariableTypeRef::AnyType{};
+
+/// References to types in the order of what they describe, such as the inputs of a function.
+template <typename Ref>
+using TypeRefVec = std::vector<Ref>;
 
 }  // namespace lum::core

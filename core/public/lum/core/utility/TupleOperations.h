@@ -35,9 +35,12 @@ public:
     /// -1, 0 or 1 by the first member that differs. Of two different special kinds the smaller
     /// number comes last, so a normal member comes after a special one, the reverse of the order
     /// of whole values; below equal kinds, special ones too, the values are compared.
-    /// Errors: TypeMismatch for rows of different types.
+    /// Errors: TypeMismatch for rows of different types; those of the members' comparison, as for
+    /// strings without a collator pool.
     int Compare(const Self& other) const { return Data().CompareTo(other.GetTupleData()); }
-    /// Over the kinds and raw bits of all members: 0.0 and -0.0 hash differently.
+    /// Over all members, special ones too: their kinds, and the raw bits of numbers, dates and
+    /// colours, so that 0.0 and -0.0 hash differently although they compare equal; strings by their
+    /// type's collation, external values by their own hash. Errors: those of the latter two.
     uint64 GetHashValue() const { return Data().ComputeHash(); }
     friend bool operator==(const Self& a, const Self& b) { return a.Compare(b) == 0; }
     friend bool operator<(const Self& a, const Self& b) { return a.Compare(b) < 0; }

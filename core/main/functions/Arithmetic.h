@@ -1,0 +1,46 @@
+#pragma once
+
+#include <type_traits>
+
+namespace lum::core {
+
+// Sums, differences and products as the built-in functions give them: integers wrap, which signed
+// numbers may not do by themselves.
+
+namespace detail {
+template <typename T, typename Operation>
+constexpr T Wrapping(T a, T b, Operation operation) noexcept {
+    if constexpr (std::is_integral_v<T>) {
+        using Unsigned = std::make_unsigned_t<T>;
+        return static_cast<T>(operation(static_cast<Unsigned>(a), static_cast<Unsigned>(b)));
+    } else {
+        return operation(a, b);
+    }
+}
+}  // namespace detail
+
+template <typename T>
+constexpr T Add(const T& a, const T& b) noexcept {
+    return detail::Wrapping(a, b, [](auto x, auto y) { return x + y; });
+}
+
+template <typename T>
+constexpr T Subtract(const T& a, const T& b) noexcept {
+    return detail::Wrapping(a, b, [](auto x, auto y) { return x - y; });
+}
+
+template <typename T>
+constexpr T Multiply(const T& a, const T& b) noexcept {
+    return detail::Wrapping(a, b, [](auto x, auto y) { return x * y; });
+}
+
+template <typename T>
+constexpr T Negate(const T& a) noexcept {
+    if constexpr (std::is_integral_v<T>) {
+        return Subtract(T{0}, a);
+    } else {
+        return -a;
+    }
+}
+
+}  // namespace lum::core

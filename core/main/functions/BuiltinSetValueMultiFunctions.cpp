@@ -1,0 +1,123 @@
+#include "core/main/functions/Arithmetic.h"
+#include "core/main/functions/BuiltinFamilies.h"
+#include "core/main/functions/BuiltinTypes.h"
+#include "lum/core/functions/FunctionNames.h"
+#include "lum/core/functions/RegisterFunction.h"
+#include "lum/core/store/StoreValue.h"
+#include "lum/core/store/ValueUtil.h"
+
+namespace lum::core {
+namespace {
+
+using Values = std::vector<SV>;
+using Comparison = bool (*)(const StoreValue&, const StoreValue&);
+
+// Each function is given its name, for the message about a wrong number of values.
+using Name = const wchar_t* const&;
+
+void CheckTwoValues(const Values& values, const wchar_t* name) {
+    LUM_CHECK(values.size() == 2, LumError::FunctionNeedsTwoInputs, name);
+}
+
+void CheckOneValue(const Values& values, const wchar_t* name) {
+    LUM_CHECK(values.size() == 1, LumError::OneInputNeeded, name);
+}
+
+// kOperation of two numbers.
+template <Name kName, typename T, auto kOperation>
+T Calculate(const Values& values) {
+    CheckTwoValues(values, kName);
+    return kOperation(FetchStoreValue<T>(values[0]), FetchStoreValue<T>(values[1]));
+}
+
+// Does not test the divisor, unlike the division of columns.
+template <typename T>
+T DivideUnchecked(const T& dividend, const T& divisor) {
+    return static_cast<T>(dividend / divisor);
+}
+
+template <Name kName>
+bool And(const Values& values) {
+    CheckTwoValues(values, kName);
+    return FetchStoreValue<bool>(values[0]) && FetchStoreValue<bool>(values[1]);
+}
+
+// The first number where kIsBetter(first, second), else the second.
+template <Name kName, typename T, Comparison kIsBetter>
+T Select(const Values& values) {
+    CheckTwoValues(values, kName);
+    return FetchStoreValue<T>(kIsBetter(*values[0], *values[1]) ? values[0] : values[1]);
+}
+
+template <Name kName, Comparison kCompare>
+bool Compare(const Values& values) {
+    CheckTwoValues(values, kName);
+    return kCompare(*values[0], *values[1]);
+}
+
+template <Name kName, bool kExpected>
+bool Is(const Values& values) {
+    CheckOneValue(values, kName);
+    return FetchStoreValue<bool>(values[0]) == kExpected;
+}
+
+bool IsEqual(const StoreValue& a, const StoreValue& b) {
+    return a.FuzzyIsEqual(b);
+}
+bool IsNotEqual(const StoreValue& a, const StoreValue& b) {
+    return !a.FuzzyIsEqual(b);
+}
+bool IsLess(const StoreValue& a, const StoreValue& b) {
+    return a.FuzzyIsLessThan(b);
+}
+bool IsGreater(const StoreValue& a, const StoreValue& b) {
+    return a.FuzzyIsGreaterThan(b);
+}
+bool IsLessOrEqual(const StoreValue& a, const StoreValue& b) {
+    return a.FuzzyIsLessThan(b) || a.FuzzyIsEqual(b);
+}
+bool IsGreaterOrEqual(const StoreValue& a, const StoreValue& b) {
+    return a.FuzzyIsGreaterThan(b) || a.FuzzyIsEqual(b);
+}
+
+template <Name kName, Comparison kCompare>
+void RegisterComparison(RegistryOfMultinaryFunctions& registry) {
+    RegisterFunction<Compare<kName, kCompare>>(registry, KeyOf<SV, SV>(kName), TypeOf<bool>());
+}
+
+template <Name kName, bool kExpected>
+void RegisterIs(RegistryOfMultinaryFunctions& registry) {
+    RegisterFunction<Is<kName, kExpected>>(registry, KeyOf<SV>(kName), TypeOf<bool>());
+}
+
+}  // namespace
+
+void RegisterSetValueMultiFunctions(RegistryOfMultinaryFunctions& registry) {
+    using namespace FunctionNames;
+    ForEachType<int, long long, float, double>([&]<typename T>() {
+        RegisterFunction<Calculate<ADD, T, &Add<T>>>(registry, KeyOf<T, T>(ADD), TypeOf<T>());
+        RegisterFunction<Calculate<SUBTRACT, T, &Subtract<T>>>(registry, KeyOf<T, T>(SUBTRACT),
+                                                               TypeOf<T>());
+    });
+    ForEachType<int, long long, double>([&]<typename T>() {
+        RegisterFunction<Calculate<MULTIPLY, T, &Multiply<T>>>(registry, KeyOf<T, T>(MULTIPLY),
+                                                               TypeOf<T>());
+        RegisterFunction<Calculate<DIVIDE, T, &DivideUnchecked<T>>>(registry, KeyOf<T, T>(DIVIDE),
+                                                                    TypeOf<T>());
+    });
+    RegisterFunction<And<AND>>(registry, KeyOf<bool, bool>(AND), TypeOf<bool>());
+    ForEachType<long long, double>([&]<typename T>() {
+        RegisterFunction<Select<MIN, T, &IsLess>>(registry, KeyOf<T, T>(MIN), TypeOf<T>());
+        RegisterFunction<Select<MAX, T, &IsGreater>>(registry, KeyOf<T, T>(MAX), TypeOf<T>());
+    });
+    RegisterComparison<EQUAL_TO, &IsEqual>(registry);
+    RegisterComparison<NOT_EQUAL_TO, &IsNotEqual>(registry);
+    RegisterComparison<LESS_THAN, &IsLess>(registry);
+    RegisterComparison<LESS_THAN_OR_EQUAL, &IsLessOrEqual>(registry);
+    RegisterComparison<GREATER_THAN, &IsGreater>(registry);
+    RegisterComparison<GREATER_THAN_OR_EQUAL, &IsGreaterOrEqual>(registry);
+    RegisterIs<IS_TRUE, true>(registry);
+    RegisterIs<IS_FALSE, false>(registry);
+}
+
+}  // namespace lum::core

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "lum/core/serialize/OperatorTypeSerializeUtils.h"
+#include "lum/core/utility/LumString.h"
+#include "lum/core/vtl/OperatorType.h"
+#include "lum/core/vtl/OperatorTypeText.h"
+
+namespace lum::core {
+
+// The operator of a name, whose case counts; what an operator takes behind its name,
+// OperatorHasFixedArgumentType and its neighbours say.
+// Threads: any. Errors: UnknownTypeName with the text, without a report.
+OperatorType OperatorTypeFromString(const TStringCore& text);
+
+}  // namespace lum::core

@@ -1,0 +1,44 @@
+#pragma once
+
+#include "lum/core/Export.h"
+#include "lum/core/functions/FunctionFactories.h"
+#include "lum/core/functions/FunctionFormRegistry.h"
+#include "lum/core/functions/LumRawFunctions.h"
+
+namespace lum::core {
+
+/// The functions of two inputs, by key. A factory is a BinaryFunctionFactory, or that of a creator
+/// a BinaryCreatorFactory, given through ToFunctionPointer.
+///
+/// Threads, ownership, errors: those of FunctionFormRegistry.
+class LUM_CORE_API RegistryOfBinaryFunctions : public FunctionFormRegistry {
+public:
+    /// `onAdded` must not be empty.
+    explicit RegistryOfBinaryFunctions(AddedCallback onAdded);
+    ~RegistryOfBinaryFunctions();
+
+    /// Adds a form to the entry of the key, whose first registration makes the entry, fixes its
+    /// output type and flags, and tells the callback. `creatorInputTypes` are those of the values
+    /// that a creator takes.
+    /// Errors, nothing being registered: BinaryInputCount unless the key has two inputs;
+    ///   EmptyOutputType without an output type; FunctionExists, SpecialFunctionExists where the
+    ///   entry has that form. Where the callback throws, or the factory is null, which is
+    ///   NullTransformFunction, a new entry stays without a function.
+    void Register(FunctionKey&& key, OptionalTypeRef outputType,
+                  TypeRefVec<VariableTypeRef>&& creatorInputTypes, FunctionType functionType,
+                  bool isStateful, FunctionPointer factory);
+    /// The same without creator inputs and without state.
+    void Register(FunctionKey&& key, OptionalTypeRef outputType, FunctionType functionType,
+                  FunctionPointer factory);
+    /// The same for a key of separate inputs.
+    void Register(const RInternString& name, VariableTypeRef firstType, VariableTypeRef secondType,
+                  OptionalTypeRef outputType, FunctionType functionType, FunctionPointer factory);
+
+    /// The contents of the entry that the query finds.
+    /// Errors: as GetFunctions; NullTransformFunction where the entry has no function.
+    LumRawBinaryFunctions GetRawFunctions(const FunctionKey& query) const {
+        return LumRawBinaryFunctions(GetFunctions(query));
+    }
+};
+
+}  // namespace lum::core
