@@ -6,8 +6,6 @@
 
 namespace lum::core {
 
-StoreValue::~StoreValue() = default;
-
 void StoreValue::FailAccess(LumError error) const {
     TStringCore details = StoreTypeToString(GetStoreType());
     if (IsSpecial()) {

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "core/main/store/ArrayIterators.h"
-#include "core/main/utility/PackagedArrayView.h"
+#include "core/main/store/ColumnStorage.h"
 #include "lum/core/store/IStoreCollection.h"
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/StoreValue.h"
@@ -21,9 +21,9 @@ class ValueArray final : public StoreValue, public IStoreCollection, public ITyp
 public:
     /// `specials` and `indices` may be null views.
     /// Errors: those of factory::MakeArray.
-    ValueArray(const CollectionType* type, PackagedArrayView<T> values,
-               PackagedArrayView<SpecialKind> specials, PackagedArrayView<unsigned> indices,
-               SortSpecOrder order);
+    ValueArray(const CollectionType* type, const PackagedArrayView<T>& values,
+               const PackagedArrayView<SpecialKind>& specials,
+               const PackagedArrayView<unsigned>& indices, SortSpecOrder order);
     /// Shares the storage; states no order.
     ValueArray(const ValueArray& other);
 
@@ -36,7 +36,8 @@ public:
     /// The stored elements [startIndex, startIndex + count) of an array without indices.
     ValueArray(Unchecked, const ValueArray& other, lumsize_t startIndex, lumsize_t count);
     /// The other's storage under `indices`, which may be null.
-    ValueArray(Unchecked, const ValueArray& other, PackagedArrayView<unsigned>&& indices,
+    /// Errors: IllegalCast where they are no 32-bit numbers.
+    ValueArray(Unchecked, const ValueArray& other, std::shared_ptr<const RawData>&& indices,
                SortSpecOrder order);
 
     // StoreValue
@@ -57,7 +58,7 @@ public:
     // IUniformCollection
     const Type* GetElementType() const override { return m_type->GetElementType(); }
     bool IsConstant() const override { return false; }
-    bool HasSpecialValues() const override { return !m_specials.IsNull(); }
+    bool HasSpecialValues() const override { return m_storage.HasKinds(); }
     const IUniformCollection::StoreValueIterable& GetStoreValueIterable() const override;
 
     // IStoreArray
@@ -75,7 +76,7 @@ public:
                                    lumsize_t length) const override;
     ConstRawDataView GetSpecialsView(TemporaryRawData& scratch, lumsize_t startIndex,
                                      lumsize_t length) const override;
-    bool HasIndices() const override { return !m_indices.IsNull(); }
+    bool HasIndices() const override { return m_indexBlock != nullptr; }
     bool ElementsEqual(lumsize_t idx1, lumsize_t idx2) const override;
     lumsize_t FindRunEnd(lumsize_t startIndex) const override;
     SV GetElement(lumsize_t index) const override;
@@ -104,23 +105,27 @@ private:
 
     /// The place of an element in the storage.
     lumsize_t GetStoredIndex(lumsize_t index) const {
-        return m_indices.IsNull() ? index : m_indices[index];
+        return HasIndices() ? GetIndices()[index] : index;
     }
+    /// For arrays with indices.
+    ArrayView<const unsigned> GetIndices() const noexcept { return {m_indices, m_count}; }
     lumsize_t CheckedStoredIndex(lumsize_t index) const;
     void CheckRange(lumsize_t startIndex, lumsize_t length) const;
     /// Whether all indices lie inside the storage; found once.
     bool AreIndicesInside() const;
     /// Fails where an index of the range does not; a copy asks before it writes anything.
     void CheckIndices(lumsize_t startIndex, lumsize_t length) const;
+    /// GetRange through indices. Apart from it, so that a slice does not pay for the vector.
+    SV GetStride(lumsize_t startIndex, lumsize_t length, unsigned step) const;
     ArrayView<const unsigned> GetIndexRange(lumsize_t startIndex, lumsize_t length) const {
-        return {m_indices.GetData() + startIndex, length};
+        return {m_indices + startIndex, length};
     }
 
     const CollectionType* const m_type;
-    const PackagedArrayView<T> m_values;
-    const PackagedArrayView<SpecialKind> m_specials;
-    const PackagedArrayView<unsigned> m_indices;
-    const lumsize_t m_count;
+    const ColumnStorage<T> m_storage;
+    std::shared_ptr<const RawData> m_indexBlock;  // Null without indices.
+    const unsigned* m_indices = nullptr;
+    lumsize_t m_count;
     const SortSpecOrder m_order;
     mutable std::atomic<IndexRange> m_indexRange{IndexRange::Unknown};
     mutable std::once_flag m_iterableFlag;  // Guards the making of the iterable.

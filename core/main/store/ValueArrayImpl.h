@@ -15,28 +15,29 @@
 namespace lum::core {
 
 template <StorageType T>
-ValueArray<T>::ValueArray(const CollectionType* type, PackagedArrayView<T> values,
-                          PackagedArrayView<SpecialKind> specials,
-                          PackagedArrayView<unsigned> indices, SortSpecOrder order)
+ValueArray<T>::ValueArray(const CollectionType* type, const PackagedArrayView<T>& values,
+                          const PackagedArrayView<SpecialKind>& specials,
+                          const PackagedArrayView<unsigned>& indices, SortSpecOrder order)
     : m_type(type),
-      m_values(std::move(values)),
-      m_specials(std::move(specials)),
-      m_indices(std::move(indices)),
-      m_count(m_indices.IsNull() ? m_values.GetSize() : m_indices.GetSize()),
+      m_storage(values, specials),
+      m_indexBlock(indices.GetStorage()),
+      m_indices(indices.GetData()),
+      m_count(indices.IsNull() ? values.GetSize() : indices.GetSize()),
       m_order(order) {
     LUM_CHECK_NOT_NULL(m_type, LumError::NullArgument);
-    LUM_CHECK_NOT(m_values.IsNull(), LumError::NullArray);
+    LUM_CHECK_TEXT("!(m_values.IsNull())", !values.IsNull(), LumError::NullArray);
     if constexpr (!std::is_same_v<T, SV>) {
         using StorageT = T;
         LUM_CHECK(StorageTypeTraits<StorageT>::IsMatchingType(m_type->GetElementType()),
                   LumError::TypeMismatchExpected);
     }
-    if (m_specials.IsNull()) {
+    if (specials.IsNull()) {
         return;
     }
     LUM_CHECK_NOT(IsCollectionStoreType(m_type->GetElementType()->GetStoreType()),
                   LumError::NestedCollectionSpecials);
-    LUM_CHECK(m_specials.GetSize() == m_values.GetSize(), LumError::SpecialsSizeMismatch);
+    LUM_CHECK_TEXT("(m_specials.GetSize() == m_values.GetSize())",
+                   specials.GetSize() == values.GetSize(), LumError::SpecialsSizeMismatch);
 }
 
 template <StorageType T>
@@ -45,8 +46,8 @@ ValueArray<T>::ValueArray(const ValueArray& other)
       IStoreCollection(other),
       ITypedArray<T>(other),
       m_type(other.m_type),
-      m_values(other.m_values),
-      m_specials(other.m_specials),
+      m_storage(other.m_storage),
+      m_indexBlock(other.m_indexBlock),
       m_indices(other.m_indices),
       m_count(other.m_count),
       m_order(SortSpecOrder::UNKNOWN),
@@ -55,20 +56,22 @@ ValueArray<T>::ValueArray(const ValueArray& other)
 template <StorageType T>
 ValueArray<T>::ValueArray(Unchecked, const ValueArray& other, lumsize_t startIndex, lumsize_t count)
     : m_type(other.m_type),
-      m_values(other.m_values, startIndex, count),
-      m_specials(other.m_specials, startIndex, count),
+      m_storage(other.m_storage, startIndex, count),
       m_count(count),
       m_order(other.m_order) {}
 
 template <StorageType T>
-ValueArray<T>::ValueArray(Unchecked, const ValueArray& other, PackagedArrayView<unsigned>&& indices,
-                          SortSpecOrder order)
-    : m_type(other.m_type),
-      m_values(other.m_values),
-      m_specials(other.m_specials),
-      m_indices(std::move(indices)),
-      m_count(m_indices.IsNull() ? m_values.GetSize() : m_indices.GetSize()),
-      m_order(order) {}
+ValueArray<T>::ValueArray(Unchecked, const ValueArray& other,
+                          std::shared_ptr<const RawData>&& indices, SortSpecOrder order)
+    : m_type(other.m_type), m_storage(other.m_storage), m_order(order) {
+    if (indices == nullptr) {
+        m_count = m_storage.GetSize();
+    } else {
+        m_indices = indices->ViewAs<unsigned>().GetData();
+        m_count = indices->GetSize();
+        m_indexBlock = std::move(indices);
+    }
+}
 
 template <StorageType T>
 std::unique_ptr<StoreValue> ValueArray<T>::Clone() const {
@@ -88,9 +91,9 @@ SV ValueArray<T>::TryGetValue(const RInternString& key) const {
         return nullptr;
     }
     const lumsize_t stored = GetStoredIndex(static_cast<lumsize_t>(*number));
-    return stored < m_values.GetSize()
-               ? MakeStoreValueFromStorageType<T>(GetElementType(), m_values[stored])
-               : nullptr;
+    return stored < m_storage.GetSize() ? MakeStoreValueFromStorageType<T>(
+                                              GetElementType(), m_storage.GetValueData()[stored])
+                                        : nullptr;
 }
 
 template <StorageType T>
@@ -110,14 +113,12 @@ const IUniformCollection::StoreValueIterable& ValueArray<T>::GetStoreValueIterab
 
 template <StorageType T>
 SV ValueArray<T>::WithIndices(std::shared_ptr<const RawData> indices, SortSpecOrder order) const {
-    return std::make_shared<ValueArray>(Unchecked(), *this,
-                                        PackagedArrayView<unsigned>(std::move(indices)), order);
+    return std::make_shared<ValueArray>(Unchecked(), *this, std::move(indices), order);
 }
 
 template <StorageType T>
 SV ValueArray<T>::WithIndices(std::vector<unsigned>&& indices, SortSpecOrder order) const {
-    return std::make_shared<ValueArray>(Unchecked(), *this,
-                                        PackagedArrayView<unsigned>(std::move(indices)), order);
+    return WithIndices(std::make_shared<const VectorRawData<unsigned>>(std::move(indices)), order);
 }
 
 template <StorageType T>
@@ -128,15 +129,14 @@ SV ValueArray<T>::ComposeIndices(std::shared_ptr<const RawData> indices,
     }
     const PackagedArrayView<unsigned> view(std::move(indices));
     const ArrayView<const unsigned> positions = view.GetView();
-    return WithIndices(GatherColumn(m_indices.GetView(), positions, AllBelow(positions, m_count)),
-                       order);
+    return WithIndices(GatherColumn(GetIndices(), positions, AllBelow(positions, m_count)), order);
 }
 
 template <StorageType T>
 SV ValueArray<T>::ComposeIndices(std::vector<unsigned>&& indices, SortSpecOrder order) const {
     if (HasIndices()) {
         const ArrayView<const unsigned> positions = indices;
-        GatherColumn(m_indices.GetView(), positions, AllBelow(positions, m_count), indices.data());
+        GatherColumn(GetIndices(), positions, AllBelow(positions, m_count), indices.data());
     }
     return WithIndices(std::move(indices), order);
 }
@@ -144,15 +144,15 @@ SV ValueArray<T>::ComposeIndices(std::vector<unsigned>&& indices, SortSpecOrder 
 template <StorageType T>
 SV ValueArray<T>::Materialize() const {
     if (!HasIndices()) {
-        return std::make_shared<ValueArray>(Unchecked(), *this, PackagedArrayView<unsigned>(),
+        return std::make_shared<ValueArray>(Unchecked(), *this, std::shared_ptr<const RawData>(),
                                             m_order);
     }
     const bool isInside = AreIndicesInside();
-    PackagedArrayView<T> values(GatherColumn(m_values.GetView(), m_indices.GetView(), isInside));
+    PackagedArrayView<T> values(GatherColumn(m_storage.GetValues(), GetIndices(), isInside));
     PackagedArrayView<SpecialKind> specials;
-    if (!m_specials.IsNull()) {
+    if (m_storage.HasKinds()) {
         specials = PackagedArrayView<SpecialKind>(
-            GatherColumn(m_specials.GetView(), m_indices.GetView(), isInside));
+            GatherColumn(m_storage.GetKinds(), GetIndices(), isInside));
     }
     return std::make_shared<ValueArray>(m_type, std::move(values), std::move(specials),
                                         PackagedArrayView<unsigned>(), m_order);
@@ -165,26 +165,25 @@ SV ValueArray<T>::ToSet(bool includeSpecials) const {
     const bool takesKinds = includeSpecials && HasSpecialValues();
     if (HasIndices()) {
         const bool isInside = AreIndicesInside();
-        WithGathered(m_values.GetView(), m_indices.GetView(), isInside, [&](auto first, auto last) {
+        WithGathered(m_storage.GetValues(), GetIndices(), isInside, [&](auto first, auto last) {
             for (; !(first == last); ++first) {
                 values->insert(*first);
             }
         });
         if (takesKinds) {
-            WithGathered(m_specials.GetView(), m_indices.GetView(), isInside,
-                         [&](auto first, auto last) {
-                             for (; !(first == last); ++first) {
-                                 kinds->insert(*first);
-                             }
-                         });
+            WithGathered(m_storage.GetKinds(), GetIndices(), isInside, [&](auto first, auto last) {
+                for (; !(first == last); ++first) {
+                    kinds->insert(*first);
+                }
+            });
         }
     } else {
         // Placeholders are values here, on purpose.
-        for (const T& value : m_values.GetView()) {
+        for (const T& value : m_storage.GetValues()) {
             values->insert(value);
         }
         if (takesKinds) {
-            const ArrayView<const SpecialKind> stored = m_specials.GetView();
+            const ArrayView<const SpecialKind> stored = m_storage.GetKinds();
             kinds->insert(stored.begin(), stored.end());
         }
     }
@@ -206,8 +205,8 @@ template <StorageType T>
 bool ValueArray<T>::AreIndicesInside() const {
     IndexRange range = m_indexRange.load(std::memory_order_relaxed);
     if (range == IndexRange::Unknown) {
-        range = AllBelow(m_indices.GetView(), m_values.GetSize()) ? IndexRange::Inside
-                                                                  : IndexRange::NotAllInside;
+        range = AllBelow(GetIndices(), m_storage.GetSize()) ? IndexRange::Inside
+                                                            : IndexRange::NotAllInside;
         m_indexRange.store(range, std::memory_order_relaxed);
     }
     return range == IndexRange::Inside;
@@ -228,10 +227,10 @@ void ValueArray<T>::CopyValues(ArrayView<T> outView, lumsize_t startIndex, lumsi
     LUM_CHECK(outView.GetSize() >= length, LumError::OutOfBounds);
     CheckIndices(startIndex, length);
     if (HasIndices()) {
-        GatherColumn(m_values.GetView(), GetIndexRange(startIndex, length), /*isInRange=*/true,
+        GatherColumn(m_storage.GetValues(), GetIndexRange(startIndex, length), /*isInRange=*/true,
                      outView.GetData());
     } else {
-        std::copy_n(m_values.GetData() + startIndex, length, outView.GetData());
+        std::copy_n(m_storage.GetValueData() + startIndex, length, outView.GetData());
     }
 }
 
@@ -240,16 +239,16 @@ void ValueArray<T>::CopySpecials(ArrayView<SpecialKind> outView, lumsize_t start
                                  lumsize_t length) const {
     CheckRange(startIndex, length);
     LUM_CHECK(outView.GetSize() >= length, LumError::OutOfBounds);
-    if (m_specials.IsNull()) {
+    if (!m_storage.HasKinds()) {
         std::fill(outView.begin(), outView.end(), SpecialKind::Normal);
         return;
     }
     CheckIndices(startIndex, length);
     if (HasIndices()) {
-        GatherColumn(m_specials.GetView(), GetIndexRange(startIndex, length), /*isInRange=*/true,
+        GatherColumn(m_storage.GetKinds(), GetIndexRange(startIndex, length), /*isInRange=*/true,
                      outView.GetData());
     } else {
-        std::copy_n(m_specials.GetData() + startIndex, length, outView.GetData());
+        std::copy_n(m_storage.GetKindData() + startIndex, length, outView.GetData());
     }
 }
 
@@ -279,12 +278,12 @@ void ValueArray<T>::CopyToTuples(ArrayView<LumTuple> outView, lumsize_t startInd
         if (HasSpecialValues()) {
             for (lumsize_t i = 0; i < length; ++i) {
                 outView.GetData()[i].SetNthSpecialUnsafe(
-                    tupleIndex, m_specials.GetData()[GetStoredIndex(startIndex + i)]);
+                    tupleIndex, m_storage.GetKindData()[GetStoredIndex(startIndex + i)]);
             }
         }
         for (lumsize_t i = 0; i < length; ++i) {
             outView.GetData()[i].template SetNthValueUnsafe<T>(
-                tupleIndex, m_values.GetData()[GetStoredIndex(startIndex + i)]);
+                tupleIndex, m_storage.GetValueData()[GetStoredIndex(startIndex + i)]);
         }
     }
 }
@@ -294,11 +293,11 @@ ConstRawDataView ValueArray<T>::GetValuesView(TemporaryRawData& scratch, lumsize
                                               lumsize_t length) const {
     CheckRange(startIndex, length);
     if (!HasIndices()) {
-        return {*m_values.GetStorage(), m_values.GetStartIndex() + startIndex, length};
+        return m_storage.GetRawValues(startIndex, length);
     }
     return detail::TemporaryRawDataAccess::Fill(
         scratch,
-        GatherColumn(m_values.GetView(), GetIndexRange(startIndex, length), AreIndicesInside()));
+        GatherColumn(m_storage.GetValues(), GetIndexRange(startIndex, length), AreIndicesInside()));
 }
 
 template <StorageType T>
@@ -306,7 +305,7 @@ ConstRawDataView ValueArray<T>::GetSpecialsView(TemporaryRawData& scratch, lumsi
                                                 lumsize_t length) const {
     CheckRange(startIndex, length);
     if (HasSpecialValues() && !HasIndices()) {
-        return {*m_specials.GetStorage(), m_specials.GetStartIndex() + startIndex, length};
+        return m_storage.GetRawKinds(startIndex, length);
     }
     std::vector<SpecialKind> kinds(length);
     CopySpecials(kinds, startIndex, length);
@@ -315,30 +314,34 @@ ConstRawDataView ValueArray<T>::GetSpecialsView(TemporaryRawData& scratch, lumsi
 
 template <StorageType T>
 lumsize_t ValueArray<T>::CheckedStoredIndex(lumsize_t index) const {
-    if (m_indices.IsNull()) {
-        LUM_CHECK(static_cast<size_t>(index) < m_values.GetSize(), LumError::OutOfBounds);
+    if (!HasIndices()) {
+        LUM_CHECK_TEXT("(static_cast<size_t>(index) < m_values.GetSize())", index < m_count,
+                       LumError::OutOfBounds);
         return index;
     }
-    LUM_CHECK(static_cast<size_t>(index) < m_indices.GetSize(), LumError::OutOfBounds);
-    const lumsize_t realIndex = m_indices.GetData()[index];
-    LUM_CHECK(static_cast<size_t>(realIndex) < m_values.GetSize(), LumError::OutOfBounds);
+    LUM_CHECK_TEXT("(static_cast<size_t>(index) < m_indices.GetSize())", index < m_count,
+                   LumError::OutOfBounds);
+    const lumsize_t realIndex = m_indices[index];
+    LUM_CHECK_TEXT("(static_cast<size_t>(realIndex) < m_values.GetSize())",
+                   realIndex < m_storage.GetSize(), LumError::OutOfBounds);
     return realIndex;
 }
 
 template <StorageType T>
 const T& ValueArray<T>::GetValue(lumsize_t index) const {
-    return m_values.GetData()[CheckedStoredIndex(index)];
+    return m_storage.GetValueData()[CheckedStoredIndex(index)];
 }
 
 template <StorageType T>
 const T& ValueArray<T>::GetValueUnchecked(lumsize_t index) const {
-    return m_indices.IsNull() ? m_values.GetData()[index] : m_values[m_indices[index]];
+    return HasIndices() ? m_storage.GetValues()[GetIndices()[index]]
+                        : m_storage.GetValueData()[index];
 }
 
 template <StorageType T>
 SpecialKind ValueArray<T>::GetSpecialKind(lumsize_t index) const {
     const lumsize_t stored = CheckedStoredIndex(index);
-    return m_specials.IsNull() ? SpecialKind::Normal : m_specials.GetData()[stored];
+    return !m_storage.HasKinds() ? SpecialKind::Normal : m_storage.GetKindData()[stored];
 }
 
 template <StorageType T>
@@ -359,16 +362,25 @@ SV ValueArray<T>::GetElement(lumsize_t index) const {
 
 template <StorageType T>
 SV ValueArray<T>::GetRange(lumsize_t startIndex, lumsize_t length, unsigned step) const {
+    if (step != 1 || HasIndices()) {
+        return GetStride(startIndex, length, step);
+    }
+    if (startIndex >= m_count) {
+        startIndex = 0;
+        length = 0;
+    }
+    const lumsize_t count = std::min(m_count - startIndex, length);
+    return std::make_shared<ValueArray>(Unchecked(), *this, startIndex, count);
+}
+
+template <StorageType T>
+SV ValueArray<T>::GetStride(lumsize_t startIndex, lumsize_t length, unsigned step) const {
     if (step == 0) {
         LUM_FAIL(LumError::OutOfBounds, L"Illegal range step value");
     }
     if (startIndex >= m_count) {
         startIndex = 0;
         length = 0;
-    }
-    if (step == 1 && !HasIndices()) {
-        const lumsize_t count = std::min(m_count - startIndex, length);
-        return std::make_shared<ValueArray>(Unchecked(), *this, startIndex, count);
     }
     // A length of 0 wraps round to all that the stride reaches, and so does the position.
     const lumsize_t last = std::min(m_count, length) - 1;
@@ -382,25 +394,25 @@ SV ValueArray<T>::GetRange(lumsize_t startIndex, lumsize_t length, unsigned step
 
 template <StorageType T>
 ArrayCursor<T> ValueArray<T>::GetAdapter() const {
-    return {m_type, m_values.GetView(), nullptr, m_indices.GetData(), m_count};
+    return {m_type, m_storage.GetValues(), nullptr, m_indices, m_count};
 }
 
 template <StorageType T>
 ArrayCursor<T> ValueArray<T>::GetAdapterWithSpecials() const {
-    return {m_type, m_values.GetView(), m_specials.GetData(), m_indices.GetData(), m_count};
+    return {m_type, m_storage.GetValues(), m_storage.GetKindData(), m_indices, m_count};
 }
 
 template <StorageType T>
 ArrayView<const T> ValueArray<T>::GetValues() const {
     LUM_CHECK_NOT(HasIndices(), LumError::ArrayHasIndices);
-    return m_values.GetView();
+    return m_storage.GetValues();
 }
 
 template <StorageType T>
 ArrayView<const SpecialKind> ValueArray<T>::GetSpecials() const {
     LUM_CHECK_NOT(HasIndices(), LumError::ArrayHasIndices);
     LUM_CHECK(HasSpecialValues(), LumError::ArrayLacksSpecials);
-    return m_specials.GetView();
+    return m_storage.GetKinds();
 }
 
 template <StorageType T>
@@ -415,23 +427,23 @@ bool ValueArray<T>::ElementsEqual(lumsize_t idx1, lumsize_t idx2) const {
         return false;
     }
     return kind != SpecialKind::Normal ||
-           std::equal_to<T>()(m_values.GetData()[GetStoredIndex(idx1)],
-                              m_values.GetData()[GetStoredIndex(idx2)]);
+           std::equal_to<T>()(m_storage.GetValueData()[GetStoredIndex(idx1)],
+                              m_storage.GetValueData()[GetStoredIndex(idx2)]);
 }
 
 template <StorageType T>
 lumsize_t ValueArray<T>::FindRunEnd(lumsize_t startIndex) const {
     LUM_CHECK(startIndex < m_count, LumError::OutOfBounds);
     const lumsize_t start = CheckedStoredIndex(startIndex);
-    const T& value = m_values.GetData()[start];
-    const SpecialKind* const kinds = m_specials.GetData();
+    const T& value = m_storage.GetValueData()[start];
+    const SpecialKind* const kinds = m_storage.GetKindData();
     const std::equal_to<T> isEqual;
     lumsize_t end = startIndex;
     while (end + 1 < m_count) {
         const lumsize_t next = HasIndices() ? CheckedStoredIndex(end + 1) : end + 1;
         // Placeholders are compared as well: two specials over different ones are two runs.
         if ((kinds != nullptr && kinds[next] != kinds[start]) ||
-            !isEqual(m_values.GetData()[next], value)) {
+            !isEqual(m_storage.GetValueData()[next], value)) {
             break;
         }
         ++end;

@@ -33,30 +33,37 @@ void CheckSameType(const SV& value, const SV& stored) {
 
 ValueKeyMap::ValueKeyMap(std::unique_ptr<Members> members)
     : m_dict(members == nullptr ? Members() : std::move(*members)) {
+    m_index.Reserve(m_dict.size());
     for (const auto& [key, value] : m_dict) {
         LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
+        m_index.Put(key, value);
     }
 }
 
 // A chain of key maps may be as long as a key path. Members that nobody else holds are taken apart
 // in a loop, since destroying them one inside the other would run out of stack.
 ValueKeyMap::~ValueKeyMap() {
-    std::vector<Members> rest;
-    const auto take = [&rest](Members& members) {
-        for (auto& [key, value] : members) {
+    struct Content {
+        Members members;
+        NameIndex index;
+    };
+    std::vector<Content> rest;
+    const auto take = [&rest](const Members& members) {
+        for (const auto& [key, value] : members) {
             StoreValue& member = *value;
-            if (value.use_count() == 1 && typeid(member) == typeid(ValueKeyMap)) {
-                Members& inner = static_cast<ValueKeyMap&>(member).m_dict;
-                rest.push_back(std::move(inner));
-                inner.clear();
+            // One share is the map's, one its index's.
+            if (value.use_count() == 2 && typeid(member) == typeid(ValueKeyMap)) {
+                auto& inner = static_cast<ValueKeyMap&>(member);
+                rest.push_back({std::move(inner.m_dict), std::move(inner.m_index)});
+                inner.m_dict.clear();
             }
         }
     };
     take(m_dict);
     while (!rest.empty()) {
-        Members members = std::move(rest.back());
+        const Content content = std::move(rest.back());
         rest.pop_back();
-        take(members);
+        take(content.members);
     }
 }
 
@@ -82,11 +89,6 @@ std::unique_ptr<StoreValue> ValueKeyMap::Clone() const {
     return std::make_unique<ValueKeyMap>(std::move(members));
 }
 
-const SV* ValueKeyMap::FindMember(const RInternString& key) const {
-    const auto found = m_dict.find(key);
-    return found == m_dict.end() ? nullptr : &found->second;
-}
-
 SV ValueKeyMap::GetMember(const RInternString& key) const {
     const SV* const member = FindMember(key);
     if (member == nullptr) {
@@ -101,14 +103,19 @@ SV ValueKeyMap::TryGetValue(const RInternString& key) const {
 }
 
 bool ValueKeyMap::HasKey(const RInternString& key) const {
-    return m_dict.count(key) != 0;
+    return FindMember(key) != nullptr;
+}
+
+void ValueKeyMap::Insert(const RInternString& key, const SV& value) {
+    m_index.Reserve(m_dict.size() + 1);
+    m_index.Put(key, m_dict.emplace(key, value).first->second);
 }
 
 void ValueKeyMap::AddValue(RInternString key, const SV& value) {
     CheckKey(key);
     LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
-    const auto result = m_dict.emplace(key, value);
-    LUM_CHECK(result.second, LumError::ImmutableValue);
+    LUM_CHECK_TEXT("(result.second)", !HasKey(key), LumError::ImmutableValue);
+    Insert(key, value);
 }
 
 void ValueKeyMap::UpdateValue(RInternString key, const SV& value) {
@@ -118,6 +125,7 @@ void ValueKeyMap::UpdateValue(RInternString key, const SV& value) {
     LUM_CHECK_TEXT("(itr != m_dict->cend())", itr != m_dict.end(), LumError::ValueNotYetComputed);
     CheckSameType(value, itr->second);
     itr->second = value;
+    m_index.Put(key, itr->second);
 }
 
 void ValueKeyMap::SetValue(RInternString key, const SV& value) {
@@ -125,11 +133,11 @@ void ValueKeyMap::SetValue(RInternString key, const SV& value) {
     LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
     const auto itr = m_dict.find(key);
     if (itr == m_dict.end()) {
-        m_dict.emplace(key, value);
-        return;
+        return Insert(key, value);
     }
     CheckSameType(value, itr->second);
     itr->second = value;
+    m_index.Put(key, itr->second);
 }
 
 const Type* ValueKeyMap::GetKeyType() const {

@@ -3,6 +3,7 @@
 #include <memory>
 #include <unordered_map>
 
+#include "core/main/store/NameIndex.h"
 #include "core/main/store/NamedCollectionBridge.h"
 #include "lum/core/store/StoreValue.h"
 
@@ -33,7 +34,7 @@ public:
     std::unique_ptr<StoreValue> Clone() const override;
 
     /// The member, or null where there is none: for walks that need no share of what they pass.
-    const SV* FindMember(const RInternString& key) const;
+    const SV* FindMember(const RInternString& key) const noexcept { return m_index.Find(key); }
 
     // IStoreMutableCollection
     SV TryGetValue(const RInternString& key) const override;
@@ -56,6 +57,10 @@ protected:
     const SV& GetEntry(const RInternString& key) const override;
 
 private:
+    void Insert(const RInternString& key, const SV& value);
+
+    NameIndex m_index;  // Of all members; first, where it shares a cache line with what else a
+                        // find needs of the object.
     Members m_dict;
 };
 

@@ -100,7 +100,7 @@ public:
 /// An array whose elements come through indices that a caller may see.
 class LUM_CORE_API ArrayWithIndices {
 public:
-    virtual ~ArrayWithIndices();
+    virtual ~ArrayWithIndices() = default;
     virtual ArrayView<const unsigned> GetIndices() const = 0;
 };
 

@@ -13,7 +13,7 @@ namespace lum::core {
 /// Errors: those of the concrete collection, for a key that it cannot read or does not have.
 class LUM_CORE_API IStoreCollection {
 public:
-    virtual ~IStoreCollection();
+    virtual ~IStoreCollection() = default;
     /// Errors: as the collection says where there is no such key.
     virtual SV GetValue(const RInternString& key) const = 0;
     /// Null where there is no such key.

@@ -13,7 +13,7 @@ class LUM_CORE_API SpecialKindIterable {
 public:
     using Iterator = std::unordered_set<SpecialKind>::const_iterator;
 
-    virtual ~SpecialKindIterable();
+    virtual ~SpecialKindIterable() = default;
     virtual Iterator begin() const = 0;
     virtual Iterator end() const = 0;
 };

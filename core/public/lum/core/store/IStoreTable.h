@@ -28,12 +28,12 @@ public:
     /// The columns with their names; lives as long as the table.
     class LUM_CORE_API ColumnIterable {
     public:
-        virtual ~ColumnIterable();
+        virtual ~ColumnIterable() = default;
         virtual Columns::const_iterator begin() const = 0;
         virtual Columns::const_iterator end() const = 0;
     };
 
-    virtual ~IStoreTable();
+    virtual ~IStoreTable() = default;
     virtual lumsize_t GetColumnCount() const = 0;
     virtual lumsize_t GetRowCount() const = 0;
     virtual bool HasColumn(const RInternString& name) const = 0;

@@ -17,7 +17,7 @@ namespace lum::core {
 /// Cost: Dereference allocates a value.
 class LUM_CORE_API IStoreValueIterator {
 public:
-    virtual ~IStoreValueIterator();
+    virtual ~IStoreValueIterator() = default;
     virtual std::unique_ptr<IStoreValueIterator> Clone() const = 0;
     /// Whether the two stand at different places of one walk. False where `other` is empty or
     /// belongs to another kind of collection, so that a loop against it ends at once.
@@ -39,12 +39,12 @@ public:
     ///     for (auto it = x.begin()->Clone(); *it != x.end(); it->Advance()) { it->Dereference(); }
     class LUM_CORE_API StoreValueIterable {
     public:
-        virtual ~StoreValueIterable();
+        virtual ~StoreValueIterable() = default;
         virtual const std::unique_ptr<IStoreValueIterator>& begin() const = 0;
         virtual const std::unique_ptr<IStoreValueIterator>& end() const = 0;
     };
 
-    virtual ~IUniformCollection();
+    virtual ~IUniformCollection() = default;
     /// Special elements of an array count, and so do the special members of a set.
     virtual lumsize_t GetCount() const = 0;
     virtual const Type* GetType() const = 0;

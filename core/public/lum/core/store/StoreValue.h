@@ -49,7 +49,7 @@ LUM_CORE_API const IStoreDictionary<K, V>& CastToDictionary(const StoreValue& va
 /// Errors: LumRuntimeException with the code named at the operation; the value stays as it was.
 class LUM_CORE_API StoreValue {
 public:
-    virtual ~StoreValue();
+    virtual ~StoreValue() = default;
 
     virtual StoreType GetStoreType() const { return GetType()->GetStoreType(); }
     virtual SpecialKind GetSpecialKind() const { return SpecialKind::Normal; }
