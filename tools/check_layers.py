@@ -98,6 +98,7 @@ THIRD_PARTY = {
     "benchmark/": ["bench/*"],
     "rapidjson/": ["bench/*"],
     "absl/": ["bench/*"],
+    "Eigen/": ["bench/*"],
 }
 
 # Folders whose headers are installed, and folders that hold what they may never name.

@@ -35,7 +35,7 @@ const Names kArithmeticNames = {L"+", L"-", L"*", L"/", L"bitor"};
 const Names kComparisonNames = {L"==", L"!=", L"<", L"<=", L">", L">="};
 const Names kTestNames = {L"isTrue", L"isFalse"};
 
-/// 247 keys of 56 names.
+/// About as many keys, of as many names, as there are built-in functions.
 std::vector<FunctionKey> MakeKeys() {
     const std::vector<const Type*> numbers = {IntType::Get32(), IntType::Get64(), RealType::Get32(),
                                               RealType::Get64()};

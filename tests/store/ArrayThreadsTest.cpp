@@ -7,8 +7,10 @@
 #include <vector>
 
 #include "lum/core/store/ArrayFactory.h"
+#include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/StoreTypeDispatcher.h"
+#include "lum/core/store/TableFactory.h"
 #include "tests/support/CollatorPoolGuard.h"
 #include "tests/support/ColumnForms.h"
 #include "tests/support/ColumnText.h"
@@ -43,6 +45,19 @@ TEST(ArrayThreadsTest, FirstReadsAtOnce) {
             });
         });
     }
+}
+
+TEST(ArrayThreadsTest, RowsOfATableCutAtOnce) {
+    const SV column = factory::MakeArray<unsigned>(
+        IntType::Get32(), std::vector<unsigned>{1, 2, 3, 4}, SortSpecOrder::UNKNOWN);
+    const SV table = factory::MakeTable({{L"a", column}, {L"b", column}}, {});
+    const SV window = table->AsTable().GetRowRange(1, 2, 1);
+    std::vector<const StoreValue*> columns(kThreadCount);
+    test::RunTogether(kThreadCount, [&](std::size_t thread) {
+        columns[thread] = window->AsTable().GetColumn(L"b").get();
+    });
+    EXPECT_EQ(columns, std::vector<const StoreValue*>(kThreadCount, columns[0]));
+    EXPECT_EQ(test::TextOf(*columns[0]), "i: 2 3");
 }
 
 TEST(ArrayThreadsTest, RowsMadeByTheColumnItself) {

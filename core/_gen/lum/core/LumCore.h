@@ -69,6 +69,7 @@
 #include "lum/core/store/StoreTypeDispatcher.h"  // IWYU pragma: export
 #include "lum/core/store/StoreValue.h"  // IWYU pragma: export
 #include "lum/core/store/StoreValueFwd.h"  // IWYU pragma: export
+#include "lum/core/store/TableFactory.h"  // IWYU pragma: export
 #include "lum/core/store/TemporaryRawData.h"  // IWYU pragma: export
 #include "lum/core/store/TupleFactory.h"  // IWYU pragma: export
 #include "lum/core/store/ValueCompositeArrayRange.h"  // IWYU pragma: export
