@@ -11,6 +11,7 @@
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/TableFactory.h"
+#include "lum/core/types/ScalarTypes.h"
 #include "tests/support/CollatorPoolGuard.h"
 #include "tests/support/ColumnForms.h"
 #include "tests/support/ColumnText.h"

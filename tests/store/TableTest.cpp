@@ -145,7 +145,7 @@ TEST(TableTest, RefusesColumns) {
     // The type alone tells an array from another value, and a special has one.
     const SV special = factory::MakeTable(
         {{L"n", factory::MakeSpecial(ArrayType::Get(IntType::Get32()), SpecialKind::Null)}}, {});
-    EXPECT_LUM_ERROR(ExpectedArray, "\nArray (special kind: Null)",
+    EXPECT_LUM_ERROR(ExpectedArray, "Array (special kind: Null)",
                      special->AsTable().GetRowRange(0, 1, 1));
 }
 
