@@ -11,6 +11,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/steps.sh"
 readonly golden=examples/data/demo.golden
 readonly penguins=examples/data/penguins.csv
 readonly weather=examples/data/seattle-weather.csv
+readonly program=examples/data/weather.vtl
 # What is shown of long output.
 readonly shown_lines=12
 readonly shown_columns=100
@@ -51,6 +52,25 @@ demo() {
         types "$weather" --type precipitation=f --type date=s
     run_host "The form for web pages: compact, without types." \
         show "$weather" --slim
+    run_host "Functions are found by name and types; their special forms have rules for Null." \
+        functions sqrt
+    run_host "A function of two columns: the range of each day's temperature." \
+        apply - "$weather" temp_max temp_min
+    run_host "The square roots of the masses. What was not weighed stays Null." \
+        apply sqrt "$penguins" "Body Mass (g)"
+    run_host "Which days had rain or snow? The function is made from a set of two members." \
+        apply isInSet "$weather" weather --constant rain --constant snow
+    run_host "The sum of all masses, with nothing as its initial value." \
+        fold sum "$penguins" "Body Mass (g)" --initial Null
+    run_host "The highest temperature up to each day." \
+        fold max "$weather" temp_max --initial Null --scan
+    run_host "A program in Vtl, as it is understood: monthly means, extremes, counts, a running sum." \
+        check "$program"
+    run_host "It runs over the columns; statements that do not depend on each other run at once." \
+        run "$program" "$weather" --type date=t --print mean --print difference --print verdict \
+        --print hottest --print coldest --print missing --print hotDayCount --print hottestDates
+    run_host "The sum of the rain up to each day." \
+        run "$program" "$weather" --type date=t --print rainSoFar
 }
 
 case ${1:-} in

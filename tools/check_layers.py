@@ -93,12 +93,15 @@ THIRD_PARTY = {
     "tbb/": ["core/main/*", "bench/*"],
     "oneapi/": ["core/main/*"],
     "boost/": ["core/main/*"],
+    "json/": ["core/main/serialize/JsonValueAdapter.*", "bench/*"],
     "gtest/": ["tests/*"],
     "gmock/": ["tests/*"],
     "benchmark/": ["bench/*"],
     "rapidjson/": ["bench/*"],
     "absl/": ["bench/*"],
     "Eigen/": ["bench/*"],
+    "google/protobuf/": ["bench/*"],
+    "msgpack": ["bench/*"],
 }
 
 # Folders whose headers are installed, and folders that hold what they may never name.
@@ -109,6 +112,7 @@ HOSTS = ["examples/*", "tests/package/*"]
 
 SEARCH_FOLDERS = [
     "", "lumsys/public", "lummetrics/public", "core/public", "core/_gen", "core/_gen_private",
+    "examples/engine",
     "examples/host",
 ]
 SOURCE_FOLDERS = ["lumsys", "lummetrics", "core", "examples", "tests", "fuzz", "bench"]

@@ -155,8 +155,8 @@ void BM_IsSingleToken(benchmark::State& state) {
     VtlToken token;
     for (auto _ : state) {
         for (const TStringCore& name : names) {
-            benchmark::DoNotOptimize(VtlScanner::IsSingleToken(name, VtlTokenKind::Identifier,
-                                                               token, /*skipValue=*/true));
+            benchmark::DoNotOptimize(
+                VtlScanner::IsSingleToken(name, VtlTokenKind::Identifier, token));
         }
     }
     Report(state, byteCount, names.size());

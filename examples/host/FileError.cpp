@@ -1,10 +1,23 @@
 #include "FileError.h"
 
+#include "lum/core/utility/LumException.h"
+
 namespace lumhost {
 namespace {
 
-std::string Compose(const std::string& file, unsigned long long line, const std::string& text) {
-    return line == 0 ? file + ": " + text : file + ":" + std::to_string(line) + ": " + text;
+std::string Compose(const std::string& file, unsigned long long line, unsigned long long column,
+                    const std::string& text) {
+    std::string place = file;
+    if (line != 0) {
+        place += ":" + std::to_string(line);
+        place += column != 0 ? ":" + std::to_string(column) : "";
+    }
+    return place + ": " + text;
+}
+
+bool IsControl(char byte) {
+    const auto code = static_cast<unsigned char>(byte);
+    return code < 0x20 || code == 0x7F;
 }
 
 bool ContinuesCharacter(char byte) {
@@ -13,8 +26,9 @@ bool ContinuesCharacter(char byte) {
 
 }  // namespace
 
-FileError::FileError(const std::string& file, unsigned long long line, const std::string& text)
-    : std::runtime_error(Compose(file, line, text)), m_file(file), m_line(line) {}
+FileError::FileError(const std::string& file, unsigned long long line, unsigned long long column,
+                     const std::string& text)
+    : std::runtime_error(Compose(file, line, column, text)), m_file(file), m_line(line) {}
 
 std::string QuoteForMessage(std::string_view text) {
     constexpr std::size_t kShownBytes = 40;
@@ -28,11 +42,23 @@ std::string QuoteForMessage(std::string_view text) {
     }
     std::string quoted = "\"";
     for (const char byte : text.substr(0, shown)) {
-        const auto code = static_cast<unsigned char>(byte);
-        quoted += code < 0x20 || code == 0x7F ? '?' : byte;
+        quoted += IsControl(byte) ? '?' : byte;
     }
     quoted += shown < text.size() ? "...\"" : "\"";
     return quoted;
+}
+
+std::string MessageOf(const lum::core::LumException& error) {
+    // The details stand on a line of their own, behind a message that may end with a blank.
+    std::string text = error.what();
+    text.erase(text.find_last_not_of(' ') + 1);
+    for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', end)) {
+        text.replace(end, 1, end > 0 && text[end - 1] == ' ' ? "" : " ");
+    }
+    for (char& byte : text) {
+        byte = IsControl(byte) ? '?' : byte;
+    }
+    return text + " (error " + std::to_string(static_cast<int>(error.GetError())) + ")";
 }
 
 }  // namespace lumhost

@@ -22,15 +22,6 @@ constexpr int kDone = 0;
 constexpr int kDataFault = 1;
 constexpr int kUsageFault = 2;
 
-// The library's exceptions put their details on a line of their own, behind a message that may end
-// with a blank.
-std::string OnOneLine(std::string text) {
-    for (std::size_t end = text.find('\n'); end != std::string::npos; end = text.find('\n', end)) {
-        text.replace(end, 1, end > 0 && text[end - 1] == ' ' ? "" : " ");
-    }
-    return text;
-}
-
 void StartLibrary(bool isVerbose) {
     using namespace lum::core;
     // Strings are compared and hashed through the pool, so it comes first of all.
@@ -84,7 +75,7 @@ int main(int argumentCount, char** arguments) {
         // The file and the line come first, where editors look for them.
         return Fail(kDataFault, error.what());
     } catch (const lum::core::LumException& error) {
-        return Fail(kDataFault, "lumhost: " + OnOneLine(error.what()));
+        return Fail(kDataFault, "lumhost: " + lumhost::MessageOf(error));
     } catch (const std::bad_alloc&) {
         return Fail(kDataFault, "lumhost: out of memory");
     } catch (const std::length_error&) {

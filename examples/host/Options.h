@@ -16,15 +16,24 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-enum class Command { Help, Show, Types };
+enum class Command { Help, Show, Types, Functions, Apply, Fold, Run, Check };
 enum class JsonStyle { Readable, Compact, Slim };
+enum class FoldResult { Value, Scan, ScanRight };
 
 /// What the command line asks for.
 struct Options {
     Command command = Command::Help;
-    std::string helpText;  ///< of Command::Help alone
-    std::string file;
+    std::string helpText;                 ///< of Command::Help alone
+    std::optional<std::string> function;  ///< of Functions, where it may be missing, Apply and Fold
+    std::string program;                  ///< the file of Run and Check
+    std::string file;                     ///< of all but Functions and Check
     std::optional<std::string> keyPath;
+    std::vector<std::string> columns;    ///< one or two of Apply, one of Fold
+    std::vector<std::string> constants;  ///< given by --constant, in order
+    std::optional<std::string> initial;  ///< of Fold, which always has it
+    std::vector<std::string> prints;     ///< given by --print, in order
+    bool isTimed = false;
+    FoldResult fold = FoldResult::Value;
     JsonStyle style = JsonStyle::Readable;
     bool hasHeader = true;
     std::vector<std::pair<std::string, ColumnType>> types;  ///< given by --type, in order

@@ -1,5 +1,9 @@
 #include "lumsys/main/Utf.h"
 
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+
 #include "lumsys/TStringCore.h"
 
 namespace lumsys {
@@ -66,6 +70,34 @@ Decoded DecodeUtf8(const unsigned char* bytes, std::size_t count) noexcept {
     return {code, length};
 }
 
+/// How many units below 0x80 stand in front. Texts are mostly such, so they are looked at in
+/// blocks.
+std::size_t CountAscii(const char16_t* units, std::size_t count) noexcept {
+    constexpr std::size_t kBlock = 32;
+    std::size_t i = 0;
+    for (; i + kBlock <= count; i += kBlock) {
+        char16_t seen = 0;
+        for (std::size_t k = 0; k < kBlock; ++k) {
+            seen = static_cast<char16_t>(seen | units[i + k]);
+        }
+        if (seen >= 0x80) {
+            break;
+        }
+    }
+    while (i < count && units[i] < 0x80) {
+        ++i;
+    }
+    return i;
+}
+
+constexpr std::size_t kWord = 8;
+
+bool IsAsciiWord(const unsigned char* bytes) noexcept {
+    std::uint64_t word;
+    std::memcpy(&word, bytes, kWord);
+    return (word & 0x8080808080808080u) == 0;
+}
+
 }  // namespace
 
 void AppendUtf8(TStringCore& text, const char* bytes, std::size_t count) {
@@ -75,16 +107,19 @@ void AppendUtf8(TStringCore& text, const char* bytes, std::size_t count) {
     char16_t* const start = text.prepareAppend(count);
     char16_t* out = start;
     while (count != 0) {
-        if (in[0] < 0x80) {
-            *out++ = in[0];
-            ++in;
+        if (count >= kWord && IsAsciiWord(in)) {
+            out = std::copy(in, in + kWord, out);
+            in += kWord;
+            count -= kWord;
+        } else if (in[0] < 0x80) {
+            *out++ = *in++;
             --count;
-            continue;
+        } else {
+            const Decoded decoded = DecodeUtf8(in, count);
+            out = WriteCodePoint(decoded.code, out);
+            in += decoded.bytes;
+            count -= decoded.bytes;
         }
-        const Decoded decoded = DecodeUtf8(in, count);
-        out = WriteCodePoint(decoded.code, out);
-        in += decoded.bytes;
-        count -= decoded.bytes;
     }
     text.commitAppend(static_cast<std::size_t>(out - start));
 }
@@ -108,6 +143,15 @@ std::string ToUtf8(const char16_t* units, std::size_t count) {
     std::string bytes;
     bytes.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
+        if (units[i] < 0x80) {
+            const std::size_t run = CountAscii(units + i, count - i);
+            const std::size_t start = bytes.size();
+            bytes.resize(start + run);
+            std::transform(units + i, units + i + run, bytes.data() + start,
+                           [](char16_t unit) { return static_cast<char>(unit); });
+            i += run - 1;
+            continue;
+        }
         char32_t code = units[i];
         if (code >= 0xD800 && code <= 0xDBFF && i + 1 < count && units[i + 1] >= 0xDC00 &&
             units[i + 1] <= 0xDFFF) {
@@ -116,9 +160,7 @@ std::string ToUtf8(const char16_t* units, std::size_t count) {
         if (IsSurrogate(code)) {
             code = kReplacement;
         }
-        if (code < 0x80) {
-            bytes.push_back(static_cast<char>(code));
-        } else if (code < 0x800) {
+        if (code < 0x800) {
             bytes.push_back(static_cast<char>(0xC0 | code >> 6));
             bytes.push_back(static_cast<char>(0x80 | (code & 0x3F)));
         } else if (code < 0x10000) {

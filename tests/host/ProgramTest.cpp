@@ -112,6 +112,165 @@ TEST_F(ProgramTest, ListsTypesInTheOrderOfTheFile) {
               "weather:A<s>\n");
 }
 
+TEST_F(ProgramTest, ListsFunctions) {
+    const Outcome one = Run("functions -");
+    EXPECT_EQ(one.error, "");
+    EXPECT_EQ(one.out,
+              "function  inputs                 output  forms             flags\n"
+              "-         Int32                  Int32   regular\n"
+              "-         Int64                  Int64   regular\n"
+              "-         Real32                 Real32  regular\n"
+              "-         Real64                 Real64  regular\n"
+              "-         Int32, Int32           Int32   regular, special\n"
+              "-         Int64, Int64           Int64   regular, special\n"
+              "-         Real32, Real32         Real32  regular, special\n"
+              "-         Real64, Real64         Real64  regular, special\n"
+              "-         list (Int32, Int32)    Int32   -\n"
+              "-         list (Int64, Int64)    Int64   -\n"
+              "-         list (Real32, Real32)  Real32  -\n"
+              "-         list (Real64, Real64)  Real64  -\n");
+    EXPECT_EQ(Run("functions keepOnlyFirst").out,
+              "function       inputs   output  forms    flags\n"
+              "keepOnlyFirst  Int32    Bool    regular  creator (), stateful\n"
+              "keepOnlyFirst  Int64    Bool    regular  creator (), stateful\n"
+              "keepOnlyFirst  String   Bool    regular  creator (), stateful\n"
+              "keepOnlyFirst  AnyType  Bool    regular  creator (), stateful\n");
+    ExpectFault(Run("functions foo"), 2,
+                "lumhost: there is no function \"foo\"; 'lumhost functions' lists all\n");
+}
+
+TEST_F(ProgramTest, AppliesAndFoldsFunctions) {
+    WriteFile("small.csv", "n,m,t,b\n4,1,sun,true\n,2,Null,\n-9,3,rain,false\n");
+    struct {
+        const char* arguments;
+        const char* out;
+    } const cases[] = {
+        {"apply inc small.csv n", "[5,[0,\"Null\"],-8]\n"},
+        {"apply sqrt small.csv n", "[2,[0,\"Null\"],[0,\"Null\"]]\n"},
+        {"apply sqrt small.csv n --type n=r", "[2,[0,\"Null\"],[0,\"Null\"]]\n"},
+        {"apply - small.csv n m", "[3,[0,\"Null\"],-12]\n"},
+        {"apply - small.csv m", "[-1,-2,-3]\n"},
+        {"apply '<' small.csv n --constant -2", "[false,[false,\"Null\"],true]\n"},
+        {"apply isInSet small.csv t --constant sun --constant \"'Null'\"", "[true,true,false]\n"},
+        {"apply keepOnlyTrue small.csv b", "[true,[false,\"Null\"],false]\n"},
+        {"fold sum small.csv m --initial 10", "16\n"},
+        {"fold sum small.csv n --initial Null", "-5\n"},
+        {"fold sum small.csv n --initial Null --scan-right", "[-5,-9,-9]\n"},
+        {"fold min small.csv n --initial=Null --scan", "[4,4,-9]\n"},
+        {"fold and small.csv b --initial true --scan", "[true,true,false]\n"},
+        {"fold countAll small.csv b --initial 0", "3\n"},
+        {"fold sum seattle-weather.csv precipitation --initial 0", "4426.0000000000082\n"},
+        {"fold max seattle-weather.csv temp_max --initial Null", "35.600000000000001\n"},
+        {"fold sum penguins.csv 'Body Mass (g)' --initial 0", "1437000\n"},
+        {"fold count penguins.csv 'Body Mass (g)' --initial 0", "342\n"},
+        {"fold countNulls penguins.csv Sex --initial 0", "10\n"},
+        {"fold max seattle-weather.csv date --initial Null", "\"2015-12-31\"\n"},
+    };
+    for (const auto& testCase : cases) {
+        const Outcome outcome = Run(testCase.arguments);
+        EXPECT_EQ(outcome.out, testCase.out) << testCase.arguments;
+        EXPECT_EQ(outcome.error, "") << testCase.arguments;
+        EXPECT_EQ(outcome.status, 0) << testCase.arguments;
+    }
+}
+
+TEST_F(ProgramTest, RunsPrograms) {
+    WriteFile("small.csv", "n,t\n4,sun\n,rain\n");
+    WriteFile("small.vtl",
+              "// twice\nn -> map (multiplyConstant :2:i) -> out/n\n"
+              "n -> reduce :0:i (sum) -> total\n");
+    EXPECT_EQ(Run("run small.vtl small.csv --print out/n --print total --print out/n/1").out,
+              "out/n: [8,[0,\"Null\"]]\ntotal: 4\nout/n/1: \"Null\"\n");
+    EXPECT_EQ(Run("run small.vtl small.csv").out, "out/n:A<i>\ntotal:i\n");
+    const Outcome timed = Run("run small.vtl small.csv --time --print total");
+    EXPECT_EQ(timed.out.find("line 2: map, 2 rows, "), 0u) << timed.out;
+    EXPECT_NE(timed.out.find("\nline 3: reduce, 2 rows, "), std::string::npos) << timed.out;
+    EXPECT_EQ(timed.out.substr(timed.out.rfind("\ntotal")), "\ntotal: 4\n");
+    WriteFile("empty.vtl", "");
+    EXPECT_EQ(Run("run empty.vtl small.csv").out, "");
+    const Outcome check = Run("check small.vtl");
+    EXPECT_EQ(check.out,
+              "// twice\nn -> map (multiplyConstant :2:i) -> out/n\n"
+              "n -> reduce :0:i (sum) -> total\n");
+    EXPECT_EQ(check.status, 0);
+}
+
+// The place is that of the word with which no statement can go on.
+TEST_F(ProgramTest, FaultsOfPrograms) {
+    WriteFile("small.csv", "n,t\n4,sun\n");
+    struct {
+        const char* text;
+        const char* error;
+    } const cases[] = {
+        {"n -> copy -> a\n\nn -> nosuch -> b\n", "3:6: unknown type name nosuch (error 196)"},
+        {"n copy -> a", "1:11: unknown type name a (error 196)"},
+        {"n -> map (inc :1:i -> b", "1:20: unexpected token n -> map (inc :1:i -> b (error 163)"},
+        {"n -> map", "1:9: unexpected token n -> map (error 163)"},
+        {"n -> constant :1 -> b", "1:15: operator argument type spec not found (error 268)"},
+        {"-> constant :'a\nb':s -> x\nn -> ) -> y",
+         "1:13: unexpected token -> constant :'a b':s -> x (error 163)"},
+        {"n -> copy -> a\n  n -> copy -> b\n", "2:3: unexpected child transform found (error 257)"},
+        {"  n -> copy -> a", "1:3: invalid nesting of transforms (error 258)"},
+    };
+    for (const auto& testCase : cases) {
+        SCOPED_TRACE(testCase.text);
+        WriteFile("small.vtl", testCase.text);
+        ExpectFault(Run("check small.vtl"), 1, std::string("small.vtl:") + testCase.error + "\n");
+        ExpectFault(Run("run small.vtl small.csv"), 1,
+                    std::string("small.vtl:") + testCase.error + "\n");
+    }
+    WriteFile("small.vtl",
+              "// first\nn -> copy -> a\n\na b -> block :f ->\n  a -> map (no) -> c\n"
+              "n n -> call :f -> d\n");
+    ExpectFault(Run("run small.vtl small.csv"), 1,
+                "small.vtl:6: transform function not found: no(i) (error 141)\n");
+    ExpectFault(Run("run none.vtl small.csv"), 1, "none.vtl: No such file or directory\n");
+    WriteFile("small.vtl", "n -> copy -> a");
+    ExpectFault(Run("run small.vtl small.csv --print b"), 1,
+                "small.vtl: there is no value at the key path \"b\"\n");
+    WriteFile("small.vtl", "\xff -> copy -> a");
+    ExpectFault(Run("check small.vtl"), 1, "small.vtl: the text is not UTF-8\n");
+}
+
+TEST_F(ProgramTest, FaultsOfFunctions) {
+    WriteFile("small.csv", "n,t\n4,sun\n0,rain\n");
+    struct {
+        const char* arguments;
+        int status;
+        const char* error;
+    } const cases[] = {
+        {"apply sqrt small.csv t", 1,
+         "lumhost: transform function not found: sqrt(s<ROOT>) (error 141)\n"},
+        {"apply / small.csv n n", 1, "lumhost: divide by zero error (error 8)\n"},
+        {"apply divideConstant small.csv n --constant 0", 1,
+         "lumhost: divide by zero error (error 8)\n"},
+        {"apply addConstant small.csv n --constant Null", 1,
+         "lumhost: expected int32 but was Int32 (special kind: Null) (error 65)\n"},
+        {"fold sum small.csv t --initial 0", 1,
+         "lumhost: transform function not found: sum(s<ROOT>, s<ROOT>) (error 141)\n"},
+        {"apply inc small.csv x", 1, "small.csv: there is no column \"x\"\n"},
+        {"apply foo none.csv n", 2,
+         "lumhost: no function \"foo\" takes one column; 'lumhost functions' lists all\n"},
+        {"apply inc none.csv n t", 2,
+         "lumhost: no function \"inc\" takes two columns; 'lumhost functions' lists all\n"},
+        {"fold isTrue none.csv n --initial 0", 2,
+         "lumhost: no function \"isTrue\" folds one column; 'lumhost functions' lists all\n"},
+        {"apply inc small.csv n --constant 1", 2,
+         "lumhost: 'inc' takes no --constant here, not 1\n"},
+        {"apply addConstant small.csv n", 2,
+         "lumhost: 'addConstant' takes 1 --constant here, not 0\n"},
+        {"apply isInSet small.csv n", 2,
+         "lumhost: 'isInSet' takes at least one --constant here, not 0\n"},
+        {"apply addConstant small.csv n --constant 1.5", 2,
+         "lumhost: \"1.5\" cannot be read as Int32\n"},
+        {"fold sum small.csv n --initial x", 2, "lumhost: \"x\" cannot be read as Int32\n"},
+    };
+    for (const auto& testCase : cases) {
+        SCOPED_TRACE(testCase.arguments);
+        ExpectFault(Run(testCase.arguments), testCase.status, testCase.error);
+    }
+}
+
 // A pipe cannot be read twice.
 TEST_F(ProgramTest, ReadsFromAPipe) {
     EXPECT_EQ(Run("show /dev/stdin n/1", "printf 'n\\n1\\n2\\n'").out, "2\n");

@@ -39,6 +39,22 @@ std::unique_ptr<IDataStore> MakeStore() {
 void CheckJson() {
     const std::string json = SerializeDataStoreCompact(*MakeStore()).toStdString();
     Expect(json == R"({"sales:M{ amount:A<i> }":{"amount:A<i>":[3,[0,"Null"],5]}})", json.c_str());
+    const auto again = StoreValueParser::MakeDataStore(TStringCore::fromUtf8(json));
+    Expect(SerializeDataStoreCompact(*again).toStdString() == json, "the text does not read back");
+    try {
+        StoreValueParser::MakeDataStore(L"[");
+        Expect(false, "a broken text did not throw");
+    } catch (const LumRuntimeException& error) {
+        Expect(error.GetError() == LumError::JsonParseFailure, error.what());
+    }
+    // The exceptions of the JSON parser come through as what a host can catch.
+    try {
+        StoreValueParser::MakeDataStore(L"{\"a:i\":\"x\"}");
+        Expect(false, "a string as a number did not throw");
+    } catch (const LumException& error) {
+        Expect(false, error.what());
+    } catch (const std::exception&) {
+    }
 }
 
 // The interfaces' type information has to be one on both sides.

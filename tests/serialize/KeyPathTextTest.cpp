@@ -327,16 +327,16 @@ TEST_F(KeyPathTextTest, TypeOfAnotherClass) {
 TEST_F(KeyPathTextTest, ReadsListsOfPaths) {
     VtlScanner scanner{TStringCore(L"a/b 'c d':A<i> 12 e :s -> f")};
     std::string texts;
-    for (const KeyPath& path : ReadKeyPaths(scanner)) {
+    for (const KeyPath& path : KeyPathReader().ReadAll(scanner)) {
         texts += TextOf(path, /*includeTypes=*/true) + ' ';
     }
     EXPECT_EQ(texts, "a/b 'c d':A<i> 12 e:s ");
     EXPECT_TRUE(scanner.Accept(Kind::Arrow));
-    EXPECT_EQ(ReadKeyPaths(scanner).size(), 1u);
-    EXPECT_TRUE(ReadKeyPaths(scanner).empty());
+    EXPECT_EQ(KeyPathReader().ReadAll(scanner).size(), 1u);
+    EXPECT_TRUE(KeyPathReader().ReadAll(scanner).empty());
 
     VtlScanner failing{TStringCore(L"a b/ ->")};
-    EXPECT_LUM_REPORT(UnexpectedToken, "a b/ ->", "", ReadKeyPaths(failing));
+    EXPECT_LUM_REPORT(UnexpectedToken, "a b/ ->", "", KeyPathReader().ReadAll(failing));
 }
 
 TEST_F(KeyPathTextTest, ColonsBehindNames) {
@@ -357,7 +357,8 @@ TEST_F(KeyPathTextTest, ColonsBehindNames) {
     };
     for (const Case& test : cases) {
         VtlScanner scanner{TStringCore(test.text)};
-        EXPECT_EQ(TextOf(ReadKeyPath(scanner, test.typeColon), /*includeTypes=*/true), test.path)
+        EXPECT_EQ(TextOf(KeyPathReader().Read(scanner, test.typeColon), /*includeTypes=*/true),
+                  test.path)
             << TStringCore(test.text);
         EXPECT_TRUE(scanner.PeekIs(test.next)) << TStringCore(test.text);
     }

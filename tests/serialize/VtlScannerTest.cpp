@@ -231,8 +231,8 @@ TEST(VtlScannerTest, RealsAreTheNearest) {
     }
     for (const std::string& text : texts) {
         VtlToken token;
-        if (VtlScanner::IsSingleToken(TStringCore::fromUtf8(text), Kind::IntegerLiteral, token,
-                                      /*skipValue=*/false)) {
+        const TStringCore scanned = TStringCore::fromUtf8(text);
+        if (VtlScanner::IsSingleToken(scanned, Kind::IntegerLiteral, token)) {
             continue;
         }
         ASSERT_TRUE(token.Is(Kind::RealLiteral)) << text;
@@ -362,12 +362,10 @@ std::vector<ModelToken> ModelScan(const std::string& text) {
     return tokens;
 }
 
-std::vector<ModelToken> CursorScan(const TStringCore& text, bool skipValue) {
-    VtlCursor cursor(text, skipValue);
+std::vector<ModelToken> CursorScan(VtlCursor cursor) {
     std::vector<ModelToken> tokens;
     for (;;) {
-        VtlToken token;
-        cursor.Scan(token);
+        const VtlToken token = cursor.Scan();
         const bool isInvalid = token.Is(Kind::Invalid);
         tokens.push_back({token.GetKind(), token.GetStart(), isInvalid ? 0 : token.GetEnd()});
         if (isInvalid || token.Is(Kind::End)) {
@@ -435,10 +433,14 @@ TEST(VtlScannerTest, AgreesWithTheModel) {
             text += pieces[random() % std::size(pieces)];
         }
         const std::vector<ModelToken> expected = ModelScan(text);
-        for (const bool skipValue : {false, true}) {
-            ASSERT_EQ(CursorScan(TStringCore::fromUtf8(text), skipValue), expected)
-                << text << " (round " << i << " of seed " << kSeed << ')';
-        }
+        const TStringCore units = TStringCore::fromUtf8(text);
+        ASSERT_EQ(CursorScan(VtlCursor(units.view())), expected)
+            << text << " (round " << i << " of seed " << kSeed << ')';
+        // As a part of a larger text, whose units may be looked at and do not count.
+        const TStringCore larger = units + L"abcdefghijklmnopqrstuvwxyz";
+        const std::u16string_view part = larger.view().substr(0, units.length());
+        ASSERT_EQ(CursorScan(VtlCursor(part, larger.end())), expected)
+            << text << " (round " << i << " of seed " << kSeed << ')';
         tokenCount += expected.size();
     }
     EXPECT_GT(tokenCount, 50000u);
@@ -502,10 +504,8 @@ TEST(VtlScannerTest, AllocatesNothingForShortTokens) {
         scanner.Next();
     }
     VtlToken token;
-    const bool isWord =
-        VtlScanner::IsSingleToken(name, Kind::Identifier, token, /*skipValue=*/true);
-    const bool isString =
-        VtlScanner::IsSingleToken(quoted, Kind::StringLiteral, token, /*skipValue=*/true);
+    const bool isWord = VtlScanner::IsSingleToken(name, Kind::Identifier, token);
+    const bool isString = VtlScanner::IsSingleToken(quoted, Kind::StringLiteral, token);
     EXPECT_EQ(allocations.GetCount(), 0u);
     EXPECT_TRUE(isWord && isString);
 }
@@ -538,24 +538,19 @@ TEST(VtlScannerTest, SingleTokens) {
         {L"a\f", Kind::Identifier, false, 0, 1},
     };
     for (const Case& test : cases) {
-        for (const bool skipValue : {false, true}) {
-            VtlToken token;
-            token.SetInteger(7, 8, 9);  // Nothing of a former token may stay.
-            EXPECT_EQ(VtlScanner::IsSingleToken(test.text, test.kind, token, skipValue),
-                      test.isSingle)
-                << TStringCore(test.text);
-            EXPECT_EQ(token.GetStart(), test.start) << TStringCore(test.text);
-            EXPECT_EQ(token.GetEnd(), test.end) << TStringCore(test.text);
-            if (skipValue) {
-                EXPECT_TRUE(token.GetText().isEmpty());
-                EXPECT_THROW(token.GetInteger(), LumLogicException);
-            }
-        }
+        VtlToken token;
+        const TStringCore text = test.text;
+        EXPECT_EQ(VtlScanner::IsSingleToken(text, test.kind, token), test.isSingle) << text;
+        EXPECT_EQ(token.GetStart(), test.start) << text;
+        EXPECT_EQ(token.GetEnd(), test.end) << text;
     }
+    const TStringCore text = L"12";
     VtlToken token;
-    EXPECT_TRUE(VtlScanner::IsSingleToken(L"12", Kind::IntegerLiteral, token, /*skipValue=*/false));
-    EXPECT_LUM_LOGIC_REPORT(IllegalOperation, "", "(m_hasValue && m_kind == kind)",
+    EXPECT_TRUE(VtlScanner::IsSingleToken(text, Kind::IntegerLiteral, token));
+    EXPECT_LUM_LOGIC_REPORT(IllegalOperation, "", "(m_kind == VtlTokenKind::RealLiteral)",
                             token.GetReal());
+    EXPECT_LUM_LOGIC_REPORT(IllegalOperation, "", "(m_kind == VtlTokenKind::BoolLiteral)",
+                            token.GetBool());
 }
 
 }  // namespace

@@ -2,6 +2,7 @@
 // all must answer as plain vectors of the elements do.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -48,12 +49,26 @@ Cells<T> Picked(const Cells<T>& cells, const std::vector<unsigned>& indices) {
     return picked;
 }
 
+/// Whether the array stands over stored values, and not over runs.
+template <typename T>
+bool IsFlat(const ITypedArray<T>& array) {
+    return !array.IsComposite() && !array.IsConstant();
+}
+
+template <typename T>
+bool HasSpecialCell(const Cells<T>& cells) {
+    return cells.kinds && std::any_of(cells.kinds->begin(), cells.kinds->end(),
+                                      [](SpecialKind kind) { return kind != SpecialKind::Normal; });
+}
+
 template <typename T>
 void CheckElements(const StoreValue& value, const Cells<T>& cells) {
     const ITypedArray<T>& array = value.AsTypedArray<T>();
     const Type* const type = array.GetElementType();
     ASSERT_EQ(array.GetCount(), cells.values.size());
-    EXPECT_EQ(array.HasSpecialValues(), cells.kinds.has_value());
+    // Runs have no room for kinds but in a special run.
+    EXPECT_TRUE(array.HasSpecialValues() == cells.kinds.has_value() ||
+                (!IsFlat(array) && !HasSpecialCell(cells)));
     EXPECT_EQ(value.GetType(), ArrayType::Get(type));
     for (lumsize_t i = 0; i < array.GetCount(); ++i) {
         SCOPED_TRACE(i);
@@ -113,9 +128,10 @@ void CheckBulkReads(const ITypedArray<T>& array, const Cells<T>& cells, lumsize_
         ASSERT_EQ(kinds[i], cells.GetKind(start + i));
         ASSERT_EQ(kindsView[i], cells.GetKind(start + i));
     }
-    // Without room for kinds all of the target is filled.
-    ASSERT_EQ(kinds[length], cells.kinds ? SpecialKind::Error : SpecialKind::Normal);
-    if (length > 0 && !array.HasIndices()) {
+    // Stored values without room for kinds fill all of the target.
+    const bool fillsAll = IsFlat(array) && !cells.kinds;
+    ASSERT_EQ(kinds[length], fillsAll ? SpecialKind::Normal : SpecialKind::Error);
+    if (length > 0 && IsFlat(array) && !array.HasIndices()) {
         ASSERT_EQ(valuesView.GetData(), &array.GetValue(start));  // A view of the storage itself.
     }
 }
@@ -139,37 +155,48 @@ void CheckRows(const ITypedArray<T>& array, const Cells<T>& cells, lumsize_t sta
     }
 }
 
-/// The range as it is told of an array that has indices, and of one that has none.
-std::vector<unsigned> PickRange(bool hasIndices, lumsize_t count, lumsize_t start, lumsize_t length,
+/// The range as it is told of stored values and of runs, with indices and without.
+template <typename T>
+std::vector<unsigned> PickRange(const ITypedArray<T>& array, lumsize_t start, lumsize_t length,
                                 unsigned step) {
+    const lumsize_t count = array.GetCount();
+    if (array.IsConstant()) {
+        // A count alone, of equal elements; a start beyond the end does not cut it.
+        const uint64 reached = start > count ? length : std::min(count - start, length);
+        return std::vector<unsigned>((reached + step - 1) / step, 0u);
+    }
+    if (!array.IsComposite()) {
+        if (start >= count) {
+            start = 0;
+            length = 0;
+        }
+        if (length == 0 && (step != 1 || array.HasIndices())) {
+            length = count;
+        }
+    }
+    const bool isDownward = step >> 31 != 0 && (!array.IsComposite() || array.HasIndices());
+    const uint64 down = (uint64{1} << 32) - step;
     std::vector<unsigned> picked;
-    if (start >= count) {
-        start = 0;
-        length = 0;
-    }
-    if (length == 0 && (step != 1 || hasIndices)) {
-        length = count;
-    }
     for (uint64 i = start; i < count && picked.size() < length;) {
         picked.push_back(static_cast<unsigned>(i));
-        const uint64 down = (uint64{1} << 32) - step;
-        if (step >> 31 != 0 && i < down) {
+        if (isDownward && i < down) {
             break;
         }
-        i = step >> 31 != 0 ? i - down : i + step;
+        i = isDownward ? i - down : i + step;
     }
     return picked;
 }
 
 template <typename T>
 void CheckDerived(const SV& column, const Cells<T>& cells, test::Random& random) {
-    const IStoreArray& array = column->AsArray();
+    const ITypedArray<T>& array = column->AsTypedArray<T>();
     const lumsize_t count = array.GetCount();
     CheckElements<T>(*array.Materialize(), cells);
     EXPECT_FALSE(array.Materialize()->AsArray().HasIndices());
     EXPECT_EQ(array.Materialize()->AsArray().GetSortOrder(), array.GetSortOrder());
     CheckElements<T>(*column->Clone(), cells);
-    EXPECT_EQ(column->Clone()->AsArray().GetSortOrder(), SortSpecOrder::UNKNOWN);
+    EXPECT_EQ(column->Clone()->AsArray().GetSortOrder(),
+              IsFlat(array) ? SortSpecOrder::UNKNOWN : array.GetSortOrder());
 
     std::vector<unsigned> indices(count == 0 ? 0 : random.Below(2 * count));
     for (unsigned& index : indices) {
@@ -177,7 +204,8 @@ void CheckDerived(const SV& column, const Cells<T>& cells, test::Random& random)
     }
     const SV composed = array.ComposeIndices(std::vector<unsigned>(indices), SortSpecOrder::DESC);
     CheckElements<T>(*composed, Picked(cells, indices));
-    EXPECT_EQ(composed->AsArray().GetSortOrder(), SortSpecOrder::DESC);
+    EXPECT_EQ(composed->AsArray().GetSortOrder(),
+              array.IsConstant() ? SortSpecOrder::ASC : SortSpecOrder::DESC);
     const SV composedRaw = array.ComposeIndices(
         VectorRawData<unsigned>::Make(std::vector<unsigned>(indices)), SortSpecOrder::ASC);
     CheckElements<T>(*composedRaw, Picked(cells, indices));
@@ -190,13 +218,14 @@ void CheckDerived(const SV& column, const Cells<T>& cells, test::Random& random)
         SCOPED_TRACE("range from " + std::to_string(start) + " of " + std::to_string(length) +
                      " by " + std::to_string(step));
         const SV range = array.GetRange(start, length, step);
-        const auto picked = PickRange(array.HasIndices(), count, start, length, step);
+        const auto picked = PickRange(array, start, length, step);
         CheckElements<T>(*range, Picked(cells, picked));
         EXPECT_EQ(range->AsArray().GetSortOrder(), array.GetSortOrder());
     }
 }
 
-/// Elements are equal by kind and, below Normal, by value; runs compare placeholders as well.
+/// Elements are equal by kind and, below Normal, by value; the run ends of stored values compare
+/// placeholders as well.
 template <typename T>
 void CheckRuns(const ITypedArray<T>& array, const Cells<T>& cells) {
     // Arrays do not compare, so elements of that type have no runs.
@@ -204,16 +233,39 @@ void CheckRuns(const ITypedArray<T>& array, const Cells<T>& cells) {
         const auto isSameCell = [&](lumsize_t a, lumsize_t b) {
             return cells.GetKind(a) == cells.GetKind(b) && cells.values[a] == cells.values[b];
         };
+        const auto isEqual = [&](lumsize_t a, lumsize_t b) {
+            const bool areSpecial =
+                cells.GetKind(a) != SpecialKind::Normal && cells.GetKind(a) == cells.GetKind(b);
+            return areSpecial || isSameCell(a, b);
+        };
         for (lumsize_t i = 0; i < array.GetCount(); ++i) {
             lumsize_t end = i;
-            while (end + 1 < array.GetCount() && isSameCell(i, end + 1)) {
+            while (end + 1 < array.GetCount() &&
+                   (IsFlat(array) ? isSameCell(i, end + 1) : isEqual(i, end + 1))) {
                 ++end;
             }
             ASSERT_EQ(array.FindRunEnd(i), end);
-            const bool areSpecial =
-                cells.GetKind(0) != SpecialKind::Normal && cells.GetKind(0) == cells.GetKind(i);
-            ASSERT_EQ(array.ElementsEqual(0, i), areSpecial || isSameCell(0, i));
+            ASSERT_EQ(array.ElementsEqual(0, i), isEqual(0, i));
         }
+    }
+}
+
+template <typename T>
+void CheckForm(const SV& column, const SV& form, test::Random& random) {
+    const Cells<T> cells = test::CellsOf<T>(*column);
+    const ITypedArray<T>& array = form->AsTypedArray<T>();
+    const lumsize_t count = array.GetCount();
+    EXPECT_EQ(array.GetSortOrder(),
+              array.IsConstant() ? SortSpecOrder::ASC : column->AsArray().GetSortOrder());
+    CheckElements(*form, cells);
+    CheckWalks(array, cells);
+    CheckRuns(array, cells);
+    CheckDerived(form, cells, random);
+    for (int round = 0; round < 4; ++round) {
+        const auto start = static_cast<lumsize_t>(random.Below(count + 1));
+        const auto length = static_cast<lumsize_t>(random.Below(count - start + 1));
+        CheckBulkReads(array, cells, start, length);
+        CheckRows(array, cells, start, length);
     }
 }
 
@@ -224,25 +276,20 @@ TEST(ArrayFormsTest, AnswerAsTheirElements) {
     for (const Type* const type : test::GetElementTypes()) {
         for (const lumsize_t count : {0u, 1u, 7u, 40u}) {
             const SV column = test::MakeRandomColumn(random, type, count);
-            SCOPED_TRACE(TextOf(column));
-            test::ForEachForm(column, [&](const SV& form) {
-                DispatchStorage(type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
-                    const Cells<T> cells = test::CellsOf<T>(*column);
-                    const ITypedArray<T>& array = form->AsTypedArray<T>();
-                    EXPECT_EQ(array.GetSortOrder(), column->AsArray().GetSortOrder());
-                    EXPECT_FALSE(array.IsConstant() || array.IsComposite());
-                    CheckElements(*form, cells);
-                    CheckWalks(array, cells);
-                    CheckRuns(array, cells);
-                    CheckDerived(form, cells, random);
-                    for (int round = 0; round < 4; ++round) {
-                        const auto start = static_cast<lumsize_t>(random.Below(count + 1));
-                        const auto length = static_cast<lumsize_t>(random.Below(count - start + 1));
-                        CheckBulkReads(array, cells, start, length);
-                        CheckRows(array, cells, start, length);
-                    }
+            // The last element over and over, which is what a constant array can hold.
+            const SV same =
+                column->AsArray()
+                    .WithIndices(std::vector<unsigned>(count, count - 1), SortSpecOrder::DESC)
+                    ->AsArray()
+                    .Materialize();
+            for (const SV& cells : {column, same}) {
+                SCOPED_TRACE(TextOf(cells));
+                test::ForEachForm(cells, [&](const SV& form) {
+                    DispatchStorage(type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
+                        CheckForm<T>(cells, form, random);
+                    });
                 });
-            });
+            }
         }
     }
 }

@@ -42,7 +42,7 @@ TEST(ArrayRangeTest, SelectsElements) {
         {0xFFFFFFFF, 5, kDown, "i: 0"},
         {10, 5, 1, "i:", "i: 0 1 2 3 4 5 6 7 8 9"},
     };
-    test::ForEachForm(test::ColumnOf("i: 0 1 2 3 4 5 6 7 8 9"), [&](const SV& column) {
+    test::ForEachFlatForm(test::ColumnOf("i: 0 1 2 3 4 5 6 7 8 9"), [&](const SV& column) {
         for (const RangeCase& c : cases) {
             SCOPED_TRACE(testing::PrintToString(std::tuple(c.start, c.length, c.step)));
             const bool isIndexed = column->AsArray().HasIndices() && c.indexed != nullptr;
@@ -55,7 +55,7 @@ TEST(ArrayRangeTest, SelectsElements) {
 }
 
 TEST(ArrayRangeTest, EmptyArraysGiveEmptyRanges) {
-    test::ForEachForm(test::ColumnOf("s!:"), [](const SV& column) {
+    test::ForEachFlatForm(test::ColumnOf("s!:"), [](const SV& column) {
         for (const unsigned step : {1u, 2u, ~0u}) {
             EXPECT_EQ(test::TextOf(column->AsArray().GetRange(0, 3, step)), "s!:");
         }

@@ -33,7 +33,7 @@ constexpr char kRange[] =
 constexpr char kOut[] = "(outView.GetSize() >= length)";
 
 TEST(ArrayReadTest, PositionsAreChecked) {
-    test::ForEachForm(ColumnOf("i: 1 - 3"), [](const SV& column) {
+    test::ForEachFlatForm(ColumnOf("i: 1 - 3"), [](const SV& column) {
         const ITypedArray<unsigned>& array = column->AsTypedArray<unsigned>();
         const char* const condition = array.HasIndices()
                                           ? "(static_cast<size_t>(index) < m_indices.GetSize())"
@@ -103,7 +103,7 @@ TEST(ArrayReadTest, BulkReadsCheckTheirRange) {
 
 TEST(ArrayReadTest, StoredValuesAreOfferedWithoutIndicesAlone) {
     constexpr char kNoIndices[] = "!(HasIndices())";
-    test::ForEachForm(ColumnOf("i: 1 - 3"), [&](const SV& column) {
+    test::ForEachFlatForm(ColumnOf("i: 1 - 3"), [&](const SV& column) {
         const ITypedArray<unsigned>& array = column->AsTypedArray<unsigned>();
         if (array.HasIndices()) {
             EXPECT_LUM_REPORT(ArrayHasIndices, "", kNoIndices, array.GetValues());
@@ -176,7 +176,7 @@ TEST(ArrayReadTest, RowsAreWrittenAllOrNone) {
 }
 
 TEST(ArrayReadTest, RunsComparePlaceholdersAndElementsDoNot) {
-    test::ForEachForm(ColumnOf("i: 1 1 1!Null 1!Null 2!Null 2!All 2 2"), [](const SV& column) {
+    test::ForEachFlatForm(ColumnOf("i: 1 1 1!Null 1!Null 2!Null 2!All 2 2"), [](const SV& column) {
         const IStoreArray& array = column->AsArray();
         const lumsize_t ends[] = {1, 1, 3, 3, 4, 5, 7, 7};
         for (lumsize_t i = 0; i < 8; ++i) {

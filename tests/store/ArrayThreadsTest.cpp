@@ -61,6 +61,20 @@ TEST(ArrayThreadsTest, RowsOfATableCutAtOnce) {
     EXPECT_EQ(test::TextOf(*columns[0]), "i: 2 3");
 }
 
+TEST(ArrayThreadsTest, ElementsOfAConstantAreOneObject) {
+    const Type* const type = test::TypeOf("i");
+    for (const SV& column : {factory::MakeConstantArray<unsigned>(type, 7u, 3),
+                             factory::MakeConstantArray<unsigned>(type, 3, SpecialKind::Null)}) {
+        std::vector<SV> elements(2 * kThreadCount);
+        test::RunTogether(kThreadCount, [&](std::size_t thread) {
+            const IStoreArray& array = column->AsArray();
+            elements[2 * thread] = array.GetElement(1);
+            elements[2 * thread + 1] = array.GetStoreValueIterable().begin()->Dereference();
+        });
+        EXPECT_EQ(std::set<SV>(elements.begin(), elements.end()).size(), 1u);
+    }
+}
+
 TEST(ArrayThreadsTest, RowsMadeByTheColumnItself) {
     const test::CollatorPoolGuard pool;
     const auto* const type = &test::TypeOf("P{i,s}")->As<TupleType>();

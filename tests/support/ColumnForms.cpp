@@ -7,6 +7,7 @@
 #include <numeric>
 #include <utility>
 
+#include "core/main/store/ValueCompositeArray.h"
 #include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/RawData.h"
 #include "tests/support/ColumnText.h"
@@ -87,6 +88,60 @@ SV MakeIndexedSlice(const SV& column) {
     });
 }
 
+SV MakeSlicedRuns(const SV& column) {
+    const SV padded = Dispatch(column, [&]<typename T>(StorageTag<T>) {
+        return MakeRuns(MakeColumn<T>(column, Padded(CellsOf<T>(*column))));
+    });
+    return padded == nullptr ? nullptr : padded->AsArray().GetRange(1, column->GetCount(), 1);
+}
+
+SV MakeIndexedRuns(const SV& column) {
+    const SV padded = Dispatch(column, [&]<typename T>(StorageTag<T>) {
+        Cells<T> cells = CellsOf<T>(*column);
+        std::reverse(cells.values.begin(), cells.values.end());
+        if (cells.kinds) {
+            std::reverse(cells.kinds->begin(), cells.kinds->end());
+        }
+        return MakeRuns(MakeColumn<T>(column, Padded(std::move(cells))));
+    });
+    if (padded == nullptr) {
+        return nullptr;
+    }
+    std::vector<unsigned> indices(column->GetCount());
+    std::iota(indices.rbegin(), indices.rend(), 1u);
+    return padded->AsArray().ComposeIndices(std::move(indices), column->AsArray().GetSortOrder());
+}
+
+SV MakeMaterializedRuns(const SV& column) {
+    const SV indexed = MakeIndexedRuns(column);
+    return indexed == nullptr ? nullptr : indexed->AsArray().Materialize();
+}
+
+SV MakeConstant(const SV& column) {
+    const lumsize_t count = column->GetCount();
+    const StoreType storeType = column->AsArray().GetElementType()->GetStoreType();
+    if (count == 0 || (!IsPrimitiveStoreType(storeType) && storeType != StoreType::Tuple)) {
+        return nullptr;
+    }
+    return Dispatch(column, [&]<typename T>(StorageTag<T>) -> SV {
+        const Type* const elementType = column->AsArray().GetElementType();
+        const Cells<T> cells = CellsOf<T>(*column);
+        const SpecialKind kind = cells.GetKind(0);
+        for (lumsize_t i = 1; i < count; ++i) {
+            if (cells.values[i] != cells.values[0] || cells.GetKind(i) != kind) {
+                return nullptr;
+            }
+        }
+        if (kind == SpecialKind::Normal) {
+            return cells.kinds ? nullptr
+                               : factory::MakeConstantArray<T>(elementType, cells.values[0], count);
+        }
+        // Below a special constant stands a default value.
+        return cells.values[0] == T() ? factory::MakeConstantArray<T>(elementType, count, kind)
+                                      : nullptr;
+    });
+}
+
 SV MakeMaterialized(const SV& column) {
     return MakeIndexed(column)->AsArray().Materialize();
 }
@@ -120,6 +175,16 @@ SV MakeForeign(const SV& column) {
     });
 }
 
+void CheckForms(const SV& column, const std::function<void(const SV&)>& check, bool isFlatOnly) {
+    for (const ColumnForm& form : GetColumnForms()) {
+        const SV made = form.isFlat || !isFlatOnly ? form.make(column) : nullptr;
+        if (made != nullptr) {
+            SCOPED_TRACE(form.name);
+            check(made);
+        }
+    }
+}
+
 }  // namespace
 
 template <StorageType T>
@@ -143,22 +208,59 @@ LUM_FOR_EACH_STORAGE_TYPE(LUM_INSTANTIATE_CELLS_OF)
 #undef LUM_INSTANTIATE_CELLS_OF
 
 const std::vector<ColumnForm>& GetColumnForms() {
+    constexpr bool kFlat = true;
+    constexpr bool kRuns = false;
     static const std::vector<ColumnForm> forms{
-        {"plain", MakePlain},
-        {"sliced", MakeSliced},
-        {"indexed", MakeIndexed},
-        {"indexed slice", MakeIndexedSlice},
-        {"materialized", MakeMaterialized},
-        {"foreign memory", MakeForeign},
+        {"plain", MakePlain, kFlat},
+        {"sliced", MakeSliced, kFlat},
+        {"indexed", MakeIndexed, kFlat},
+        {"indexed slice", MakeIndexedSlice, kFlat},
+        {"materialized", MakeMaterialized, kFlat},
+        {"foreign memory", MakeForeign, kFlat},
+        {"runs", MakeRuns, kRuns},
+        {"sliced runs", MakeSlicedRuns, kRuns},
+        {"indexed runs", MakeIndexedRuns, kRuns},
+        {"materialized runs", MakeMaterializedRuns, kRuns},
+        {"constant", MakeConstant, kRuns},
     };
     return forms;
 }
 
 void ForEachForm(const SV& column, const std::function<void(const SV&)>& check) {
-    for (const ColumnForm& form : GetColumnForms()) {
-        SCOPED_TRACE(form.name);
-        check(form.make(column));
+    CheckForms(column, check, /*isFlatOnly=*/false);
+}
+
+void ForEachFlatForm(const SV& column, const std::function<void(const SV&)>& check) {
+    CheckForms(column, check, /*isFlatOnly=*/true);
+}
+
+SV MakeRuns(const SV& column) {
+    const IStoreArray& array = column->AsArray();
+    if (!IsPrimitiveStoreType(array.GetElementType()->GetStoreType())) {
+        return nullptr;
     }
+    return Dispatch(column, [&]<typename T>(StorageTag<T>) {
+        const Cells<T> cells = CellsOf<T>(*column);
+        std::vector<ValueCompositeArrayRange<T>> runs;
+        if (cells.kinds) {
+            runs.push_back({T(), SpecialKind::Ragged, 0});
+        }
+        for (lumsize_t i = 0; i < cells.values.size(); ++i) {
+            const bool continues = i % 4 != 0 && i % 5 != 0 &&
+                                   cells.values[i] == cells.values[i - 1] &&
+                                   cells.GetKind(i) == cells.GetKind(i - 1);
+            if (continues) {
+                ++runs.back().count;
+            } else {
+                runs.push_back({cells.values[i], cells.GetKind(i), 1});
+            }
+            if (i % 5 == 4) {
+                runs.push_back({cells.values[0], cells.GetKind(0), 0});
+            }
+        }
+        return MakeCompositeArray<T>(array.GetElementType(), std::move(runs), nullptr,
+                                     array.GetSortOrder());
+    });
 }
 
 }  // namespace lum::test

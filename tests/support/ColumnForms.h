@@ -28,14 +28,22 @@ Cells<T> CellsOf(const core::StoreValue& column);
 /// One way in which a column may stand in memory.
 struct ColumnForm {
     const char* name;
+    /// A column of this form with the same elements and, but for a constant one, the same statement
+    /// of order; null where the form cannot hold them.
     core::SV (*make)(const core::SV& column);
+    bool isFlat;  // Over stored values, and not over runs.
 };
 
-/// Every form. The function of each gives a column of that form with the same elements and
-/// statement of order.
+/// Every form.
 const std::vector<ColumnForm>& GetColumnForms();
 
-/// Calls `check` with every form of the column; failures then show the form's name.
+/// Calls `check` with every form of the column that there is; failures then show the form's name.
 void ForEachForm(const core::SV& column, const std::function<void(const core::SV&)>& check);
+/// Likewise with the forms over stored values, which answer alike where runs mean to differ.
+void ForEachFlatForm(const core::SV& column, const std::function<void(const core::SV&)>& check);
+
+/// The column as runs, some of which have equal neighbours or no elements. It has special values if
+/// the column has room for kinds. Null where runs cannot hold it: they hold primitives.
+core::SV MakeRuns(const core::SV& column);
 
 }  // namespace lum::test

@@ -21,6 +21,7 @@
 #include "lum/core/store/ValueUtil.h"
 #include "lum/core/types/ScalarTypes.h"
 #include "lum/core/types/TypeUtil.h"
+#include "tests/support/KeySets.h"
 
 namespace lum::test {
 namespace {
@@ -350,6 +351,8 @@ std::string TextOf(const StoreValue& value) {
             return ColumnText(value);
         case StoreType::Set:
             return SetText(value.AsUniformCollection());
+        case StoreType::KeySet:
+            return KeySetText(value);
         case StoreType::KeyMap:
             return KeyMapText(value.AsKeyMap());
         default:

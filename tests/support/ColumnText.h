@@ -35,8 +35,9 @@ core::SV SetOf(const std::string& text);
 /// The cells are the members: "P{i,s}: 1 x!Null".
 core::LumTuple RowOf(const std::string& text);
 
-/// An array as above, placeholders included. A set likewise behind "S ", and a key map as
-/// "{name = value, ...}", both sorted. Any other value as a cell, or as the name of its store type.
+/// An array as above, placeholders included. A set likewise behind "S ", a key map as
+/// "{name = value, ...}", both sorted, and a key set as KeySetText gives it. Any other value as a
+/// cell, or as the name of its store type.
 std::string TextOf(const core::StoreValue& value);
 std::string TextOf(const core::SV& value);
 std::string TextOf(const core::LumTuple& row);

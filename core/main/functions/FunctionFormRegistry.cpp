@@ -52,7 +52,7 @@ RegisteredFunctions& FunctionFormRegistry::FindOrInsert(
     }
     const bool isCreator = IsCreator(functionType);
     RegisteredFunctions functions(key.GetName(), outputType, isCreator, isStateful);
-    const auto [storedKey, stored] = m_functions.Insert(std::move(key), std::move(functions));
+    const auto [storedKey, stored] = m_functions.Insert(std::move(key), functions);
     m_onAdded(storedKey,
               FunctionInfo(std::move(creatorInputTypes), outputType, isCreator, isStateful));
     return stored;

@@ -19,7 +19,7 @@ void RegistryOfMultinaryFunctions::Register(FunctionKey&& key, OptionalTypeRef o
     RegisteredFunctions functions(key.GetName(), outputType, /*isCreator=*/false,
                                   /*isStateful=*/true);
     functions.SetFunction(function);
-    m_functions.Insert(std::move(key), std::move(functions));
+    m_functions.Insert(std::move(key), functions);
 }
 
 }  // namespace lum::core

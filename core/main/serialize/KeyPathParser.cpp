@@ -1,12 +1,15 @@
 #include "core/main/serialize/KeyPathParser.h"
 
 #include <algorithm>
-#include <cstddef>
+#include <cstdint>
+#include <cstring>
 #include <iterator>
+#include <string_view>
 #include <utility>
 
 #include "core/main/serialize/NestingLimit.h"
 #include "core/main/serialize/VtlScanner.h"
+#include "core/main/utility/InternTable.h"
 #include "lum/core/Check.h"
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/ExternalType.h"
@@ -21,22 +24,14 @@ namespace {
 
 using Kind = VtlTokenKind;
 
-// Names -------------------------------------------------------------------------------------------
-
 bool IsName(const VtlToken& token) {
     return token.Is(Kind::Identifier) || token.Is(Kind::IntegerLiteral) ||
            token.Is(Kind::StringLiteral);
 }
 
-TStringCore NameOf(const VtlToken& token) {
-    return token.Is(Kind::IntegerLiteral) ? TStringCore::number(token.GetInteger())
-                                          : token.GetText();
-}
-
 // Types -------------------------------------------------------------------------------------------
 
-// Reads a type by looking ahead, so that a text which turns out to be none has cost no tokens. The
-// readers of its parts give null, or false, once m_error says why.
+// Reads a type. The readers of its parts give null, or false, once m_error says why.
 class TypeReader {
 public:
     explicit TypeReader(VtlScanner& scanner) : m_scanner(scanner) {}
@@ -44,23 +39,11 @@ public:
     const Type* Read();
 
     LumError GetError() const { return m_error; }
-    // Takes the tokens of the type from the scanner.
-    void TakeTokens() {
-        for (; m_count > 0; --m_count) {
-            m_scanner.Next();
-        }
-    }
 
 private:
     using Members = std::vector<NamedHeterogeneousType::Member>;
 
-    // Good until the next look ahead.
-    const VtlToken& Ahead() { return m_scanner.Peek(m_count + 1); }
-    bool Accept(Kind kind) {
-        const bool isThere = Ahead().Is(kind);
-        m_count += isThere ? 1 : 0;
-        return isThere;
-    }
+    bool Accept(Kind kind) { return m_scanner.Accept(kind); }
     bool Expect(Kind kind) { return Accept(kind) || Fail(LumError::UnexpectedToken); }
     bool Fail(LumError error) {
         m_error = error;
@@ -81,7 +64,6 @@ private:
     bool ReadMember(Members& members);
 
     VtlScanner& m_scanner;
-    std::size_t m_count = 0;  // Tokens of the type so far.
     unsigned int m_level = 0;
     LumError m_error = LumError::Unspecified;
 };
@@ -102,20 +84,18 @@ const Type* TypeReader::Read() {
 }
 
 bool TypeReader::ReadCode(StoreType& storeType) {
-    const VtlToken& token = Ahead();
-    if (!token.Is(Kind::Identifier)) {
-        return Fail(LumError::UnexpectedToken);
+    if (!Expect(Kind::Identifier)) {
+        return false;
     }
-    if (token.GetText().length() != 1) {
+    const std::u16string_view text = m_scanner.GetCurrent().GetUnits();
+    if (text.size() != 1) {
         return Fail(LumError::InvalidStoreType);
     }
-    const char16_t* const code =
-        std::find(std::begin(s_types), std::end(s_types), token.GetText()[0]);
+    const char16_t* const code = std::find(std::begin(s_types), std::end(s_types), text[0]);
     if (code == std::end(s_types)) {
         return Fail(LumError::UnknownTypeName);
     }
     storeType = static_cast<StoreType>(code - s_types);
-    ++m_count;
     return true;
 }
 
@@ -156,12 +136,10 @@ const Type* TypeReader::ReadBehindCode(StoreType storeType) {
 
 // A number that does not fit is narrowed without a test.
 bool TypeReader::ReadParameter(signed char& parameter) {
-    const VtlToken& token = Ahead();
-    if (!token.Is(Kind::IntegerLiteral)) {
-        return Fail(LumError::UnexpectedToken);
+    if (!Expect(Kind::IntegerLiteral)) {
+        return false;
     }
-    parameter = static_cast<signed char>(token.GetInteger());
-    ++m_count;
+    parameter = static_cast<signed char>(m_scanner.GetCurrent().GetInteger());
     return true;
 }
 
@@ -183,7 +161,7 @@ const Type* TypeReader::ReadString() {
     if (!Accept(Kind::Less)) {
         return StringType::Get();
     }
-    const TStringCore locale = Ahead().GetText();
+    const TStringCore locale = m_scanner.PeekNext().GetText();
     if (!Expect(Kind::Identifier) || !Expect(Kind::Greater)) {
         return nullptr;
     }
@@ -194,7 +172,7 @@ const Type* TypeReader::ReadExternal() {
     if (!Expect(Kind::Less)) {
         return nullptr;
     }
-    const TStringCore name = Ahead().GetText();
+    const TStringCore name = m_scanner.PeekNext().GetText();
     if ((!Accept(Kind::StringLiteral) && !Expect(Kind::Identifier)) || !Expect(Kind::Greater)) {
         return nullptr;
     }
@@ -263,49 +241,56 @@ const Type* TypeReader::ReadNamed(StoreType storeType) {
 }
 
 bool TypeReader::ReadMember(Members& members) {
-    const VtlToken& token = Ahead();
-    if (!IsName(token)) {
+    const VtlToken token = m_scanner.Next();
+    if (!IsName(token) || !Accept(Kind::Colon)) {
         return Fail(LumError::UnexpectedToken);
-    }
-    const TStringCore name = NameOf(token);
-    ++m_count;
-    if (!Expect(Kind::Colon)) {
-        return false;
     }
     const Type* const type = Read();
     if (type == nullptr) {
         return false;
     }
-    members.emplace_back(name, type);
+    members.emplace_back(NameOf(token), type);
     return true;
 }
 
 }  // namespace
 
 const Type* TryReadType(VtlScanner& scanner, LumError& error) {
+    VtlScanner::State before = scanner.GetState();
     TypeReader reader(scanner);
     const Type* const type = reader.Read();
     if (type == nullptr) {
         error = reader.GetError();
-    } else {
-        reader.TakeTokens();
+        scanner.SetState(std::move(before));
     }
     return type;
+}
+
+// Names -------------------------------------------------------------------------------------------
+
+RInternString NameOf(const VtlToken& token) {
+    if (token.Is(Kind::IntegerLiteral)) {
+        return TStringCore::number(token.GetInteger());
+    }
+    if (token.Is(Kind::StringLiteral)) {
+        return token.GetText();
+    }
+    // Known names, nearly all, are found without making a string of them.
+    const std::u16string_view units = token.GetUnits();
+    return RInternString(GetInternTable().Intern(units.data(), units.size()).id);
 }
 
 // Paths -------------------------------------------------------------------------------------------
 
 KeySegment ReadKeySegment(VtlScanner& scanner, TypeColon typeColon) {
-    const VtlToken& token = scanner.Next();
+    const VtlToken token = scanner.Next();
     if (!IsName(token)) {
         LUM_FAIL(LumError::UnexpectedToken, scanner.GetText());
     }
-    const TStringCore name = NameOf(token);
-    const unsigned int nameEnd = token.GetEnd();
-    const VtlToken& colon = scanner.Peek(1);
+    const VtlToken& colon = scanner.PeekNext();
     const Type* type = nullptr;
     if (colon.Is(Kind::Colon) &&
-        (typeColon == TypeColon::AnywhereBehindName || colon.GetStart() == nameEnd)) {
+        (typeColon == TypeColon::AnywhereBehindName || colon.GetStart() == token.GetEnd())) {
         scanner.Next();
         LumError error = LumError::Unspecified;
         type = TryReadType(scanner, error);
@@ -313,28 +298,158 @@ KeySegment ReadKeySegment(VtlScanner& scanner, TypeColon typeColon) {
             LUM_FAIL(error, scanner.GetText());
         }
     }
-    return KeySegment(name, type);
+    return KeySegment(NameOf(token), type);
 }
 
-KeyPath ReadKeyPath(VtlScanner& scanner, TypeColon typeColon) {
-    std::vector<KeySegment> segments;
-    do {
-        segments.push_back(ReadKeySegment(scanner, typeColon));
-    } while (scanner.Accept(Kind::Slash));
-    return KeyPath(std::move(segments));
-}
+namespace {
 
-std::vector<KeyPath> ReadKeyPaths(VtlScanner& scanner) {
-    std::vector<KeyPath> paths;
-    while (IsName(scanner.Peek(1))) {
-        paths.push_back(ReadKeyPath(scanner, TypeColon::AnywhereBehindName));
+// Whether a path, or the type of its last name, goes on with a token behind blanks.
+bool GoesOn(const VtlToken& next, TypeColon typeColon) {
+    switch (next.GetKind()) {
+        case Kind::Slash:
+        case Kind::Less:
+        case Kind::LeftBrace:
+            return true;
+        case Kind::Colon:
+            return typeColon == TypeColon::AnywhereBehindName;
+        default:
+            return false;
     }
+}
+
+}  // namespace
+
+// The place of the first of the two entries. Any mixing will do, so it looks at the ends and at the
+// middle alone, which overlap in short texts.
+std::size_t KnownKeyPaths::PlaceOf(std::u16string_view text, std::size_t count) noexcept {
+    std::uint64_t first = 0;
+    std::uint64_t middle = 0;
+    std::uint64_t last = 0;
+    const std::size_t length = std::min(text.size(), sizeof(first) / sizeof(char16_t));
+    const auto load = [&](std::uint64_t& word, std::size_t from) {
+        if (length == sizeof(word) / sizeof(char16_t)) [[likely]] {
+            std::memcpy(&word, text.data() + from, sizeof(word));
+        } else {
+            std::memcpy(&word, text.data() + from, length * sizeof(char16_t));
+        }
+    };
+    load(first, 0);
+    load(middle, (text.size() - length) / 2);
+    load(last, text.size() - length);
+    const std::uint64_t mixed = (first ^ text.size()) * 0x9E3779B97F4A7C15 ^
+                                middle * 0xC2B2AE3D27D4EB4F ^ last * 0x165667B19E3779F9;
+    return (mixed >> 32 ^ mixed >> 47) & (count - 2);
+}
+
+const KeyPath* KnownKeyPaths::TryGet(std::u16string_view text) const noexcept {
+    if (m_entries.empty()) {
+        return nullptr;
+    }
+    const Entry* entry = &m_entries[PlaceOf(text, m_entries.size())];
+    for (const Entry* const end = entry + 2; entry != end; ++entry) {
+        if (entry->length == text.size() &&
+            std::memcmp(entry->text.data(), text.data(), text.size() * sizeof(char16_t)) == 0) {
+            return &entry->path;
+        }
+    }
+    // The next Add will drop the path that stands in one of them, which nobody may have looked at
+    // for long. Until then the new one is read, so there is time to fetch it.
+    __builtin_prefetch(&entry[-1 - static_cast<std::ptrdiff_t>(m_addCount % 2)].path.GetSegments());
+    return nullptr;
+}
+
+void KnownKeyPaths::Add(std::u16string_view text, const KeyPath& path) {
+    constexpr std::size_t kLargestCount = 4096;
+    if (text.size() > std::tuple_size_v<decltype(Entry::text)>) {
+        return;
+    }
+    if (m_addCount >= m_entries.size() && m_entries.size() < kLargestCount) {
+        Grow();
+    }
+    Entry& entry = Choose(text);
+    entry.path = path;
+    entry.length = text.size();
+    std::copy(text.begin(), text.end(), entry.text.begin());
+}
+
+// The places of a text are filled by turns.
+KnownKeyPaths::Entry& KnownKeyPaths::Choose(std::u16string_view text) noexcept {
+    return m_entries[PlaceOf(text, m_entries.size()) + 1 - m_addCount++ % 2];
+}
+
+void KnownKeyPaths::Grow() {
+    constexpr std::size_t kFirstCount = 32;
+    std::vector<Entry> former(std::max(2 * m_entries.size(), kFirstCount));
+    former.swap(m_entries);
+    m_addCount = 0;
+    for (const Entry& entry : former) {
+        if (entry.length != 0) {
+            Choose({entry.text.data(), entry.length}) = entry;
+        }
+    }
+}
+
+// What is known is looked for by all the units that may belong to the path, up to a blank or the
+// like. Where the path ends with them it reads the same wherever they stand, but for what may
+// follow behind blanks.
+const KeyPath& KeyPathReader::Read(VtlScanner& scanner, TypeColon typeColon) {
+    if (m_known == nullptr || !scanner.PeekIs(Kind::Identifier)) {
+        return ReadAnew(scanner, typeColon);
+    }
+    const std::u16string_view rest = scanner.PeekUnits();
+    if (rest.empty()) {
+        return ReadAnew(scanner, typeColon);
+    }
+    const UnitRange range{rest.data() + rest.size(), scanner.GetReadableEnd()};
+    const std::size_t start = scanner.PeekNext().GetStart();
+    const char16_t* const firstEnd = rest.data() + (scanner.PeekNext().GetEnd() - start);
+    const char16_t* const textEnd = SkipRun<IsPathPart>(firstEnd, range);
+    const std::u16string_view text(rest.data(), static_cast<std::size_t>(textEnd - rest.data()));
+    if (const KeyPath* const known = m_known->TryGet(text)) {
+        scanner.Skip(text.size());
+        if (!GoesOn(scanner.PeekNext(), typeColon)) [[likely]] {
+            return *known;
+        }
+        scanner.Unskip(start);
+        return ReadAnew(scanner, typeColon);
+    }
+    const KeyPath& path = ReadAnew(scanner, typeColon);
+    if (scanner.GetCurrent().GetEnd() == start + text.size()) {
+        m_known->Add(text, path);
+    }
+    return path;
+}
+
+const KeyPath& KeyPathReader::ReadAnew(VtlScanner& scanner, TypeColon typeColon) {
+    m_segments.clear();
+    do {
+        m_segments.push_back(ReadKeySegment(scanner, typeColon));
+    } while (scanner.Accept(Kind::Slash));
+    return m_path = KeyPath(std::vector<KeySegment>(m_segments.begin(), m_segments.end()));
+}
+
+std::vector<KeyPath> KeyPathReader::ReadAll(VtlScanner& scanner) {
+    std::vector<KeyPath> paths;
+    if (!IsName(scanner.PeekNext())) {
+        return paths;
+    }
+    const KeyPath& first = Read(scanner, TypeColon::AnywhereBehindName);
+    if (!IsName(scanner.PeekNext())) {
+        paths.reserve(1);
+        paths.push_back(first);
+        return paths;
+    }
+    m_paths.assign(1, first);
+    do {
+        m_paths.push_back(Read(scanner, TypeColon::AnywhereBehindName));
+    } while (IsName(scanner.PeekNext()));
+    paths.assign(m_paths.begin(), m_paths.end());
     return paths;
 }
 
 KeyPath KeyPath::ParseString(const TStringCore& text) {
     VtlScanner scanner(text);
-    KeyPath path = ReadKeyPath(scanner, TypeColon::AnywhereBehindName);
+    KeyPath path = KeyPathReader().Read(scanner, TypeColon::AnywhereBehindName);
     if (!scanner.PeekIs(Kind::End)) {
         LUM_FAIL(LumError::UnexpectedToken, text);
     }

@@ -1,5 +1,6 @@
 #include "core/main/serialize/KeyPathSerializer.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <utility>
@@ -14,7 +15,6 @@
 #include "lum/core/types/ScalarTypes.h"
 #include "lum/core/types/StringType.h"
 #include "lum/core/types/TupleType.h"
-#include "lum/core/utility/Fnv.h"
 
 namespace lum::core {
 namespace {
@@ -23,8 +23,7 @@ namespace {
 
 // Whether the scanner reads the whole text as one word or one integer.
 bool NeedsNoQuotes(const TStringCore& name) {
-    VtlToken token;
-    VtlCursor(name, /*skipValue=*/true).Scan(token);
+    const VtlToken token = VtlCursor(name.view()).Scan();
     return (token.Is(VtlTokenKind::Identifier) || token.Is(VtlTokenKind::IntegerLiteral)) &&
            token.GetStart() == 0 && token.GetEnd() == name.length();
 }
@@ -204,19 +203,54 @@ TStringCore KeyPath::ToString() const {
 KeyPathSerializerCache::KeyPathSerializerCache() = default;
 KeyPathSerializerCache::~KeyPathSerializerCache() = default;
 
-std::size_t KeyPathSerializerCache::KeyHash::operator()(const Key& key) const {
+unsigned int KeyPathSerializerCache::HashOf(const Key& key) noexcept {
     const unsigned int flags = (key.includeType ? 1u : 0u) | (key.fullForm ? 2u : 0u);
-    const uint64 type = reinterpret_cast<std::uintptr_t>(key.type);
-    return HashCombine(HashCombine(key.name.GetStringId(), type), flags);
+    // Types are objects of many bytes, whose addresses leave room for the flags.
+    const uint64 type = uint64{reinterpret_cast<std::uintptr_t>(key.type)} ^ flags;
+    const uint64 mixed = key.name.GetStringId() * 0x9E3779B97F4A7C15 ^ type * 0xC2B2AE3D27D4EB4F;
+    return static_cast<unsigned int>(mixed >> 32 ^ mixed >> 17);
+}
+
+std::size_t KeyPathSerializerCache::FindPlace(const Key& key, unsigned int hash) const noexcept {
+    const std::size_t mask = m_slots.size() - 1;
+    std::size_t place = hash & mask;
+    while (m_slots[place].entry != nullptr &&
+           (m_slots[place].hash != hash || !(m_slots[place].entry->key == key))) {
+        place = (place + 1) & mask;
+    }
+    return place;
 }
 
 const TStringCore* KeyPathSerializerCache::TryGet(const Key& key) const {
-    const auto found = m_texts.find(key);
-    return found == m_texts.end() ? nullptr : &found->second;
+    if (m_slots.empty()) {
+        return nullptr;
+    }
+    const Entry* const entry = m_slots[FindPlace(key, HashOf(key))].entry;
+    return entry == nullptr ? nullptr : &entry->text;
 }
 
 const TStringCore& KeyPathSerializerCache::Add(const Key& key, TStringCore&& text) {
-    return m_texts.try_emplace(key, std::move(text)).first->second;
+    if (2 * m_entries.size() >= m_slots.size()) {
+        GrowIndex();
+    }
+    const unsigned int hash = HashOf(key);
+    Slot& slot = m_slots[FindPlace(key, hash)];
+    if (slot.entry == nullptr) {
+        m_entries.push_back({key, std::move(text)});
+        slot = {&m_entries.back(), hash};
+    }
+    return slot.entry->text;
+}
+
+void KeyPathSerializerCache::GrowIndex() {
+    constexpr std::size_t kFirstCount = 64;
+    std::vector<Slot> former(std::max(2 * m_slots.size(), kFirstCount));
+    former.swap(m_slots);
+    for (const Slot& slot : former) {
+        if (slot.entry != nullptr) {
+            m_slots[FindPlace(slot.entry->key, slot.hash)] = slot;
+        }
+    }
 }
 
 }  // namespace lum::core

@@ -8,4 +8,8 @@ namespace lum::core {
 // fits a stack of 256 KiB.
 inline constexpr unsigned int kMaxNestingLevels = 256;
 
+// How many statements of a program a statement may stand below. Reading needs no stack for them,
+// but copies, walks, printing and destruction do. It takes blanks by the square of it to get there.
+inline constexpr unsigned int kMaxStatementLevels = 1000;
+
 }  // namespace lum::core

@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
 
 #include "core/main/serialize/JsonItemWriter.h"
 #include "core/main/serialize/KeyPathSerializer.h"
+#include "core/main/serialize/KeySetEntries.h"
+#include "core/main/serialize/NumberWriter.h"
 #include "core/main/serialize/QuotedText.h"
 #include "core/main/serialize/VtlScanner.h"
 #include "core/main/serialize/WrittenOrder.h"
@@ -22,6 +25,7 @@
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/SpecialKindText.h"
 #include "lum/core/store/StoreValue.h"
+#include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/TupleType.h"
 #include "lum/core/types/TypeUtil.h"
 #include "lum/core/utility/FloatUtil.h"
@@ -78,8 +82,7 @@ bool NeedsGuard(const TStringCore& text) {
         return false;
     }
     VtlToken token;
-    return text[0] == u'\'' || VtlScanner::IsSingleToken(text, VtlTokenKind::SpecialLiteral, token,
-                                                         /*skipValue=*/true);
+    return text[0] == u'\'' || VtlScanner::IsSingleToken(text, VtlTokenKind::SpecialLiteral, token);
 }
 
 TStringCore MakeGuarded(const TStringCore& text) {
@@ -133,6 +136,15 @@ private:
     template <typename Cell>
     void WriteSetValues(const ITypedSet<typename Cell::Storage>& set);
     void WriteKinds(const SpecialKindIterable& kinds);
+    void WriteKeySet(const StoreValue& value);
+
+    // A stored key or element of a key set, as the next item of the dictionary.
+    using StoredWriter = void (ValueWriter::*)(const void*);
+    StoredWriter GetElementWriter(StoreType elementType) const;
+    template <typename Cell>
+    void WriteStoredKey(const void* stored);
+    template <typename Cell>
+    void WriteStoredElement(const void* stored);
 
     // Elements as items of the innermost array of the serializer.
     template <typename Cell, typename Source>
@@ -193,6 +205,9 @@ void ValueWriter::Write(const StoreValue& value) {
             return;
         case StoreType::Set:
             WriteSet(value);
+            return;
+        case StoreType::KeySet:
+            WriteKeySet(value);
             return;
         case StoreType::KeyMap:
         case StoreType::Table:
@@ -359,6 +374,88 @@ void ValueWriter::WriteKinds(const SpecialKindIterable& kinds) {
         m_serializer.AppendString(SpecialKindToString(kind));
     }
     m_serializer.EndArray();
+}
+
+// Key sets ----------------------------------------------------------------------------------------
+
+// The text of a scalar, for a writer that adds the quotes itself or for one that does not.
+template <typename Cell>
+TStringCore MakeScalarText(const typename Cell::Storage& stored, bool withQuotes) {
+    char16_t units[Cell::kMaxUnits + kNumberCapacity];
+    const char16_t* const end = Cell::Write(stored, units);
+    const bool cutsQuotes = !withQuotes && units[0] == u'"';
+    return TStringCore(cutsQuotes ? std::u16string_view(units + 1, end - 1)
+                                  : std::u16string_view(units, end));
+}
+
+void ValueWriter::WriteKeySet(const StoreValue& value) {
+    const KeySetType& type = value.GetType()->As<KeySetType>();
+    KeySetEntries keySet = CollectKeySetEntries(value);
+    const StoredWriter writeElement = GetElementWriter(type.GetElementType()->GetStoreType());
+    if (!keySet.specialEntries.empty()) {
+        m_serializer.BeginArray(/*multiline=*/false);
+    }
+    m_serializer.BeginDictionary();
+    DispatchCell(type.GetKeyType()->GetStoreType(), [&]<typename Cell>(CellTag<Cell>) {
+        using Storage = typename Cell::Storage;
+        SortKeySetEntries(keySet, [](const void* a, const void* b) {
+            return IsWrittenBefore<Cell>(*static_cast<const Storage*>(a),
+                                         *static_cast<const Storage*>(b));
+        });
+        for (const KeySetEntries::Entry& entry : keySet.entries) {
+            WriteStoredKey<Cell>(entry.key);
+            (this->*writeElement)(entry.value);
+        }
+    });
+    m_serializer.EndDictionary();
+    if (keySet.specialEntries.empty()) {
+        return;
+    }
+    m_serializer.BeginDictionary();
+    for (const KeySetEntries::SpecialEntry& entry : keySet.specialEntries) {
+        m_serializer.AppendKey(SpecialKindToString(entry.kind));
+        (this->*writeElement)(entry.value);
+    }
+    m_serializer.EndDictionary();
+    m_serializer.EndArray();
+}
+
+ValueWriter::StoredWriter ValueWriter::GetElementWriter(StoreType elementType) const {
+    StoredWriter writer = nullptr;
+    DispatchCell(elementType, [&]<typename Cell>(CellTag<Cell>) {
+        writer = &ValueWriter::WriteStoredElement<Cell>;
+    });
+    return writer;
+}
+
+template <typename Cell>
+void ValueWriter::WriteStoredKey(const void* stored) {
+    const auto& key = *static_cast<const typename Cell::Storage*>(stored);
+    if constexpr (std::is_same_v<Cell, StringCell>) {
+        m_serializer.AppendKey(key);
+    } else if constexpr (std::is_same_v<Cell, RowCell>) {
+        JsonSerializer row;
+        ValueWriter(row, m_options).WriteRow(key);
+        m_serializer.AppendKey(row.Build());
+    } else if constexpr (std::is_same_v<Cell, ValueCell>) {
+        PrimitiveErrorFunction(key->GetStoreType());  // No type of such values may be a key's.
+    } else {
+        m_serializer.AppendKey(MakeScalarText<Cell>(key, /*withQuotes=*/false));
+    }
+}
+
+template <typename Cell>
+void ValueWriter::WriteStoredElement(const void* stored) {
+    const auto& element = *static_cast<const typename Cell::Storage*>(stored);
+    if constexpr (std::is_same_v<Cell, StringCell>) {
+        m_serializer.AppendString(element);
+    } else if constexpr (std::is_same_v<Cell, RowCell>) {
+        WriteRow(element);
+    } else if constexpr (std::is_same_v<Cell, ValueCell>) {
+        WriteElement(element);
+    } else {
+        m_serializer.AppendUnquotedString(MakeScalarText<Cell>(element, /*withQuotes=*/true));
+    }
 }
 
 // Elements ----------------------------------------------------------------------------------------

@@ -2,63 +2,50 @@
 
 #include <algorithm>
 #include <array>
-#include <charconv>
 #include <limits>
-#include <string>
-#include <string_view>
-#include <system_error>
 
+#include "core/main/serialize/VtlKeywords.h"
 #include "lum/core/Check.h"
-#include "lum/core/serialize/SpecialKindUtil.h"
 
 namespace lum::core {
 namespace {
 
 using Kind = VtlTokenKind;
 
-// Characters --------------------------------------------------------------------------------------
-
-// What a character may begin, named by the kind of the shortest token, and whether a word goes on
-// with it. A carriage return counts as white space and a line feed as an indent until what stands
-// around them is known.
-struct CharacterClass {
-    Kind begins = Kind::Invalid;
-    bool isWordPart = false;
-};
-
-constexpr std::array<CharacterClass, 128> MakeCharacterClasses() {
-    std::array<CharacterClass, 128> classes;
-    const auto set = [&](std::u16string_view units, Kind begins, bool isWordPart) {
+// What a unit may begin, named by the kind of the shortest token. A carriage return counts as white
+// space and a line feed as an indent until what stands around them is known.
+constexpr std::array<Kind, kVtlClassCount> MakeBeginnings() {
+    std::array<Kind, kVtlClassCount> beginnings{};  // Invalid.
+    const auto set = [&](std::u16string_view units, Kind begins) {
         for (const char16_t unit : units) {
-            classes[unit] = {begins, isWordPart};
+            beginnings[unit] = begins;
         }
     };
-    set(u"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz^_~=", Kind::Identifier, true);
-    set(u"0123456789", Kind::IntegerLiteral, true);
-    set(u".", Kind::RealLiteral, true);
-    set(u"#?", Kind::Invalid, true);
-    set(u"-", Kind::Minus, true);
-    set(u"\t\v\r ", Kind::Whitespace, false);
-    set(u"\n", Kind::Indent, false);
-    set(u"'", Kind::StringLiteral, false);
-    set(u",", Kind::Comma, false);
-    set(u":", Kind::Colon, false);
-    set(u"/", Kind::Slash, false);
-    set(u"(", Kind::LeftParen, false);
-    set(u")", Kind::RightParen, false);
-    set(u"{", Kind::LeftBrace, false);
-    set(u"}", Kind::RightBrace, false);
-    set(u"+", Kind::Plus, false);
-    set(u"*", Kind::Star, false);
-    set(u"<", Kind::Less, false);
-    set(u">", Kind::Greater, false);
-    return classes;
+    set(u"ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz^_~=", Kind::Identifier);
+    set(u"0123456789", Kind::IntegerLiteral);
+    set(u".", Kind::RealLiteral);
+    set(u"-", Kind::Minus);
+    set(u"\t\v\r ", Kind::Whitespace);
+    set(u"\n", Kind::Indent);
+    set(u"'", Kind::StringLiteral);
+    set(u",", Kind::Comma);
+    set(u":", Kind::Colon);
+    set(u"/", Kind::Slash);
+    set(u"(", Kind::LeftParen);
+    set(u")", Kind::RightParen);
+    set(u"{", Kind::LeftBrace);
+    set(u"}", Kind::RightBrace);
+    set(u"+", Kind::Plus);
+    set(u"*", Kind::Star);
+    set(u"<", Kind::Less);
+    set(u">", Kind::Greater);
+    return beginnings;
 }
 
-constexpr std::array<CharacterClass, 128> kCharacterClasses = MakeCharacterClasses();
+constexpr std::array<Kind, kVtlClassCount> kBeginnings = MakeBeginnings();
 
-CharacterClass ClassOf(char16_t unit) noexcept {
-    return unit < kCharacterClasses.size() ? kCharacterClasses[unit] : CharacterClass();
+Kind BeginningOf(char16_t unit) noexcept {
+    return unit < kBeginnings.size() ? kBeginnings[unit] : Kind::Invalid;
 }
 
 bool IsDigit(char16_t unit) noexcept {
@@ -71,432 +58,192 @@ bool IsLowSurrogate(char16_t unit) noexcept {
     return (unit & 0xFC00) == 0xDC00;
 }
 
-// Keywords ----------------------------------------------------------------------------------------
-
-// The names of the special kinds, under their numbers, and behind them the other keywords. The name
-// of Normal is none: 0 stands for no keyword.
-constexpr unsigned int kTrue = kSpecialKindCount;
-constexpr unsigned int kFalse = kTrue + 1;
-constexpr unsigned int kInf = kTrue + 2;
-constexpr unsigned int kNan = kTrue + 3;
-constexpr unsigned int kKeywordCount = kTrue + 4;
-
-constexpr std::array<std::u16string_view, kKeywordCount> MakeKeywords() {
-    std::array<std::u16string_view, kKeywordCount> keywords;
-    for (unsigned int i = 1; i < kSpecialKindCount; ++i) {
-        keywords[i] = kSpecialKindNames[i];
-    }
-    keywords[kTrue] = u"true";
-    keywords[kFalse] = u"false";
-    keywords[kInf] = u"inf";
-    keywords[kNan] = u"nan";
-    return keywords;
-}
-
-constexpr std::array<std::u16string_view, kKeywordCount> kKeywords = MakeKeywords();
-
-// The only keyword that a word of that first unit and length may be.
-constexpr unsigned int KeywordLike(char16_t first, std::size_t length) noexcept {
-    const auto number = [](SpecialKind kind) { return static_cast<unsigned int>(kind); };
-    switch (first) {
-        case u't':
-            return kTrue;
-        case u'f':
-            return kFalse;
-        case u'i':
-            return kInf;
-        case u'n':
-            return kNan;
-        case u'N':
-            return number(length == 4 ? SpecialKind::Null : SpecialKind::NoAccess);
-        case u'A':
-            return number(SpecialKind::All);
-        case u'W':
-            return number(SpecialKind::Wildcard);
-        case u'S':
-            return number(SpecialKind::Skipped);
-        case u'R':
-            return number(SpecialKind::Ragged);
-        case u'E':
-            return number(SpecialKind::Error);
-        case u'M':
-            return number(length == 7 ? SpecialKind::Missing : SpecialKind::ManyValues);
-        default:
-            return 0;
-    }
-}
-
-constexpr bool IsEachKeywordFound() noexcept {
-    for (unsigned int i = 1; i < kKeywordCount; ++i) {
-        if (KeywordLike(kKeywords[i][0], kKeywords[i].size()) != i) {
-            return false;
-        }
-    }
-    return true;
-}
-static_assert(IsEachKeywordFound());
-
-// Reals -------------------------------------------------------------------------------------------
-
-// Whether a decimal text says a number of at least 1: what tells those beyond the largest real from
-// those below the smallest.
-bool IsLarge(std::string_view text) noexcept {
-    const std::size_t exponentStart = std::min(text.find_first_of("eE"), text.size());
-    const std::string_view mantissa = text.substr(0, exponentStart);
-    const std::size_t point = std::min(mantissa.find('.'), mantissa.size());
-    const std::size_t firstDigit = mantissa.find_first_not_of("0.");
-    if (firstDigit == std::string_view::npos) {
-        return false;
-    }
-    // The power of ten of the first digit, without the exponent; -1 is the first behind the point.
-    long long power = static_cast<long long>(point) - static_cast<long long>(firstDigit);
-    if (firstDigit < point) {
-        --power;
-    }
-    constexpr long long kFarAbove = 1LL << 40;  // No text has so many digits.
-    long long exponent = 0;
-    const bool isNegative = exponentStart + 1 < text.size() && text[exponentStart + 1] == '-';
-    for (const char digit : text.substr(exponentStart)) {
-        if (digit >= '0' && digit <= '9') {
-            exponent = std::min(exponent * 10 + (digit - '0'), kFarAbove);
-        }
-    }
-    return power + (isNegative ? -exponent : exponent) >= 0;
-}
-
-// The real nearest to a decimal text; beyond the range of reals infinity or zero.
-double RealOf(std::string_view text) noexcept {
-    double value = 0;
-    const std::from_chars_result result =
-        std::from_chars(text.data(), text.data() + text.size(), value);
-    if (result.ec == std::errc::result_out_of_range) {
-        return IsLarge(text) ? std::numeric_limits<double>::infinity() : 0.0;
-    }
-    return value;
-}
-
-double RealOf(const char16_t* units, std::size_t count) {
-    const auto narrow = [](char16_t unit) { return static_cast<char>(unit); };
-    std::array<char, 64> buffer;
-    if (count <= buffer.size()) {
-        std::transform(units, units + count, buffer.begin(), narrow);
-        return RealOf({buffer.data(), count});
-    }
-    std::string text(count, '\0');
-    std::transform(units, units + count, text.begin(), narrow);
-    return RealOf(text);
-}
-
 }  // namespace
 
 // VtlCursor ---------------------------------------------------------------------------------------
 
-VtlCursor::VtlCursor(const TStringCore& text, bool skipValue) noexcept
-    : m_units(text.data()), m_end(text.length()), m_skipValue(skipValue) {}
-
-// The unit at a position; beyond the end a unit that belongs to no token.
-inline char16_t VtlCursor::UnitAt(std::size_t position) const noexcept {
-    return position < m_end ? m_units[position] : u'\0';
+// The unit at a place; at the end a unit that belongs to no token.
+inline char16_t VtlCursor::UnitAt(const char16_t* at) const noexcept {
+    return at < m_range.end ? *at : u'\0';
 }
 
-inline void VtlCursor::SkipDigits() noexcept {
-    while (IsDigit(UnitAt(m_position))) {
-        ++m_position;
+inline const char16_t* VtlCursor::SkipDigits(const char16_t* at) const noexcept {
+    while (IsDigit(UnitAt(at))) {
+        ++at;
     }
+    return at;
 }
 
-// Texts have at most 2^30 units.
-inline void VtlCursor::SetPlain(VtlToken& token, Kind kind) const noexcept {
-    token.SetPlain(kind, static_cast<unsigned int>(m_start), static_cast<unsigned int>(m_position));
-}
-
-inline void VtlCursor::SetText(VtlToken& token, Kind kind, std::size_t textStart,
-                               std::size_t textEnd) const {
-    if (m_skipValue) {
-        SetPlain(token, kind);
-        return;
-    }
-    token.SetText(kind, static_cast<unsigned int>(m_start), static_cast<unsigned int>(m_position),
-                  m_units + textStart, textEnd - textStart);
+inline VtlToken VtlCursor::Finish(Kind kind, const char16_t* start, const char16_t* end) noexcept {
+    m_at = end;
+    return VtlToken(kind, m_text, static_cast<std::size_t>(start - m_text),
+                    static_cast<std::size_t>(end - m_text));
 }
 
 // The token ends behind the character that made it invalid, and never inside a surrogate pair.
-void VtlCursor::SetInvalid(VtlToken& token, std::size_t end) noexcept {
-    const bool splitsPair =
-        end < m_end && IsHighSurrogate(m_units[end - 1]) && IsLowSurrogate(m_units[end]);
-    m_position = splitsPair ? end + 1 : end;
-    m_isInvalid = true;
-    SetPlain(token, Kind::Invalid);
+VtlToken VtlCursor::FinishInvalid(const char16_t* start, const char16_t* end) noexcept {
+    const bool splitsPair = IsHighSurrogate(end[-1]) && IsLowSurrogate(UnitAt(end));
+    m_range.end = splitsPair ? end + 1 : end;
+    m_lastStart = start;
+    m_last = Kind::Invalid;
+    return Finish(m_last, start, m_range.end);
 }
 
-void VtlCursor::Scan(VtlToken& token) {
-    if (m_isInvalid) {
-        return SetPlain(token, Kind::Invalid);
+VtlToken VtlCursor::Scan() noexcept {
+    const char16_t* at = m_at;
+    // Before most tokens there is one blank or none.
+    if (UnitAt(at) == u' ') {
+        ++at;
     }
     for (;;) {
-        m_start = m_position;
-        if (m_position == m_end) {
-            return SetPlain(token, Kind::End);
+        if (at == m_range.end) {
+            return Finish(m_last, m_lastStart, at);
         }
-        const Kind begins = ClassOf(m_units[m_position]).begins;
+        const Kind begins = BeginningOf(*at);
+        if (begins == Kind::Identifier) {
+            return FinishWord(at);
+        }
         switch (begins) {
-            case Kind::Identifier:
-                return ScanWord(token);
             case Kind::IntegerLiteral:
             case Kind::RealLiteral:
-                return ScanNumber(token);
+                return FinishNumber(at);
             case Kind::StringLiteral:
-                return ScanString(token);
+                return FinishString(at);
             case Kind::Whitespace:
-                if (m_units[m_position] != u'\r' || UnitAt(m_position + 1) != u'\n') {
-                    // Within a run a carriage return is a blank like any other, even the one before
-                    // a line feed.
+                // Within a run a carriage return is a blank like any other, even the one before a
+                // line feed.
+                if (at != m_at || *at != u'\r' || UnitAt(at + 1) != u'\n') {
                     do {
-                        ++m_position;
-                    } while (ClassOf(UnitAt(m_position)).begins == Kind::Whitespace);
+                        ++at;
+                    } while (BeginningOf(UnitAt(at)) == Kind::Whitespace);
+                    m_at = at;
                     continue;
                 }
                 [[fallthrough]];
             case Kind::Indent: {
-                const Kind step = ScanStep();
-                if (step == Kind::Whitespace) {
-                    continue;
+                const VtlToken step = FinishStep(at);
+                if (!step.Is(Kind::Whitespace)) {
+                    return step;
                 }
-                return SetPlain(token, step);
+                at = m_at;
+                continue;
             }
             case Kind::Slash:
-                if (UnitAt(m_position + 1) == u'/') {
-                    return ScanComment(token);
+                if (UnitAt(at + 1) == u'/') {
+                    return Finish(Kind::Comment, at, SkipRun<IsNoneOf<u'\n'>>(at + 2, m_range));
                 }
-                return ScanPunctuation(token, Kind::Slash);
+                return Finish(Kind::Slash, at, at + 1);
             case Kind::Minus:
-                return ScanPunctuation(token,
-                                       UnitAt(m_position + 1) == u'>' ? Kind::Arrow : Kind::Minus);
+                return UnitAt(at + 1) == u'>' ? Finish(Kind::Arrow, at, at + 2)
+                                              : Finish(Kind::Minus, at, at + 1);
             case Kind::Invalid:
-                return SetInvalid(token, m_position + 1);
+                return FinishInvalid(at, at + 1);
             default:
-                return ScanPunctuation(token, begins);
+                return Finish(begins, at, at + 1);
         }
     }
 }
 
-VtlTokenKind VtlCursor::ScanStep() noexcept {
-    std::size_t indentation = 0;
-    if (m_units[m_position] == u'\r') {
-        ++indentation;
-        ++m_position;
-    }
-    ++m_position;
-    while (UnitAt(m_position) == u' ') {
-        ++indentation;
-        ++m_position;
-    }
-    const std::size_t former = m_indentation;
-    m_indentation = indentation;
-    return indentation > former   ? Kind::Indent
-           : indentation < former ? Kind::Dedent
-                                  : Kind::Whitespace;
-}
-
-inline void VtlCursor::ScanPunctuation(VtlToken& token, Kind kind) {
-    m_position += kind == Kind::Arrow ? 2 : 1;
-    SetText(token, kind, m_start, m_position);
-}
-
-void VtlCursor::ScanComment(VtlToken& token) {
-    const std::u16string_view units(m_units, m_end);
-    m_position = std::min(units.find(u'\n', m_start), m_end);
-    SetText(token, Kind::Comment, m_start + 2, m_position);
-}
-
-void VtlCursor::ScanWord(VtlToken& token) {
-    // The position is a local in this loop, which the compiler would else store at every unit.
-    std::size_t at = m_start + 1;
-    while (at < m_end && ClassOf(m_units[at]).isWordPart) {
-        ++at;
-    }
-    m_position = at;
-    const std::u16string_view word(m_units + m_start, m_position - m_start);
-    const unsigned int keyword = KeywordLike(word[0], word.size());
-    if (keyword != 0 && word == kKeywords[keyword]) {
-        SetKeyword(token, keyword);
-    } else {
-        SetText(token, Kind::Identifier, m_start, m_position);
-    }
-}
-
-void VtlCursor::SetKeyword(VtlToken& token, unsigned int keyword) const {
-    const Kind kind = keyword < kSpecialKindCount             ? Kind::SpecialLiteral
+inline VtlToken VtlCursor::FinishWord(const char16_t* start) noexcept {
+    const char16_t* const end = SkipRun<IsWordPart>(start + 1, m_range);
+    const unsigned int keyword = FindKeyword({start, static_cast<std::size_t>(end - start)});
+    const Kind kind = keyword == 0                            ? Kind::Identifier
+                      : keyword < kSpecialKindCount           ? Kind::SpecialLiteral
                       : keyword == kTrue || keyword == kFalse ? Kind::BoolLiteral
                                                               : Kind::RealLiteral;
-    if (m_skipValue) {
-        return SetPlain(token, kind);
-    }
-    const auto start = static_cast<unsigned int>(m_start);
-    const auto end = static_cast<unsigned int>(m_position);
-    switch (keyword) {
-        case kTrue:
-        case kFalse:
-            return token.SetBool(start, end, keyword == kTrue);
-        case kInf:
-            return token.SetReal(start, end, std::numeric_limits<double>::infinity());
-        case kNan:
-            return token.SetReal(start, end, std::numeric_limits<double>::quiet_NaN());
-        default:
-            return token.SetSpecial(start, end, static_cast<SpecialKind>(keyword));
-    }
+    return Finish(kind, start, end);
 }
 
-void VtlCursor::ScanNumber(VtlToken& token) {
-    SkipDigits();
-    const std::size_t integerEnd = m_position;
-    bool isReal = false;
-    if (UnitAt(m_position) == u'.') {
-        ++m_position;
-        SkipDigits();
-        if (m_position - m_start == 1) {
-            return SetInvalid(token, m_position);  // A point and no digit on either side.
-        }
-        isReal = true;
-    }
-    if (UnitAt(m_position) == u'e' || UnitAt(m_position) == u'E') {
-        const std::size_t marker = m_position;
-        const char16_t sign = UnitAt(m_position + 1);
-        m_position += sign == u'+' || sign == u'-' ? 2 : 1;
-        if (IsDigit(UnitAt(m_position))) {
-            SkipDigits();
-            isReal = true;
-        } else {
-            m_position = marker;
-        }
-    }
+VtlToken VtlCursor::FinishStep(const char16_t* start) noexcept {
+    const char16_t* const feed = *start == u'\r' ? start + 1 : start;
+    const char16_t* const end = SkipRun<IsBlank>(feed + 1, m_range);
+    const auto indentation = static_cast<std::size_t>(end - start) - 1;
+    const std::size_t former = std::exchange(m_indentation, indentation);
+    return Finish(indentation > former   ? Kind::Indent
+                  : indentation < former ? Kind::Dedent
+                                         : Kind::Whitespace,
+                  start, end);
+}
 
-    const auto start = static_cast<unsigned int>(m_start);
-    const auto end = static_cast<unsigned int>(m_position);
-    if (isReal) {
-        return m_skipValue
-                   ? SetPlain(token, Kind::RealLiteral)
-                   : token.SetReal(start, end, RealOf(m_units + m_start, m_position - m_start));
+VtlToken VtlCursor::FinishNumber(const char16_t* start) noexcept {
+    const char16_t* const integerEnd = SkipDigits(start);
+    const char16_t* at = integerEnd;
+    if (UnitAt(at) == u'.') {
+        at = SkipDigits(at + 1);
+        if (at - start == 1) {
+            return FinishInvalid(start, at);  // A point and no digit on either side.
+        }
     }
-    // The range is tested without values as well, since it decides on the kind.
+    if (UnitAt(at) == u'e' || UnitAt(at) == u'E') {
+        const char16_t sign = UnitAt(at + 1);
+        const char16_t* const digits = at + (sign == u'+' || sign == u'-' ? 2 : 1);
+        if (IsDigit(UnitAt(digits))) {
+            at = SkipDigits(digits);
+        }
+    }
+    if (at != integerEnd) {
+        return Finish(Kind::RealLiteral, start, at);
+    }
+    constexpr std::ptrdiff_t kSafeDigits = std::numeric_limits<long long>::digits10;
     constexpr unsigned long long kLargest = std::numeric_limits<long long>::max();
-    unsigned long long value = 0;
-    for (std::size_t at = m_start; at < integerEnd; ++at) {
-        if (value > kLargest / 10) {
-            return SetInvalid(token, at + 1);
-        }
-        value = value * 10 + static_cast<unsigned int>(m_units[at] - u'0');
-        if (value > kLargest) {
-            return SetInvalid(token, at + 1);
-        }
-    }
-    return m_skipValue ? SetPlain(token, Kind::IntegerLiteral)
-                       : token.SetInteger(start, end, static_cast<long long>(value));
-}
-
-void VtlCursor::ScanString(VtlToken& token) {
-    std::size_t escapeCount = 0;
-    std::size_t at = m_start + 1;
-    for (; at < m_end && m_units[at] != u'\''; ++at) {
-        if (m_units[at] == u'\n') {
-            return SetInvalid(token, at + 1);
-        }
-        if (m_units[at] == u'\\') {
-            ++escapeCount;
-            ++at;
-            if (at == m_end) {
-                break;
+    if (integerEnd - start > kSafeDigits) {
+        unsigned long long value = 0;
+        for (const char16_t* digit = start; digit < integerEnd; ++digit) {
+            if (value > kLargest / 10) {
+                return FinishInvalid(start, digit + 1);
             }
-            if (m_units[at] != u'\\' && m_units[at] != u'\'' && m_units[at] != u'n') {
-                return SetInvalid(token, at + 1);
+            value = value * 10 + static_cast<unsigned int>(*digit - u'0');
+            if (value > kLargest) {
+                return FinishInvalid(start, digit + 1);
             }
         }
     }
-    if (at == m_end) {
-        return SetInvalid(token, m_end);  // No closing quote.
-    }
-    m_position = at + 1;
-    if (escapeCount == 0 || m_skipValue) {
-        return SetText(token, Kind::StringLiteral, m_start + 1, at);
-    }
-    token.SetText(Kind::StringLiteral, static_cast<unsigned int>(m_start),
-                  static_cast<unsigned int>(m_position), Unescape(m_start + 1, at, escapeCount));
+    return Finish(Kind::IntegerLiteral, start, integerEnd);
 }
 
-TStringCore VtlCursor::Unescape(std::size_t start, std::size_t end, std::size_t escapeCount) const {
-    const std::size_t length = end - start - escapeCount;
-    TStringCore text;
-    char16_t* out = text.prepareAppend(length);
-    for (std::size_t at = start; at < end; ++at) {
-        char16_t unit = m_units[at];
-        if (unit == u'\\') {
-            ++at;
-            unit = m_units[at] == u'n' ? u'\n' : m_units[at];
+VtlToken VtlCursor::FinishString(const char16_t* start) noexcept {
+    const char16_t* at = start + 1;
+    for (;;) {
+        at = SkipRun<IsNoneOf<u'\'', u'\\', u'\n'>>(at, m_range);
+        if (at == m_range.end) {
+            return FinishInvalid(start, at);  // No closing quote.
         }
-        *out++ = unit;
+        if (*at == u'\'') {
+            return Finish(Kind::StringLiteral, start, at + 1);
+        }
+        if (*at == u'\n') {
+            return FinishInvalid(start, at + 1);
+        }
+        ++at;
+        if (at == m_range.end) {
+            return FinishInvalid(start, at);
+        }
+        if (*at != u'\\' && *at != u'\'' && *at != u'n') {
+            return FinishInvalid(start, at + 1);
+        }
+        ++at;
     }
-    text.commitAppend(length);
-    return text;
 }
 
 // VtlScanner --------------------------------------------------------------------------------------
-
-VtlScanner::VtlScanner(const TStringCore& text)
-    : m_text(text), m_cursor(m_text, /*skipValue=*/false) {}
-
-const VtlToken& VtlScanner::Next() {
-    if (!m_hasAhead) {
-        m_cursor.Scan(m_tokens[m_currentIndex]);
-        return m_tokens[m_currentIndex];
-    }
-    m_currentIndex ^= 1;
-    m_hasAhead = m_furtherAhead != nullptr && !m_furtherAhead->empty();
-    if (m_hasAhead) {
-        m_tokens[m_currentIndex ^ 1] = std::move(m_furtherAhead->front());
-        m_furtherAhead->pop_front();
-    }
-    return m_tokens[m_currentIndex];
-}
-
-const VtlToken& VtlScanner::Ahead() {
-    VtlToken& ahead = m_tokens[m_currentIndex ^ 1];
-    if (!m_hasAhead) {
-        m_cursor.Scan(ahead);
-        m_hasAhead = true;
-    }
-    return ahead;
-}
 
 const VtlToken& VtlScanner::Peek(std::size_t n) {
     if (n == 0) {
         return GetCurrent();
     }
-    const VtlToken& first = Ahead();
-    if (n == 1) {
-        return first;
-    }
-    if (m_furtherAhead == nullptr) {
-        m_furtherAhead = std::make_unique<std::deque<VtlToken>>();
-    }
-    std::deque<VtlToken>& further = *m_furtherAhead;
-    while (further.size() < n - 1) {
-        const VtlToken& last = further.empty() ? first : further.back();
-        if (last.Is(Kind::End) || last.Is(Kind::Invalid)) {
-            return last;
+    const VtlToken* last = &PeekNext();
+    std::vector<VtlToken>& further = m_state.further;
+    if (n > further.size() + 1) {
+        std::reverse(further.begin(), further.end());
+        last = further.empty() ? last : &further.back();
+        while (n > further.size() + 1 && !last->Is(Kind::End) && !last->Is(Kind::Invalid)) {
+            last = &further.emplace_back(m_state.cursor.Scan());
         }
-        VtlToken token;
-        m_cursor.Scan(token);
-        further.push_back(std::move(token));
+        std::reverse(further.begin(), further.end());
     }
-    return further[n - 2];
-}
-
-bool VtlScanner::Accept(VtlTokenKind kind) {
-    if (!PeekIs(kind)) {
-        return false;
-    }
-    Next();
-    return true;
+    // The farthest one stands first.
+    const std::size_t distance = std::min(n - 1, further.size());
+    return distance == 0 ? m_state.ahead : further[further.size() - distance];
 }
 
 bool VtlScanner::Accept(VtlTokenKind kind, VtlToken& token) {
@@ -511,36 +258,36 @@ bool VtlScanner::AcceptKeyText(VtlToken& token) {
     return Accept(Kind::Identifier, token) || Accept(Kind::StringLiteral, token);
 }
 
+const VtlToken& VtlScanner::Expect(VtlTokenKind kind) {
+    const VtlToken& token = Next();
+    if (!token.Is(kind)) [[unlikely]] {
+        LUM_FAIL(LumError::UnexpectedToken, GetText());
+    }
+    return token;
+}
+
 const VtlToken& VtlScanner::Expect(VtlTokenKind kind, const TStringCore& detail) {
     const VtlToken& token = Next();
-    if (!token.Is(kind)) {
+    if (!token.Is(kind)) [[unlikely]] {
         LUM_FAIL(LumError::UnexpectedToken, detail);
     }
     return token;
 }
 
-void VtlScanner::PushBack(VtlToken token) {
-    VtlToken& ahead = m_tokens[m_currentIndex ^ 1];
-    if (m_hasAhead) {
-        if (m_furtherAhead == nullptr) {
-            m_furtherAhead = std::make_unique<std::deque<VtlToken>>();
-        }
-        m_furtherAhead->push_front(std::move(ahead));
+void VtlScanner::PushBack(const VtlToken& token) {
+    const VtlToken pushed = token;  // It may be one that changes below.
+    if (m_state.hasAhead) {
+        m_state.further.push_back(m_state.ahead);
     }
-    ahead = std::move(token);
-    m_hasAhead = true;
+    m_state.ahead = pushed;
+    m_state.hasAhead = true;
 }
 
-bool VtlScanner::IsSingleToken(const TStringCore& text, VtlTokenKind kind, VtlToken& token,
-                               bool skipValue) {
-    VtlCursor cursor(text, skipValue);
-    cursor.Scan(token);
-    if (!token.Is(kind)) {
-        return false;
-    }
-    VtlToken following;
-    cursor.Scan(following);
-    return following.Is(Kind::End);
+bool VtlScanner::IsSingleToken(const TStringCore& text, VtlTokenKind kind,
+                               VtlToken& token) noexcept {
+    VtlCursor cursor(text.view());
+    token = cursor.Scan();
+    return token.Is(kind) && cursor.Scan().Is(Kind::End);
 }
 
 }  // namespace lum::core

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstddef>
-#include <deque>
-#include <memory>
+#include <string_view>
+#include <utility>
+#include <vector>
 
+#include "core/main/serialize/UnitRuns.h"
 #include "core/main/serialize/VtlToken.h"
 #include "lum/core/utility/LumString.h"
 
@@ -29,91 +31,156 @@ namespace lum::core {
 // form feed and every character above 0x7E included, is Invalid; Invalid ends the text for good.
 
 // Reads tokens from units that somebody else keeps, one after the other, in time linear in the
-// text.
+// text. A copy goes on from the same place.
 class VtlCursor {
 public:
-    // With `skipValue` tokens have no value and no text, and scanning allocates nothing; kinds and
-    // positions are the same.
-    VtlCursor(const TStringCore& text, bool skipValue) noexcept;
+    explicit VtlCursor(std::u16string_view text) noexcept
+        : VtlCursor(text, text.data() + text.size()) {}
+    // A part of a larger text, which may be read up to `readableEnd`.
+    VtlCursor(std::u16string_view text, const char16_t* readableEnd) noexcept
+        : m_text(text.data()),
+          m_at(m_text),
+          m_range{m_text + text.size(), readableEnd},
+          m_lastStart(m_range.end) {}
 
-    // Makes `token` the next one that is no white space. End and Invalid come again and again once
-    // reached.
-    void Scan(VtlToken& token);
+    // The next token that is no white space. End and Invalid come again and again once reached.
+    VtlToken Scan() noexcept;
+
+    // Where the next token is looked for, in units from the start of the text.
+    std::size_t GetPosition() const noexcept { return static_cast<std::size_t>(m_at - m_text); }
+    void SetPosition(std::size_t position) noexcept { m_at = m_text + position; }
+    const char16_t* GetReadableEnd() const noexcept { return m_range.readableEnd; }
 
 private:
-    char16_t UnitAt(std::size_t position) const noexcept;
-    void SkipDigits() noexcept;
-    void SetPlain(VtlToken& token, VtlTokenKind kind) const noexcept;
-    void SetText(VtlToken& token, VtlTokenKind kind, std::size_t textStart,
-                 std::size_t textEnd) const;
-    void SetKeyword(VtlToken& token, unsigned int keyword) const;
-    void SetInvalid(VtlToken& token, std::size_t end) noexcept;
-    VtlTokenKind ScanStep() noexcept;
-    void ScanPunctuation(VtlToken& token, VtlTokenKind kind);
-    void ScanComment(VtlToken& token);
-    void ScanWord(VtlToken& token);
-    void ScanNumber(VtlToken& token);
-    void ScanString(VtlToken& token);
-    TStringCore Unescape(std::size_t start, std::size_t end, std::size_t escapeCount) const;
+    VtlToken Finish(VtlTokenKind kind, const char16_t* start, const char16_t* end) noexcept;
+    VtlToken FinishInvalid(const char16_t* start, const char16_t* end) noexcept;
+    VtlToken FinishWord(const char16_t* start) noexcept;
+    VtlToken FinishNumber(const char16_t* start) noexcept;
+    VtlToken FinishString(const char16_t* start) noexcept;
+    VtlToken FinishStep(const char16_t* start) noexcept;
+    char16_t UnitAt(const char16_t* at) const noexcept;
+    const char16_t* SkipDigits(const char16_t* at) const noexcept;
 
-    const char16_t* const m_units;
-    const std::size_t m_end;
-    const bool m_skipValue;
-    bool m_isInvalid = false;
-    std::size_t m_start = 0;  // Of the token that is being scanned.
-    std::size_t m_position = 0;
+    const char16_t* m_text;
+    const char16_t* m_at;
+    UnitRange m_range;
+    // The token that stands at the end: End, or the Invalid that ended the text early.
+    const char16_t* m_lastStart;
+    VtlTokenKind m_last = VtlTokenKind::End;
     std::size_t m_indentation = 0;  // Of the last step.
 };
 
-// A cursor over a text of its own, with a current token and as much lookahead as a reader asks for.
+// A cursor with a current token and as much lookahead as a reader asks for.
 //
 // Threads: one at a time. References to tokens hold until the next operation that is not const.
 class VtlScanner {
 public:
-    explicit VtlScanner(const TStringCore& text);
+    // Where a scanner stands, for going back.
+    struct State {
+        VtlCursor cursor;
+        VtlToken current;
+        VtlToken ahead;
+        bool hasAhead = false;
+        std::vector<VtlToken> further;  // What stands behind `ahead`, the nearest last.
+    };
+
+    // Keeps the text.
+    explicit VtlScanner(const TStringCore& text)
+        : m_ownText(text),
+          m_units(m_ownText.view()),
+          m_state{VtlCursor(m_units), VtlToken(), VtlToken(), false, {}} {}
+    // Over units that the caller keeps, as VtlCursor takes them.
+    VtlScanner(std::u16string_view units, const char16_t* readableEnd) noexcept
+        : m_units(units),
+          m_state{VtlCursor(units, readableEnd), VtlToken(), VtlToken(), false, {}} {}
     VtlScanner(const VtlScanner&) = delete;
     VtlScanner& operator=(const VtlScanner&) = delete;
 
-    const TStringCore& GetText() const noexcept { return m_text; }
-    const VtlToken& GetCurrent() const noexcept { return m_tokens[m_currentIndex]; }
+    // The whole text, for the details of failures. Cost: a copy.
+    TStringCore GetText() const { return TStringCore(m_units); }
+    const VtlToken& GetCurrent() const noexcept { return m_state.current; }
 
     // Makes the next token the current one.
-    const VtlToken& Next();
+    const VtlToken& Next() {
+        if (!m_state.hasAhead) {
+            return m_state.current = m_state.cursor.Scan();
+        }
+        m_state.current = m_state.ahead;
+        m_state.hasAhead = !m_state.further.empty();
+        if (m_state.hasAhead) [[unlikely]] {
+            m_state.ahead = m_state.further.back();
+            m_state.further.pop_back();
+        }
+        return m_state.current;
+    }
+    // The token that Next would give.
+    const VtlToken& PeekNext() {
+        if (!m_state.hasAhead) {
+            m_state.ahead = m_state.cursor.Scan();
+            m_state.hasAhead = true;
+        }
+        return m_state.ahead;
+    }
+    bool PeekIs(VtlTokenKind kind) { return PeekNext().Is(kind); }
     // The n-th token ahead, 0 being the current one. Behind End or Invalid stand only more of them,
     // so that a large `n` reads no further.
+    // Cost: linear in what was not yet looked at, twice what was.
     const VtlToken& Peek(std::size_t n);
-    bool PeekIs(VtlTokenKind kind) { return Ahead().Is(kind); }
+
     // Takes the next token if it is of that kind; in the second form, and in AcceptKeyText, the
     // token is handed over as well.
-    bool Accept(VtlTokenKind kind);
+    bool Accept(VtlTokenKind kind) {
+        if (!PeekIs(kind)) {
+            return false;
+        }
+        Next();
+        return true;
+    }
     bool Accept(VtlTokenKind kind, VtlToken& token);
     // Takes an Identifier or a StringLiteral: a name, bare or quoted.
     bool AcceptKeyText(VtlToken& token);
     // Takes the next token, of whatever kind.
-    // Errors: UnexpectedToken with `detail`, reported, where it is not of that kind.
+    // Errors: UnexpectedToken, reported, where it is not of that kind, with the whole text or with
+    // `detail`.
+    const VtlToken& Expect(VtlTokenKind kind);
     const VtlToken& Expect(VtlTokenKind kind, const TStringCore& detail);
-    // Puts a token in front of those that are to come; the current token stays.
-    void PushBack(VtlToken token);
+    // Puts a token of this text in front of those that are to come; the current token stays.
+    void PushBack(const VtlToken& token);
+
+    // The units from the next token on. Nothing where tokens behind it were looked at or pushed
+    // back, since they need not be those that stand there.
+    std::u16string_view PeekUnits() {
+        const VtlToken& next = PeekNext();
+        if (!m_state.further.empty() || next.GetEnd() != m_state.cursor.GetPosition()) {
+            return {};
+        }
+        return m_units.substr(next.GetStart());
+    }
+    // Up to where the text's memory may be read, as UnitRange takes it.
+    const char16_t* GetReadableEnd() const noexcept { return m_state.cursor.GetReadableEnd(); }
+    // Goes on behind the first `count` of the units that PeekUnits has just given, which end there
+    // with a token; the current token stays. Unskip goes back to the place where they start, as
+    // long as no more than one token was looked at, which is one of the same line.
+    void Skip(std::size_t count) noexcept { GoTo(m_state.ahead.GetStart() + count); }
+    void Unskip(std::size_t start) noexcept { GoTo(start); }
+
+    // What is read between the two is read again.
+    State GetState() const { return m_state; }
+    void SetState(State&& state) noexcept { m_state = std::move(state); }
 
     // Whether `text` is a token of that kind and nothing else but white space around it, which the
-    // token's place tells. Gives the first token in any case. What `skipValue` leaves out,
-    // VtlCursor says.
-    static bool IsSingleToken(const TStringCore& text, VtlTokenKind kind, VtlToken& token,
-                              bool skipValue);
+    // token's place tells. Gives the first token in any case; it is good as long as `text`.
+    static bool IsSingleToken(const TStringCore& text, VtlTokenKind kind, VtlToken& token) noexcept;
 
 private:
-    const VtlToken& Ahead();
+    void GoTo(std::size_t position) noexcept {
+        m_state.cursor.SetPosition(position);
+        m_state.hasAhead = false;
+    }
 
-    const TStringCore m_text;
-    VtlCursor m_cursor;  // Over m_text.
-    // The current token and, if there is one ahead, the first of the queue. They change places when
-    // the scanner moves on, so that a look ahead copies nothing.
-    VtlToken m_tokens[2];
-    unsigned int m_currentIndex = 0;
-    bool m_hasAhead = false;
-    // The rest of the queue, whose making allocates and which hardly any reader needs; empty while
-    // m_hasAhead is false.
-    std::unique_ptr<std::deque<VtlToken>> m_furtherAhead;
+    const TStringCore m_ownText;  // Empty where the caller keeps the text.
+    const std::u16string_view m_units;
+    State m_state;
 };
 
 }  // namespace lum::core

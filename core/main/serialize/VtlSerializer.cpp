@@ -17,8 +17,7 @@ namespace {
 
 // Whether the scanner reads the whole text as one word that is no keyword.
 bool IsWord(const TStringCore& text) {
-    VtlToken token;
-    VtlCursor(text, /*skipValue=*/true).Scan(token);
+    const VtlToken token = VtlCursor(text.view()).Scan();
     return token.Is(VtlTokenKind::Identifier) && token.GetStart() == 0 &&
            token.GetEnd() == text.length();
 }

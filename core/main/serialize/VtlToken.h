@@ -1,14 +1,10 @@
 #pragma once
 
 #include <cstddef>
-#include <utility>
+#include <string_view>
 
-#include "lum/core/Check.h"
 #include "lum/core/store/SpecialKind.h"
 #include "lum/core/utility/LumString.h"
-
-#include <boost/variant/get.hpp>
-#include <boost/variant/variant.hpp>
 
 namespace lum::core {
 
@@ -42,80 +38,44 @@ enum class VtlTokenKind : unsigned char {
     SpecialLiteral = 25,
 };
 
-// A piece of a scanned text: its kind, where it stands, and what it says. Punctuation, identifiers,
-// comments and string literals have a text; bool, number and special literals have a value. A token
-// of another kind, or one that was scanned without values, has neither.
+// A piece of a scanned text: its kind, and where it stands. What it says is read from the text only
+// when somebody asks, so that scanning allocates nothing and converts nothing.
 //
-// GetStart() and GetEnd() count UTF-16 units from the start of the scanned text, so that a reader
-// can see whether two tokens touch.
+// Ownership: a token points into the scanned text and is good as long as that.
+// Units: GetStart() and GetEnd() count UTF-16 units from the start of the scanned text, so that a
+// reader can see whether two tokens touch.
 class VtlToken {
 public:
+    VtlToken() = default;
+    // The units [start, end) of `text`, which have that form.
+    VtlToken(VtlTokenKind kind, const char16_t* text, std::size_t start, std::size_t end) noexcept
+        : m_text(text),
+          m_start(static_cast<unsigned int>(start)),  // Texts have at most 2^30 units.
+          m_end(static_cast<unsigned int>(end)),
+          m_kind(kind) {}
+
     VtlTokenKind GetKind() const noexcept { return m_kind; }
     bool Is(VtlTokenKind kind) const noexcept { return m_kind == kind; }
     unsigned int GetStart() const noexcept { return m_start; }
     unsigned int GetEnd() const noexcept { return m_end; }
+    // The units as they stand, quotes and all.
+    std::u16string_view GetUnits() const noexcept { return {m_text + m_start, m_end - m_start}; }
 
-    const TStringCore& GetText() const noexcept { return m_text; }
+    // The text of an identifier, of punctuation, of a comment without its slashes, and of a string
+    // literal without quotes and escapes; empty for other tokens.
+    TStringCore GetText() const;
     // The values. Errors: LumLogicException with IllegalOperation where the token has no such
     // value.
-    bool GetBool() const { return Get<bool>(VtlTokenKind::BoolLiteral); }
-    long long GetInteger() const { return Get<long long>(VtlTokenKind::IntegerLiteral); }
-    double GetReal() const { return Get<double>(VtlTokenKind::RealLiteral); }
-    SpecialKind GetSpecialKind() const { return Get<SpecialKind>(VtlTokenKind::SpecialLiteral); }
-
-    // Each makes this another token, in place, as one token after the other is scanned into the
-    // same object. Values have a setter for each type, since the variant would take an int or a
-    // pointer for the wrong one.
-    void SetPlain(VtlTokenKind kind, unsigned int start, unsigned int end) noexcept {
-        m_kind = kind;
-        m_start = start;
-        m_end = end;
-        m_hasValue = false;
-        m_text.clear();
-    }
-    void SetText(VtlTokenKind kind, unsigned int start, unsigned int end, TStringCore&& text) {
-        SetPlain(kind, start, end);
-        m_text = std::move(text);
-    }
-    // Written in place: a short text that is made elsewhere and moved here at once stalls on its
-    // own stores.
-    void SetText(VtlTokenKind kind, unsigned int start, unsigned int end, const char16_t* units,
-                 std::size_t count) {
-        SetPlain(kind, start, end);
-        m_text.append(units, count);
-    }
-    void SetBool(unsigned int start, unsigned int end, bool value) {
-        SetValue(VtlTokenKind::BoolLiteral, start, end, value);
-    }
-    void SetInteger(unsigned int start, unsigned int end, long long value) {
-        SetValue(VtlTokenKind::IntegerLiteral, start, end, value);
-    }
-    void SetReal(unsigned int start, unsigned int end, double value) {
-        SetValue(VtlTokenKind::RealLiteral, start, end, value);
-    }
-    void SetSpecial(unsigned int start, unsigned int end, SpecialKind value) {
-        SetValue(VtlTokenKind::SpecialLiteral, start, end, value);
-    }
+    bool GetBool() const;
+    long long GetInteger() const;
+    double GetReal() const;
+    SpecialKind GetSpecialKind() const;
 
 private:
-    template <typename T>
-    void SetValue(VtlTokenKind kind, unsigned int start, unsigned int end, T value) {
-        SetPlain(kind, start, end);
-        m_value = value;
-        m_hasValue = true;
-    }
-    template <typename T>
-    T Get(VtlTokenKind kind) const {
-        LUM_INVARIANT(m_hasValue && m_kind == kind, LumError::IllegalOperation);
-        return boost::get<T>(m_value);
-    }
-
-    VtlTokenKind m_kind = VtlTokenKind::NoToken;
-    bool m_hasValue = false;
+    const char16_t* m_text = nullptr;
     unsigned int m_start = 0;
     unsigned int m_end = 0;
-    boost::variant<bool, long long, double, SpecialKind> m_value;  // Stale without m_hasValue.
-    TStringCore m_text;
+    VtlTokenKind m_kind = VtlTokenKind::NoToken;
 };
 
 }  // namespace lum::core

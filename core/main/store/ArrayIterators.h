@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <typeinfo>
+#include <utility>
 
 #include "lum/core/Check.h"
 #include "lum/core/store/ArrayCursor.h"
@@ -48,14 +49,47 @@ private:
     lumsize_t m_size;
 };
 
+/// A walk over an array whose elements are all the one object.
+class ConstantStoreValueIterator final : public IStoreValueIterator {
+public:
+    ConstantStoreValueIterator(SV element, lumsize_t position, lumsize_t size)
+        : m_element(std::move(element)), m_pos(position), m_size(size) {}
+
+    std::unique_ptr<IStoreValueIterator> Clone() const override {
+        return std::make_unique<ConstantStoreValueIterator>(*this);
+    }
+    bool operator!=(const std::unique_ptr<IStoreValueIterator>& other) const override {
+        const IStoreValueIterator* const place = other.get();
+        return place != nullptr && typeid(*place) == typeid(*this) &&
+               static_cast<const ConstantStoreValueIterator*>(place)->m_pos != m_pos;
+    }
+    void Advance() override {
+        LUM_CHECK(m_pos < m_size, LumError::IteratorOutOfBounds);
+        ++m_pos;
+    }
+    SV Dereference() const override {
+        LUM_CHECK(m_pos < m_size, LumError::IteratorOutOfBounds);
+        return m_element;
+    }
+
+private:
+    SV m_element;
+    lumsize_t m_pos;
+    lumsize_t m_size;
+};
+
 /// The two ends of a walk over an array.
-template <typename T>
 class ArrayStoreValueIterable final : public IUniformCollection::StoreValueIterable {
 public:
+    template <typename T>
     ArrayStoreValueIterable(const Type* elementType, const ArrayCursor<T>& cursor)
         : m_begin(std::make_unique<ArrayStoreValueIterator<T>>(elementType, cursor, 0)),
           m_end(std::make_unique<ArrayStoreValueIterator<T>>(elementType, cursor,
                                                              cursor.GetSize())) {}
+    /// `size` times the same element.
+    ArrayStoreValueIterable(const SV& element, lumsize_t size)
+        : m_begin(std::make_unique<ConstantStoreValueIterator>(element, 0, size)),
+          m_end(std::make_unique<ConstantStoreValueIterator>(element, size, size)) {}
 
     const std::unique_ptr<IStoreValueIterator>& begin() const override { return m_begin; }
     const std::unique_ptr<IStoreValueIterator>& end() const override { return m_end; }

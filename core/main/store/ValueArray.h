@@ -110,7 +110,6 @@ private:
     /// For arrays with indices.
     ArrayView<const unsigned> GetIndices() const noexcept { return {m_indices, m_count}; }
     lumsize_t CheckedStoredIndex(lumsize_t index) const;
-    void CheckRange(lumsize_t startIndex, lumsize_t length) const;
     /// Whether all indices lie inside the storage; found once.
     bool AreIndicesInside() const;
     /// Fails where an index of the range does not; a copy asks before it writes anything.
@@ -129,7 +128,7 @@ private:
     const SortSpecOrder m_order;
     mutable std::atomic<IndexRange> m_indexRange{IndexRange::Unknown};
     mutable std::once_flag m_iterableFlag;  // Guards the making of the iterable.
-    mutable std::unique_ptr<ArrayStoreValueIterable<T>> m_iterable;
+    mutable std::unique_ptr<ArrayStoreValueIterable> m_iterable;
 };
 
 }  // namespace lum::core

@@ -1,14 +1,14 @@
 #pragma once
 
 #include <algorithm>
-#include <limits>
+#include <optional>
 #include <utility>
 
+#include "core/main/store/ArrayArguments.h"
 #include "core/main/store/ColumnGather.h"
 #include "core/main/store/TemporaryRawDataAccess.h"
 #include "core/main/store/ValueArray.h"
 #include "core/main/store/ValueSet.h"
-#include "core/main/utility/Parser.h"
 #include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/SetFactory.h"
 
@@ -80,17 +80,16 @@ std::unique_ptr<StoreValue> ValueArray<T>::Clone() const {
 
 template <StorageType T>
 SV ValueArray<T>::GetValue(const RInternString& key) const {
-    const auto index = static_cast<lumsize_t>(ReadInt32(key.GetValue()));
-    return MakeStoreValueFromStorageType<T>(GetElementType(), GetValue(index));
+    return MakeStoreValueFromStorageType<T>(GetElementType(), GetValue(ReadElementKey(key)));
 }
 
 template <StorageType T>
 SV ValueArray<T>::TryGetValue(const RInternString& key) const {
-    const std::optional<int> number = TryReadInt32(key.GetValue());
-    if (!number.has_value() || static_cast<lumsize_t>(*number) >= m_count) {
+    const std::optional<lumsize_t> index = TryReadElementKey(key, m_count);
+    if (!index.has_value()) {
         return nullptr;
     }
-    const lumsize_t stored = GetStoredIndex(static_cast<lumsize_t>(*number));
+    const lumsize_t stored = GetStoredIndex(*index);
     return stored < m_storage.GetSize() ? MakeStoreValueFromStorageType<T>(
                                               GetElementType(), m_storage.GetValueData()[stored])
                                         : nullptr;
@@ -98,15 +97,14 @@ SV ValueArray<T>::TryGetValue(const RInternString& key) const {
 
 template <StorageType T>
 bool ValueArray<T>::HasKey(const RInternString& key) const {
-    const std::optional<int> number = TryReadInt32(key.GetValue());
-    return number.has_value() && static_cast<lumsize_t>(*number) < m_count;
+    return TryReadElementKey(key, m_count).has_value();
 }
 
 template <StorageType T>
 const IUniformCollection::StoreValueIterable& ValueArray<T>::GetStoreValueIterable() const {
     std::call_once(m_iterableFlag, [this] {
-        m_iterable = std::make_unique<ArrayStoreValueIterable<T>>(GetElementType(),
-                                                                  GetAdapterWithSpecials());
+        m_iterable =
+            std::make_unique<ArrayStoreValueIterable>(GetElementType(), GetAdapterWithSpecials());
     });
     return *m_iterable;
 }
@@ -192,16 +190,6 @@ SV ValueArray<T>::ToSet(bool includeSpecials) const {
 }
 
 template <StorageType T>
-void ValueArray<T>::CheckRange(lumsize_t startIndex, lumsize_t length) const {
-    LUM_CHECK_TEXT(
-        "((std::numeric_limits<lumsize_t>::max() - startIndex >= length) && "
-        "(startIndex + length <= GetCount()))",
-        std::numeric_limits<lumsize_t>::max() - startIndex >= length &&
-            startIndex + length <= m_count,
-        LumError::OutOfBounds);
-}
-
-template <StorageType T>
 bool ValueArray<T>::AreIndicesInside() const {
     IndexRange range = m_indexRange.load(std::memory_order_relaxed);
     if (range == IndexRange::Unknown) {
@@ -223,7 +211,7 @@ void ValueArray<T>::CheckIndices(lumsize_t startIndex, lumsize_t length) const {
 
 template <StorageType T>
 void ValueArray<T>::CopyValues(ArrayView<T> outView, lumsize_t startIndex, lumsize_t length) const {
-    CheckRange(startIndex, length);
+    CheckElementRange(startIndex, length, m_count);
     LUM_CHECK(outView.GetSize() >= length, LumError::OutOfBounds);
     CheckIndices(startIndex, length);
     if (HasIndices()) {
@@ -237,7 +225,7 @@ void ValueArray<T>::CopyValues(ArrayView<T> outView, lumsize_t startIndex, lumsi
 template <StorageType T>
 void ValueArray<T>::CopySpecials(ArrayView<SpecialKind> outView, lumsize_t startIndex,
                                  lumsize_t length) const {
-    CheckRange(startIndex, length);
+    CheckElementRange(startIndex, length, m_count);
     LUM_CHECK(outView.GetSize() >= length, LumError::OutOfBounds);
     if (!m_storage.HasKinds()) {
         std::fill(outView.begin(), outView.end(), SpecialKind::Normal);
@@ -255,24 +243,8 @@ void ValueArray<T>::CopySpecials(ArrayView<SpecialKind> outView, lumsize_t start
 template <StorageType T>
 void ValueArray<T>::CopyToTuples(ArrayView<LumTuple> outView, lumsize_t startIndex,
                                  lumsize_t length, lumsize_t tupleIndex) const {
-    CheckRange(startIndex, length);
-    const uint64 arrayLength = outView.GetSize();
-    LUM_CHECK(arrayLength <= GetCount(), LumError::OutOfBounds);
-    LUM_CHECK(arrayLength == length, LumError::OutOfBounds);
-    LUM_CHECK_TEXT("(outView[0].GetNthType(tupleIndex) == m_type->GetElementType())",
-                   outView[0].GetNthType(tupleIndex) == m_type->GetElementType(),
-                   LumError::TypeMismatch);
-    if constexpr (std::is_same_v<T, SV>) {
-        // Handles may be stored for elements of any type; other members have no room for one.
-        LUM_CHECK(m_type->GetElementType()->Is(StoreType::External), LumError::TypeMismatch);
-    }
-    // The writes below trust each row's layout, so each row is looked at, before any is written.
-    for (const LumTuple& row : outView) {
-        LUM_CHECK_TEXT("(outView[0].GetNthType(tupleIndex) == m_type->GetElementType())",
-                       row.GetNthType(tupleIndex) == m_type->GetElementType(),
-                       LumError::TypeMismatch);
-        row.GetTupleData().EnsureBlock();
-    }
+    CheckElementRange(startIndex, length, m_count);
+    CheckRows(outView, length, m_count, tupleIndex, m_type, std::is_same_v<T, SV>);
     if constexpr (!std::is_same_v<T, LumTuple>) {
         CheckIndices(startIndex, length);
         if (HasSpecialValues()) {
@@ -291,7 +263,7 @@ void ValueArray<T>::CopyToTuples(ArrayView<LumTuple> outView, lumsize_t startInd
 template <StorageType T>
 ConstRawDataView ValueArray<T>::GetValuesView(TemporaryRawData& scratch, lumsize_t startIndex,
                                               lumsize_t length) const {
-    CheckRange(startIndex, length);
+    CheckElementRange(startIndex, length, m_count);
     if (!HasIndices()) {
         return m_storage.GetRawValues(startIndex, length);
     }
@@ -303,7 +275,7 @@ ConstRawDataView ValueArray<T>::GetValuesView(TemporaryRawData& scratch, lumsize
 template <StorageType T>
 ConstRawDataView ValueArray<T>::GetSpecialsView(TemporaryRawData& scratch, lumsize_t startIndex,
                                                 lumsize_t length) const {
-    CheckRange(startIndex, length);
+    CheckElementRange(startIndex, length, m_count);
     if (HasSpecialValues() && !HasIndices()) {
         return m_storage.GetRawKinds(startIndex, length);
     }
@@ -375,21 +347,11 @@ SV ValueArray<T>::GetRange(lumsize_t startIndex, lumsize_t length, unsigned step
 
 template <StorageType T>
 SV ValueArray<T>::GetStride(lumsize_t startIndex, lumsize_t length, unsigned step) const {
-    if (step == 0) {
-        LUM_FAIL(LumError::OutOfBounds, L"Illegal range step value");
-    }
     if (startIndex >= m_count) {
         startIndex = 0;
         length = 0;
     }
-    // A length of 0 wraps round to all that the stride reaches, and so does the position.
-    const lumsize_t last = std::min(m_count, length) - 1;
-    std::vector<unsigned> indices;
-    indices.reserve(std::min<uint64>(uint64{last} + 1, (m_count - startIndex) / step + 1));
-    for (lumsize_t index = startIndex; indices.size() <= last && index < m_count; index += step) {
-        indices.push_back(index);
-    }
-    return ComposeIndices(std::move(indices), m_order);
+    return ComposeIndices(MakeStride(startIndex, length, step, m_count), m_order);
 }
 
 template <StorageType T>

@@ -198,7 +198,7 @@ std::optional<TStringCore> Unquoted(const TStringCore& text) {
         return text;
     }
     VtlToken token;
-    if (!VtlScanner::IsSingleToken(text, Kind::StringLiteral, token, /*skipValue=*/false)) {
+    if (!VtlScanner::IsSingleToken(text, Kind::StringLiteral, token)) {
         return std::nullopt;
     }
     return token.GetText();
@@ -304,7 +304,7 @@ std::optional<LumDateTime> TryReadDateTime(const TStringCore& text) {
 }
 
 LumColor ReadColor(VtlScanner& scanner) {
-    return ColorOrFail(scanner.Expect(Kind::StringLiteral, scanner.GetText()).GetText());
+    return ColorOrFail(scanner.Expect(Kind::StringLiteral).GetText());
 }
 
 LumColor ReadColor(const TStringCore& text) {

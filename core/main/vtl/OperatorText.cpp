@@ -12,6 +12,34 @@ namespace {
 
 constexpr std::size_t kOperatorCount = std::size(kOperatorTypeNames);
 
+// A table in which each name has a place of its own, so that finding one takes one comparison. The
+// factors are such that no two names meet.
+constexpr std::size_t kPlaceCount = 64;
+
+constexpr std::size_t PlaceOf(std::u16string_view name) noexcept {
+    return (3 * name.size() + 10 * name.front() + 2 * name.back()) % kPlaceCount;
+}
+
+constexpr std::array<unsigned char, kPlaceCount> MakePlaces() {
+    std::array<unsigned char, kPlaceCount> places{};
+    for (std::size_t i = 0; i < kOperatorCount; ++i) {
+        places[PlaceOf(kOperatorTypeNames[i])] = static_cast<unsigned char>(i);
+    }
+    return places;
+}
+
+constexpr std::array<unsigned char, kPlaceCount> kPlaces = MakePlaces();
+
+constexpr bool HasEachNameAPlace() noexcept {
+    for (std::size_t i = 0; i < kOperatorCount; ++i) {
+        if (kPlaces[PlaceOf(kOperatorTypeNames[i])] != i) {
+            return false;
+        }
+    }
+    return true;
+}
+static_assert(HasEachNameAPlace());
+
 const std::array<TStringCore, kOperatorCount>& GetTexts() {
     static const auto s_texts = [] {
         std::array<TStringCore, kOperatorCount> texts;
@@ -31,13 +59,12 @@ const TStringCore& OperatorTypeToString(OperatorType type) {
     return GetTexts()[typeIndex];
 }
 
-OperatorType OperatorTypeFromString(const TStringCore& text) {
-    const auto& texts = GetTexts();
-    const auto found = std::find(texts.begin(), texts.end(), text);
-    if (found == texts.end()) {
-        throw LumRuntimeException(LumError::UnknownTypeName, text);
+OperatorType OperatorTypeFromString(std::u16string_view text) {
+    const std::size_t number = text.empty() ? 0 : kPlaces[PlaceOf(text)];
+    if (text != kOperatorTypeNames[number]) {
+        throw LumRuntimeException(LumError::UnknownTypeName, TStringCore(text));
     }
-    return static_cast<OperatorType>(found - texts.begin());
+    return static_cast<OperatorType>(number);
 }
 
 }  // namespace lum::core

@@ -63,6 +63,7 @@ class VariableTypeRef;
 // Values, collections and the store.
 class ConstRawDataView;
 class IDataStore;
+class IJsonObject;
 class ISharedArrayBuffer;
 class ISharedDataBuffer;
 class IStoreArray;
@@ -89,10 +90,14 @@ template <typename K, typename V>
 class DictionaryCursor;
 template <typename K, typename V>
 class IStoreDictionary;
+template <typename V, V kDefault>
+class KeyPathPrefixTreeMap;
 template <typename T>
 class ITypedArray;
 template <typename T>
 class ITypedSet;
+template <typename K, typename V>
+class KeySetAdapter;
 template <typename T>
 class SetAdapter;
 template <typename T>
@@ -100,12 +105,21 @@ class SetCursor;
 
 // Programs.
 class FunctionSpec;
+class ITypeLookup;
+class ITypeRecorder;
+class KeyPathPrefixTree;
+class KeyPathTypeLookup;
 class TransformSpec;
 class ValueSpec;
 enum class BufferType : unsigned int;
 struct GraphEdge;
 
-// Text forms.
+// Text and binary forms.
+class BinaryListType;
+class BinaryProtocolCreator;
+class BinaryProtocolReader;
+class BinaryValueExtractor;
+class BinaryValuePacker;
 class JsonSerializer;
 class KeyPathSerializerCache;
 struct JsonOptions;

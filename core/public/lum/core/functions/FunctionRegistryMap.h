@@ -22,7 +22,7 @@ template <typename Mapped>
 class FunctionRegistryMap {
 public:
     /// Adds a value behind all others, and gives the map's own key and value.
-    std::pair<const FunctionKey&, Mapped&> Insert(FunctionKey&& key, Mapped&& mapped) {
+    std::pair<const FunctionKey&, Mapped&> Insert(FunctionKey&& key, Mapped mapped) {
         Entry& entry = m_entries.emplace_back(std::move(key), std::move(mapped));
         try {
             m_overloads.Add(entry);

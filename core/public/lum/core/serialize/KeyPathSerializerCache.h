@@ -1,7 +1,8 @@
 #pragma once
 
 #include <cstddef>
-#include <unordered_map>
+#include <deque>
+#include <vector>
 
 #include "lum/core/Export.h"
 #include "lum/core/utility/LumString.h"
@@ -42,11 +43,23 @@ public:
     const TStringCore& Add(const Key& key, TStringCore&& text);
 
 private:
-    struct KeyHash {
-        std::size_t operator()(const Key& key) const;
+    struct Entry {
+        Key key;
+        TStringCore text;
+    };
+    // A place of the index, with no entry where it is free.
+    struct Slot {
+        const Entry* entry = nullptr;
+        unsigned int hash = 0;
     };
 
-    std::unordered_map<Key, TStringCore, KeyHash> m_texts;
+    static unsigned int HashOf(const Key& key) noexcept;
+    // Where the key stands, or where it may be put. The index is not empty.
+    std::size_t FindPlace(const Key& key, unsigned int hash) const noexcept;
+    void GrowIndex();
+
+    std::deque<Entry> m_entries;  // They never move.
+    std::vector<Slot> m_slots;    // Open addressing, at most half full.
 };
 
 }  // namespace lum::core

@@ -18,13 +18,18 @@
 ///                     [1,[0,"Null"],3]. Strings stand without the quotes of the rule above.
 ///   Set               an array in ascending order; with special members an array of two, the
 ///                     array of the values and that of the kinds: [[1,2],["Null"]]
+///   KeySet            a dictionary with the keys in ascending order, numbers, dates and colours as
+///                     the text of such values, strings as they stand, rows as compact text; with
+///                     special keys an array of two, that dictionary and the one of the special
+///                     keys by the names of their kinds: [{"a":1},{"Null":2}]
 ///   KeyMap, Table     a dictionary with the keys in order of their text, each written as the key
 ///                     segment of its name and the type of its value: {"a:i":1}. Without typed
 ///                     keys, as the name.
 ///
-/// The same value always gives the same text, but for sets of external values and of rows that hold
-/// a NaN, which have no full order. In readable text arrays of rows and collections have a line for
-/// each element; all others stand on one line.
+/// The same value always gives the same text, but for sets of external values, and for sets and
+/// keys of rows that hold a NaN, which have no full order. In readable text arrays of rows and
+/// collections have a line for each element, and dictionaries one for each key; all others stand on
+/// one line.
 ///
 /// Threads: values are only read, so any number of threads may write one at the same time.
 /// Ownership: nothing is kept.
@@ -36,8 +41,8 @@
 ///   what has no text; and what the host's functions for external values throw. std::length_error
 ///   beyond 2^30 units. The text of a writer that was given is of no use then.
 /// Cost: linear in the text; numbers and strings of a column go from its storage into the text
-///   without an object or a call for each. Sets, key maps and tables are sorted. Values are walked
-///   by recursion without a limit, as deep as they are nested in memory.
+///   without an object or a call for each. Sets, key sets, key maps and tables are sorted. Values
+///   are walked by recursion without a limit, as deep as they are nested in memory.
 namespace lum::core {
 
 class IDataStore;

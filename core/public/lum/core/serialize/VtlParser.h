@@ -16,16 +16,18 @@
 /// literal. Which operators take a literal, and which of them need its type, the operator says.
 /// What follows the outputs is not looked at. A line that begins with "//" is a comment.
 ///
-/// Threads: any. Ownership: nothing of the text is kept.
-/// Errors: LumRuntimeException; nothing partial is given. UnexpectedToken, with the line as
-/// details,
-///   where a part is missing or is something else, without details where that is the operator;
-///   UnknownTypeName for an unknown operator; KeyTypeNeeded for a function's literal without a
-///   type; OperatorTypeSpecMissing, OperatorTypeSpecMismatch with the operator's name, and
-///   UnexpectedOperatorArgument for an operator's literal; CannotParseBool and its kin, and those
-///   of hexadecimal text, for a literal of another form than its type's; those of
-///   KeyPath::ParseString.
-/// Cost: linear in the text.
+/// Threads: any. Ownership: nothing of the text is kept. Keys that are written alike may share
+///   their list of segments.
+/// Errors: LumRuntimeException, reported but for unknown operators; nothing partial is given.
+///   UnexpectedToken, with the line as details, where a part is missing or is something else,
+///   without details where that is the operator; UnknownTypeName for an unknown operator;
+///   KeyTypeNeeded for a function's literal without a type, ValueSpecHoldsValue for an argument
+///   whose last name is empty; OperatorTypeSpecMissing, OperatorTypeSpecMismatch with the
+///   operator's name, and UnexpectedOperatorArgument for an operator's literal; CannotParseBool and
+///   its kin, those of hexadecimal text and of LumDateTime's constructor for a literal of another
+///   form than its type's; CannotMakeValueForKey for a literal of a type that has none; those of
+///   KeyPath::ParseString, with the line as details.
+/// Cost: linear in the text, in time and memory.
 namespace lum::core {
 
 /// The statement, or the comment line, of one line.

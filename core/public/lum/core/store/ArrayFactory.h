@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <type_traits>
 #include <vector>
 
 #include "lum/core/Export.h"
@@ -44,5 +45,20 @@ LUM_CORE_API SV MakeArray(const Type* elementType, std::unique_ptr<std::vector<T
 template <StorageType T>
 LUM_CORE_API SV MakeArray(const Type* elementType, std::shared_ptr<const RawData> values,
                           std::shared_ptr<const RawData> specials, SortSpecOrder order);
+
+/// How a value is handed to the maker of a constant array: numbers by value.
+template <StorageType T>
+using ConstantParameter = std::conditional_t<std::is_arithmetic_v<T>, T, const T&>;
+
+/// An array of `count` elements that are all `value`, or all specials of `kind`. It costs as much
+/// memory as one element, and states ascending order. All boxed elements are one object, and
+/// indices only set another count. Element types are primitives and tuples.
+/// Errors: IllegalElementType as above; TypeMismatchExpected where the element type is a collection
+///   or `T` does not store it; LumLogicException Unspecified as above.
+template <StorageType T>
+LUM_CORE_API SV MakeConstantArray(const Type* elementType, ConstantParameter<T> value,
+                                  unsigned count);
+template <StorageType T>
+LUM_CORE_API SV MakeConstantArray(const Type* elementType, unsigned count, SpecialKind kind);
 
 }  // namespace lum::core::factory

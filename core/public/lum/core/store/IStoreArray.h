@@ -15,8 +15,12 @@ namespace lum::core {
 
 class LumTuple;
 
-/// A column: GetCount() elements of one type, each a value or a special. Immutable once made;
-/// factory::MakeArray makes one.
+/// A column: GetCount() elements of one type, each a value or a special. Immutable once made.
+///
+/// An array has one of three forms, and answers alike in each but for what is told at the
+/// operations. It stands over stored values (factory::MakeArray); or is constant, one value or
+/// special of any count (factory::MakeConstantArray); or is composite, made of runs of one value or
+/// special each, which constant arrays become when they are joined.
 ///
 /// An array may have indices: then element i is the stored value at indices[i], and the same
 /// storage serves any order, selection or repetition. Indices are not looked at when an array is
@@ -42,22 +46,27 @@ public:
     /// Errors: OutOfBounds where this array has indices and lacks such an element; IllegalCast
     /// where raw indices are no 32-bit numbers; IllegalOperation where they are null and this array
     /// has indices.
+    /// A constant array gives one with as many elements as there are indices, and looks at neither
+    /// them nor the order.
     virtual SV ComposeIndices(std::shared_ptr<const RawData> indices,
                               SortSpecOrder order) const = 0;
     virtual SV ComposeIndices(std::vector<unsigned>&& indices, SortSpecOrder order) const = 0;
     /// This array's storage under the given indices, in place of any that it had; without indices
-    /// where the raw ones are null. Cost: O(1). Errors: IllegalCast as above.
+    /// where the raw ones are null. Cost: O(1). Errors: IllegalCast as above. A constant
+    /// array does as above, and keeps its count where they are null.
     virtual SV WithIndices(std::shared_ptr<const RawData> indices, SortSpecOrder order) const = 0;
     virtual SV WithIndices(std::vector<unsigned>&& indices, SortSpecOrder order) const = 0;
-    /// The same elements without indices, with the same statement of order. Cost: O(1) without
-    /// indices, else O(length), gathered.
+    /// The same elements without indices, in the same form, with the same statement of order. Cost:
+    /// O(1) without indices, else O(length), gathered.
     virtual SV Materialize() const = 0;
     /// The set of the elements' stored values, with `includeSpecials` also of their kinds.
-    /// Placeholders count as values. Errors: those of the values' hash and equality, as for strings
-    /// without a collator pool; those of factory::MakeSet.
+    /// Placeholders count as values, and so does the value of a constant array without elements.
+    /// Errors: those of the values' hash and equality, as for strings without a collator pool;
+    /// those of factory::MakeSet.
     virtual SV ToSet(bool includeSpecials) const = 0;
     /// Fills the first `length` places of `out` with kinds; all of `out` with Normal where the
-    /// array has no room for kinds. Errors: OutOfBounds where `out` is shorter than `length`.
+    /// array has stored values without room for kinds. Errors: OutOfBounds where `out` is shorter
+    /// than `length`.
     virtual void CopySpecials(ArrayView<SpecialKind> out, lumsize_t startIndex,
                               lumsize_t length) const = 0;
     /// Writes each element of the range, value and kind, to member `tupleIndex` of the row at its
@@ -68,32 +77,43 @@ public:
     /// SV; LumLogicException Unspecified where a row is a reference that has no block.
     virtual void CopyToTuples(ArrayView<LumTuple> out, lumsize_t startIndex, lumsize_t length,
                               lumsize_t tupleIndex) const = 0;
-    /// The raw values of the range. Cost: O(1) without indices, a view into the storage; else
-    /// O(length), gathered into `scratch`.
+    /// The raw values of the range. Cost: O(1) over stored values without indices, a view into the
+    /// storage; else O(length), gathered into `scratch`.
     virtual ConstRawDataView GetValuesView(TemporaryRawData& scratch, lumsize_t startIndex,
                                            lumsize_t length) const = 0;
-    /// The kinds of the range. Cost: O(1) where kinds are stored and there are no indices.
+    /// The kinds of the range. Cost: O(1) where kinds are stored, one for each value, and there are
+    /// no indices.
     virtual ConstRawDataView GetSpecialsView(TemporaryRawData& scratch, lumsize_t startIndex,
                                              lumsize_t length) const = 0;
     virtual bool HasIndices() const = 0;
-    /// Whether two elements are the same kind of special, or equal stored values. An array of
-    /// factory::MakeArray compares numbers by their bits, strings unit by unit whatever their
-    /// collation, and values of SV by IsEqual. Errors: those of the values' comparison.
+    /// Whether two elements are the same kind of special, or equal stored values: numbers by their
+    /// bits, strings unit by unit whatever their collation, values of SV by IsEqual, but in a
+    /// composite array by identity. In a constant array all are equal.
+    /// Errors: those of the values' comparison.
     virtual bool ElementsEqual(lumsize_t idx1, lumsize_t idx2) const = 0;
-    /// The last index of the run of equal elements that begins at `startIndex`. An array of
-    /// factory::MakeArray compares placeholders as well, unlike in ElementsEqual: two specials of
-    /// one kind over different ones are two runs.
+    /// The last index of the run of equal elements that begins at `startIndex`. Over stored values
+    /// placeholders are compared as well, unlike in ElementsEqual: two specials of one kind over
+    /// different ones are two runs. Cost: O(runs) in a composite array without indices, O(1) in a
+    /// constant one.
     virtual lumsize_t FindRunEnd(lumsize_t startIndex) const = 0;
-    /// The element, boxed. Cost: allocates; loops read through ITypedArray.
+    /// The element, boxed. Cost: allocates; loops read through ITypedArray. In a constant array all
+    /// elements are one object, made once. In a composite array each element that is asked for by
+    /// its index takes a walk over the runs, here and in ITypedArray; cursors, copies and the boxed
+    /// walk go along them at O(1) an element.
     virtual SV GetElement(lumsize_t index) const = 0;
     /// Every `step`th element from `startIndex` on, at most `length` of them.
-    /// An array of factory::MakeArray cuts the range at its end; takes a start beyond the end for a
+    /// An array over stored values cuts the range at its end; takes a start beyond the end for a
     /// start and a length of 0; for a length of 0 gives no elements with a step of 1 and without
     /// indices, else all that the stride reaches; walks down by a step with the top bit set, and
     /// ends behind element 0; and keeps its statement of order. Cost: O(1) with a step of 1 and
     /// without indices, a slice of the storage.
+    /// A composite array gives no elements for a start beyond the end or a length of 0, walks down
+    /// through indices alone, and keeps its statement of order. Cost: O(runs) without indices.
+    /// A constant array gives `length` elements, by the step, for a start beyond the end, and never
+    /// walks down. Cost: O(1).
     /// Errors: OutOfBounds, "Illegal range step value", for a step of 0.
     virtual SV GetRange(lumsize_t startIndex, lumsize_t length, unsigned step) const = 0;
+    /// What was stated of the order; ASC for every constant array.
     virtual SortSpecOrder GetSortOrder() const = 0;
 };
 

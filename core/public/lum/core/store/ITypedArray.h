@@ -12,7 +12,8 @@ namespace lum::core {
 template <typename T>
 class LUM_CORE_API ITypedArray : public IStoreArray {
 public:
-    /// A cursor at the first element, without and with the kinds.
+    /// A cursor at the first element, without and with the kinds. Cost: O(1); the first one of a
+    /// composite array with indices looks up where each element stands, and keeps it.
     virtual ArrayCursor<T> GetAdapter() const = 0;
     virtual ArrayCursor<T> GetAdapterWithSpecials() const = 0;
     /// The stored value of an element, a placeholder where it is special. The position is not
@@ -25,9 +26,11 @@ public:
     virtual SpecialKind GetSpecialKind(lumsize_t index) const = 0;
     /// Whether the array is run-length encoded.
     virtual bool IsComposite() const = 0;
-    /// The stored values. Errors: ArrayHasIndices; NotImplemented where values are not stored flat.
+    /// The stored values; a constant array has one, whatever its count.
+    /// Errors: ArrayHasIndices; NotImplemented for a composite array.
     virtual ArrayView<const T> GetValues() const = 0;
-    /// The stored kinds. Errors: ArrayHasIndices; ArrayLacksSpecials; NotImplemented as above.
+    /// The stored kinds, likewise. Errors: ArrayHasIndices; ArrayLacksSpecials; NotImplemented as
+    /// above.
     virtual ArrayView<const SpecialKind> GetSpecials() const = 0;
     /// Fills the first `length` places of `out`. Errors: OutOfBounds where `out` is shorter.
     virtual void CopyValues(ArrayView<T> out, lumsize_t startIndex, lumsize_t length) const = 0;

@@ -1,0 +1,90 @@
+#include "core/main/serialize/StringTableCreator.h"
+
+#include <array>
+#include <cstddef>
+#include <cstring>
+#include <utility>
+
+namespace lum::core {
+namespace {
+
+constexpr std::size_t kFirstPlaceCount = 256;
+
+// Of the units. Short text is hashed as three words, whatever its length.
+unsigned int HashOf(const TStringCore& text) {
+    if (text.length() > TStringCore::kInlineCapacity) {
+        const uint64 hash = text.hash();
+        return static_cast<unsigned int>(hash ^ hash >> 32);
+    }
+    std::array<uint64, 3> words{};
+    static_assert(sizeof(words) == TStringCore::kInlineCapacity * sizeof(char16_t));
+    if (static_cast<const void*>(text.data()) == &text) {
+        // The units stand in the object itself, with zeros behind them.
+        std::memcpy(words.data(), text.data(), sizeof(words));
+    } else {
+        std::memcpy(words.data(), text.data(), text.length() * sizeof(char16_t));
+    }
+    // Products with odd numbers of no pattern carry each bit upwards; the folds bring it down.
+    uint64 hash = words[0] * 0x9E3779B97F4A7C15 ^ (words[1] ^ text.length()) * 0xC2B2AE3D27D4EB4F ^
+                  words[2] * 0x165667B19E3779F9;
+    hash = (hash ^ hash >> 32) * 0xD6E8FEB86659FD93;
+    return static_cast<unsigned int>(hash >> 32);
+}
+
+}  // namespace
+
+StringTableCreator::StringTableCreator() : m_places(kFirstPlaceCount) {
+    ResetBuffers();
+}
+
+unsigned int StringTableCreator::Add(const TStringCore& text) {
+    const unsigned int hash = HashOf(text);
+    const unsigned int known = FindPlace(text, hash).index;
+    if (known != 0) {
+        return known;
+    }
+    const unsigned int index = GetNextIndex();
+    const buffersize_t start = m_strings->GetLength();
+    if ((m_known.size() + 1) * 2 > m_places.size()) {
+        Grow();
+    }
+    m_known.push_back(text);
+    m_strings->AppendString(text);
+    m_indices->Append(start);
+    FindPlace(text, hash) = {hash, index};
+    return index;
+}
+
+StringTableCreator::Place& StringTableCreator::FindPlace(const TStringCore& text,
+                                                         unsigned int hash) {
+    const std::size_t mask = m_places.size() - 1;
+    for (std::size_t i = hash & mask;; i = (i + 1) & mask) {
+        Place& place = m_places[i];
+        if (place.index == 0 || (place.hash == hash && m_known[place.index - 1] == text)) {
+            return place;
+        }
+    }
+}
+
+void StringTableCreator::Grow() {
+    std::vector<Place> places(2 * m_places.size());
+    const std::size_t mask = places.size() - 1;
+    for (const Place& place : m_places) {
+        if (place.index != 0) {
+            std::size_t i = place.hash & mask;
+            while (places[i].index != 0) {
+                i = (i + 1) & mask;
+            }
+            places[i] = place;
+        }
+    }
+    m_places = std::move(places);
+}
+
+void StringTableCreator::ResetBuffers() {
+    m_strings = std::make_shared<BinaryBufferCreator>();
+    m_indices = std::make_shared<BinaryBufferCreator>();
+    m_indices->Append(GetNextIndex());
+}
+
+}  // namespace lum::core

@@ -1,0 +1,5 @@
+#include "core/main/store/ValueKeySetImpl.h"
+
+namespace lum::core {
+LUM_INSTANTIATE_VALUE_KEY_SETS_BY(SV)
+}  // namespace lum::core

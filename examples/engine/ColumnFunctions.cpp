@@ -1,0 +1,361 @@
+#include "ColumnFunctions.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "StoredValue.h"
+#include "lum/core/functions/FunctionNames.h"
+#include "lum/core/functions/IUnaryFunctor.h"
+#include "lum/core/store/ArrayFactory.h"
+#include "lum/core/store/IStoreArray.h"
+#include "lum/core/store/RawDataView.h"
+#include "lum/core/store/StoreTypeDispatcher.h"
+#include "lum/core/store/StoreValue.h"
+#include "lum/core/store/TemporaryRawData.h"
+#include "lum/core/store/ValueFactory.h"
+#include "lum/core/store/ValueUtil.h"
+#include "lum/core/types/CollectionTypes.h"
+#include "lum/core/utility/LumException.h"
+
+namespace lumengine {
+namespace {
+
+using namespace lum::core;
+
+// The raw storage of a column as functors take it.
+class ColumnViews {
+public:
+    explicit ColumnViews(const SV& column)
+        : m_array(column->AsArray()),
+          m_values(m_array.GetValuesView(m_valueScratch, 0, m_array.GetCount())),
+          m_kinds(m_array.GetSpecialsView(m_kindScratch, 0, m_array.GetCount())) {}
+
+    const ConstRawDataView& GetValues() const { return m_values; }
+    const ConstRawDataView& GetKinds() const { return m_kinds; }
+
+private:
+    const IStoreArray& m_array;
+    // Hold what the views show where the column does not store it as one block.
+    TemporaryRawData m_valueScratch;
+    TemporaryRawData m_kindScratch;
+    ConstRawDataView m_values;
+    ConstRawDataView m_kinds;
+};
+
+// The kinds of the elements of a result that is special where an input is; empty where none is.
+std::vector<SpecialKind> CombineKinds(const std::vector<SV>& columns) {
+    const lumsize_t count = columns[0]->AsArray().GetCount();
+    std::vector<SpecialKind> combined;
+    for (const SV& column : columns) {
+        if (column->AsArray().GetCount() != count) {
+            throw LumRuntimeException(LumError::VectorFunctionSize);
+        }
+        if (!column->AsArray().HasSpecialValues()) {
+            continue;
+        }
+        const ColumnViews views(column);
+        const auto kinds = views.GetKinds().ViewAs<SpecialKind>();
+        for (lumsize_t index = 0; index < count; ++index) {
+            if (kinds[index] == SpecialKind::Normal) {
+                continue;
+            }
+            combined.resize(count, SpecialKind::Normal);
+            if (combined[index] == SpecialKind::Normal) {
+                combined[index] = kinds[index];
+            }
+        }
+    }
+    return combined;
+}
+
+// The normal elements of a column.
+SV SelectNormal(const SV& column, const std::vector<SpecialKind>& kinds) {
+    std::vector<unsigned> indices;
+    for (lumsize_t index = 0; index < kinds.size(); ++index) {
+        if (kinds[index] == SpecialKind::Normal) {
+            indices.push_back(index);
+        }
+    }
+    return column->AsArray().ComposeIndices(std::move(indices), SortSpecOrder::UNKNOWN);
+}
+
+template <typename RawFunctor>
+bool UsesSpecialForm(const LumRawFunctions<RawFunctor>& functions, bool hasSpecials) {
+    return !functions.HasRegularForm() || (hasSpecials && functions.HasSpecialForm());
+}
+
+bool IsOfType(const SV& constant, const VariableTypeRef& type) {
+    if (type.IsAnyType()) {
+        return true;
+    }
+    const CollectionType* const expected = type->TryAs<CollectionType>();
+    const CollectionType* const actual = constant->GetType()->TryAs<CollectionType>();
+    return type->Is(constant->GetStoreType()) &&
+           (expected == nullptr || actual == nullptr ||
+            expected->GetElementType()->Is(actual->GetElementType()->GetStoreType()));
+}
+
+// `constantTypes` are those that the function is made from.
+template <typename RawFunctor>
+std::unique_ptr<RawFunctor> MakeFunctor(const LumRawFunctions<RawFunctor>& functions,
+                                        const TypeRefVec<VariableTypeRef>& constantTypes,
+                                        bool isSpecialForm, const std::vector<SV>& constants) {
+    if (!functions.IsCreator()) {
+        if (!constants.empty()) {
+            throw LumRuntimeException(LumError::NonCreatorCalledAsCreator,
+                                      functions.GetFunctionName());
+        }
+        return isSpecialForm ? functions.GetSpecialFactory()() : functions.GetRegularFactory()();
+    }
+    if (constants.size() != constantTypes.size()) {
+        throw LumRuntimeException(LumError::CreatorInputCount, functions.GetFunctionName());
+    }
+    for (std::size_t i = 0; i < constants.size(); ++i) {
+        if (!IsOfType(constants[i], constantTypes[i])) {
+            throw LumRuntimeException(LumError::CreatorInputType, functions.GetFunctionName());
+        }
+    }
+    return isSpecialForm ? functions.GetSpecialCreatorFactory()(constants)
+                         : functions.GetRegularCreatorFactory()(constants);
+}
+
+void ApplyRegular(IRawUnaryFunctor& functor, const std::vector<ColumnViews>& inputs,
+                  const RawDataView& outputs) {
+    functor.ApplyRaw(inputs[0].GetValues(), outputs);
+}
+void ApplyRegular(IRawBinaryFunctor& functor, const std::vector<ColumnViews>& inputs,
+                  const RawDataView& outputs) {
+    functor.ApplyRaw(inputs[0].GetValues(), inputs[1].GetValues(), outputs);
+}
+void ApplySpecial(IRawUnaryFunctor& functor, const std::vector<ColumnViews>& inputs,
+                  const RawDataView& outputs, const RawDataView& outputKinds) {
+    functor.ApplyRaw(inputs[0].GetValues(), inputs[0].GetKinds(), outputs, outputKinds);
+}
+void ApplySpecial(IRawBinaryFunctor& functor, const std::vector<ColumnViews>& inputs,
+                  const RawDataView& outputs, const RawDataView& outputKinds) {
+    functor.ApplyRaw(inputs[0].GetValues(), inputs[0].GetKinds(), inputs[1].GetValues(),
+                     inputs[1].GetKinds(), outputs, outputKinds);
+}
+
+// The storage of a column that is being computed.
+template <StorageType T>
+struct Output {
+    Output(const Type* elementType, lumsize_t count, bool hasKinds)
+        : type(elementType),
+          values(std::make_shared<VectorRawData<T>>(count, T())),
+          kinds(std::make_shared<VectorRawData<SpecialKind>>(hasKinds ? count : 0,
+                                                             SpecialKind::Normal)) {}
+
+    SV MakeColumn() const {
+        const auto view = std::as_const(*kinds).GetView();
+        const bool hasSpecials = std::any_of(
+            view.begin(), view.end(), [](SpecialKind kind) { return kind != SpecialKind::Normal; });
+        return factory::MakeArray<T>(type, values, hasSpecials ? kinds : nullptr,
+                                     SortSpecOrder::UNKNOWN);
+    }
+
+    const Type* type;
+    std::shared_ptr<VectorRawData<T>> values;
+    std::shared_ptr<VectorRawData<SpecialKind>> kinds;
+};
+
+// Moves the results for the normal elements, which stand at the front, to the indices of these
+// elements, from the last one down. `fill(index)` is the element at the index of a special one.
+template <typename T, typename Fill>
+void SpreadResults(ArrayView<T> values, const std::vector<SpecialKind>& kinds, const Fill& fill) {
+    auto next = static_cast<lumsize_t>(std::count(kinds.begin(), kinds.end(), SpecialKind::Normal));
+    for (auto index = static_cast<lumsize_t>(kinds.size()); index-- > 0;) {
+        if (kinds[index] != SpecialKind::Normal) {
+            values[index] = fill(index, next);
+        } else if (--next != index) {
+            values[index] = std::move(values[next]);
+        }
+    }
+}
+
+template <typename RawFunctor>
+SV ApplyTo(const LumRawFunctions<RawFunctor>& functions,
+           const TypeRefVec<VariableTypeRef>& constantTypes, const std::vector<SV>& columns,
+           const std::vector<SV>& constants) {
+    const std::vector<SpecialKind> kinds = CombineKinds(columns);
+    const bool isSpecialForm = UsesSpecialForm(functions, !kinds.empty());
+    const bool isSelective = !isSpecialForm && !kinds.empty();
+    const auto functor = MakeFunctor(functions, constantTypes, isSpecialForm, constants);
+
+    std::vector<SV> selected;  // Lives as long as the views.
+    std::vector<ColumnViews> inputs;
+    for (const SV& column : columns) {
+        selected.push_back(isSelective ? SelectNormal(column, kinds) : column);
+        inputs.emplace_back(selected.back());
+    }
+    const Type* const type = functions.GetOutputType();
+    return DispatchStorage(type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
+        Output<T> output(type, columns[0]->AsArray().GetCount(), isSpecialForm || isSelective);
+        const RawDataView outputs(*output.values, 0, inputs[0].GetValues().GetSize());
+        if (isSpecialForm) {
+            ApplySpecial(*functor, inputs, outputs, RawDataView(*output.kinds));
+        } else {
+            ApplyRegular(*functor, inputs, outputs);
+        }
+        if (isSelective) {
+            SpreadResults(output.values->GetView(), kinds,
+                          [](lumsize_t, lumsize_t) { return T(); });
+            std::copy(kinds.begin(), kinds.end(), output.kinds->GetView().begin());
+        }
+        return output.MakeColumn();
+    });
+}
+
+// What a fold needs to know before the type of its storage.
+struct FoldPlan {
+    FoldPlan(const IFunctionLookup& lookup, const FunctionKey& query, const SV& column,
+             const SV& initial)
+        : functions(lookup.GetBinaryFunctions().GetRawFunctions(query)),
+          constantTypes(lookup.GetFunction(query).GetCreatorInputTypes()),
+          kinds(CombineKinds({column})),
+          isSpecialForm(UsesSpecialForm(functions, !kinds.empty() || initial->IsSpecial())),
+          isSelective(!isSpecialForm && !kinds.empty() &&
+                      query.GetName() != RInternString(FunctionNames::COUNT_ALL)),
+          input(isSelective ? SelectNormal(column, kinds) : column) {
+        if (!functions.GetOutputType()->Is(initial->GetType()->GetStoreType())) {
+            throw LumRuntimeException(LumError::FunctionOutputMismatch, query.GetName());
+        }
+    }
+
+    LumRawBinaryFunctions functions;
+    TypeRefVec<VariableTypeRef> constantTypes;
+    std::vector<SpecialKind> kinds;
+    bool isSpecialForm;
+    bool isSelective;
+    SV input;
+};
+
+// A fold, and where it stands.
+template <StorageType T>
+class Fold {
+public:
+    // Errors: those of FetchStoreValue where `initial` is special in the regular form.
+    Fold(const FoldPlan& plan, const SV& initial)
+        : m_plan(plan),
+          m_functor(MakeFunctor(plan.functions, plan.constantTypes, plan.isSpecialForm, {})),
+          m_value(1, initial->IsSpecial() && plan.isSpecialForm ? T() : FetchStored<T>(initial)),
+          m_kind(1, initial->GetSpecialKind()) {}
+
+    // The fold with the outputs that `values` and `kinds` have room for, which may be none.
+    void Run(const RawDataView& values, const RawDataView& kinds, FoldDirection direction) {
+        const ColumnViews input(m_plan.input);
+        const RawDataView accumulator(m_value);
+        if (m_plan.isSpecialForm) {
+            m_functor->FoldRaw(accumulator, RawDataView(m_kind), input.GetValues(),
+                               input.GetKinds(), values, kinds, direction);
+        } else {
+            m_functor->FoldRaw(accumulator, input.GetValues(), values, direction);
+        }
+    }
+
+    const T& GetValue() const { return m_value.GetView()[0]; }
+    SV MakeResult() const {
+        const Type* const type = m_plan.functions.GetOutputType();
+        const SpecialKind kind = m_kind.GetView()[0];
+        return kind == SpecialKind::Normal ? MakeStoreValueFromStorageType<T>(type, GetValue())
+                                           : factory::MakeSpecial(type, kind);
+    }
+
+private:
+    const FoldPlan& m_plan;
+    std::unique_ptr<IRawBinaryFunctor> m_functor;
+    VectorRawData<T> m_value;
+    VectorRawData<SpecialKind> m_kind;
+};
+
+FunctionKey MakeFoldQuery(const RInternString& name, const Type* accumulatorType,
+                          const SV& column) {
+    return FunctionKey(name, accumulatorType, column->AsArray().GetElementType(),
+                       FunctionKey::ArgContainer::Separate);
+}
+
+}  // namespace
+
+FunctionKey MakeQuery(const RInternString& name, const std::vector<SV>& columns) {
+    TypeRefVec<VariableTypeRef> types;
+    for (const SV& column : columns) {
+        types.emplace_back(column->AsArray().GetElementType());
+    }
+    return FunctionKey(name, std::move(types), FunctionKey::ArgContainer::Separate);
+}
+
+SV ApplyFunction(const IFunctionLookup& lookup, const RInternString& name,
+                 const std::vector<SV>& columns, const std::vector<SV>& constants) {
+    if (columns.empty() || columns.size() > 2) {
+        throw LumRuntimeException(LumError::InvalidInputCount);
+    }
+    const FunctionKey query = MakeQuery(name, columns);
+    const TypeRefVec<VariableTypeRef>& constantTypes =
+        lookup.GetFunction(query).GetCreatorInputTypes();
+    return columns.size() == 1 ? ApplyTo(lookup.GetUnaryFunctions().GetRawFunctions(query),
+                                         constantTypes, columns, constants)
+                               : ApplyTo(lookup.GetBinaryFunctions().GetRawFunctions(query),
+                                         constantTypes, columns, constants);
+}
+
+SV FoldColumn(const IFunctionLookup& lookup, const RInternString& name, const SV& column,
+              const SV& initial) {
+    const FoldPlan plan(lookup, MakeFoldQuery(name, initial->GetType(), column), column, initial);
+    return DispatchStorage(
+        plan.functions.GetOutputType()->GetStoreType(), [&]<typename T>(StorageTag<T>) {
+            Fold<T> fold(plan, initial);
+            VectorRawData<T> noValues(0, T());
+            VectorRawData<SpecialKind> noKinds(0, SpecialKind::Normal);
+            fold.Run(RawDataView(noValues), RawDataView(noKinds), FoldDirection::Forward);
+            return fold.MakeResult();
+        });
+}
+
+SV ScanColumn(const IFunctionLookup& lookup, const RInternString& name, const SV& column,
+              const SV& initial, FoldDirection direction) {
+    const FoldPlan plan(lookup, MakeFoldQuery(name, initial->GetType(), column), column, initial);
+    const Type* const type = plan.functions.GetOutputType();
+    return DispatchStorage(type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
+        Fold<T> fold(plan, initial);
+        const T first = fold.GetValue();
+        const lumsize_t count = column->AsArray().GetCount();
+        const lumsize_t inputCount = plan.input->AsArray().GetCount();
+        Output<T> output(type, count, plan.isSpecialForm);
+        fold.Run(RawDataView(*output.values, 0, inputCount), RawDataView(*output.kinds), direction);
+        if (plan.isSelective) {
+            // At a special element the accumulator is that of the element before it in the walk.
+            const ArrayView<T> values = output.values->GetView();
+            SpreadResults(values, plan.kinds, [&](lumsize_t index, lumsize_t normalsBelow) -> T {
+                if (direction == FoldDirection::Forward) {
+                    return normalsBelow == 0 ? first : values[normalsBelow - 1];
+                }
+                return index + 1 == count ? first : values[index + 1];
+            });
+        }
+        return output.MakeColumn();
+    });
+}
+
+const Type* FindAccumulatorType(const IFunctionLookup& lookup, const RInternString& name,
+                                const SV& column) {
+    const Type* const elementType = column->AsArray().GetElementType();
+    if (lookup.HasFunction(MakeFoldQuery(name, elementType, column))) {
+        return elementType;
+    }
+    const Type* found = nullptr;
+    lookup.GetBinaryFunctions().VisitFunctions(
+        [&](const FunctionKey& key, const RegisteredFunctions&) {
+            const Type* const type = key.GetInputTypes()[0];
+            if (found == nullptr && type != nullptr && key.GetName() == name &&
+                lookup.HasFunction(MakeFoldQuery(name, type, column))) {
+                found = type;
+            }
+        });
+    if (found == nullptr) {
+        lookup.GetFunction(MakeFoldQuery(name, elementType, column));  // Says what is missing.
+    }
+    return found;
+}
+
+}  // namespace lumengine

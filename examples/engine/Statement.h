@@ -1,0 +1,61 @@
+#pragma once
+
+#include <vector>
+
+#include "lum/core/functions/IFunctionLookup.h"
+#include "lum/core/store/IDataStore.h"
+#include "lum/core/vtl/TransformSpec.h"
+
+namespace lumengine {
+
+/// A statement beside the store that it reads, with the tests of its parts. It stands for no longer
+/// than the two.
+///
+/// Threads: any number may read.
+/// Errors: LumRuntimeException with the code that the operation names; those of
+///   IDataStore::GetValue for a key that leads nowhere.
+class Statement {
+public:
+    Statement(const lum::core::TransformSpec& spec, const lum::core::IDataStore& store,
+              const lum::core::IFunctionLookup& lookup)
+        : m_spec(spec), m_store(store), m_lookup(lookup) {}
+
+    const lum::core::TransformSpec& GetSpec() const { return m_spec; }
+    const lum::core::IDataStore& GetStore() const { return m_store; }
+    const lum::core::IFunctionLookup& GetLookup() const { return m_lookup; }
+
+    /// The values of the inputs, in order.
+    std::vector<lum::core::SV> ReadInputs() const;
+    /// Errors: OneInputNeeded.
+    lum::core::SV ReadOneInput() const;
+
+    /// Errors: FunctionNeeded; EmptyFunctionName.
+    const lum::core::RInternString& GetFunctionName() const;
+    /// The function's arguments, keys replaced by their values. Errors: FunctionNeeded.
+    std::vector<lum::core::SV> ReadArguments() const;
+
+    /// The literal. Errors: `missing` where there is none, and where it is special or no Bool.
+    bool GetFlag(lum::core::LumError missing) const;
+
+    /// Errors: FunctionNotUsed, UnexpectedOperatorArgument.
+    void ExpectNoFunction() const;
+    void ExpectNoLiteral() const;
+
+private:
+    const lum::core::TransformSpec& m_spec;
+    const lum::core::IDataStore& m_store;
+    const lum::core::IFunctionLookup& m_lookup;
+};
+
+/// Throws LumRuntimeException where the condition does not hold.
+void Require(bool condition, lum::core::LumError error);
+void Require(bool condition, lum::core::LumError error, const lum::core::TStringCore& details);
+
+/// A value as another key may hold it: a key map is copied, since it is the one collection that
+/// changes; all else is shared.
+lum::core::SV ShareValue(const lum::core::SV& value);
+
+/// Whether the type is Bool to Color.
+bool IsPrimitive(const lum::core::Type* type);
+
+}  // namespace lumengine

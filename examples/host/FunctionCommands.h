@@ -1,0 +1,31 @@
+#pragma once
+
+#include <memory>
+#include <ostream>
+#include <vector>
+
+#include "CsvImport.h"
+#include "Options.h"
+#include "lum/core/functions/FunctionRegistry.h"
+
+namespace lumhost {
+
+/// A registry of the built-in functions.
+std::unique_ptr<lum::core::FunctionRegistry> MakeRegistry();
+
+/// Prints the built-in functions as a table, all or those of the name that is asked for.
+/// Errors: UsageError where there is none; std::runtime_error where `out` does not take the text.
+void ListFunctions(const Options& options, std::ostream& out);
+
+/// Throws UsageError where no built-in function has the name and the number of columns that a
+/// command asks for, which needs no file to be read.
+void CheckFunctionName(const Options& options);
+
+/// The commands apply and fold over the columns of a file: prints the result as JSON.
+/// Errors: UsageError for constants and initial values that cannot be read or are not called for;
+///   FileError for a column that is not there; LumRuntimeException as ColumnFunctions has it;
+///   std::runtime_error where `out` does not take the text.
+void RunFunction(const Options& options, const std::vector<NamedColumn>& columns,
+                 std::ostream& out);
+
+}  // namespace lumhost

@@ -1,0 +1,411 @@
+// Constant and composite arrays: what they are made of, and what they cost.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <numeric>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "core/main/store/ValueCompositeArray.h"
+#include "core/main/store/ValueConstantArray.h"
+#include "lum/core/store/ArrayAdapter.h"
+#include "lum/core/store/ArrayFactory.h"
+#include "lum/core/store/IStoreCollection.h"
+#include "lum/core/store/ITypedArray.h"
+#include "lum/core/store/ValueFactory.h"
+#include "lum/core/types/CollectionTypes.h"
+#include "lum/core/types/ExternalType.h"
+#include "lum/core/types/HeterogeneousTypes.h"
+#include "lum/core/types/ScalarTypes.h"
+#include "tests/support/AllocationCounter.h"
+#include "tests/support/CollatorPoolGuard.h"
+#include "tests/support/ColumnForms.h"
+#include "tests/support/ColumnText.h"
+#include "tests/support/LumErrorMatchers.h"
+#include "tests/support/Random.h"
+
+namespace lum::core {
+namespace {
+
+using factory::MakeArray;
+using factory::MakeConstantArray;
+using test::TextOf;
+using Indices = std::vector<unsigned>;
+
+constexpr lumsize_t kMax = std::numeric_limits<lumsize_t>::max();
+constexpr SortSpecOrder kOrder = SortSpecOrder::DESC;
+
+template <typename T>
+using Runs = std::vector<ValueCompositeArrayRange<T>>;
+
+template <typename T>
+SV MakeOfRuns(const Type* elementType, Runs<T> runs, std::unique_ptr<Indices> indices = nullptr) {
+    return MakeCompositeArray<T>(elementType, std::move(runs), std::move(indices), kOrder);
+}
+
+template <typename T>
+SV Compose(const std::vector<SV>& arrays, std::unique_ptr<Indices> indices = nullptr) {
+    return MakeCompositeArray<T>(arrays, std::move(indices), kOrder);
+}
+
+TEST(ArrayOfRunsTest, ConstructionChecks) {
+    const Type* const int32 = IntType::Get32();
+    const Type* const rowType = test::TypeOf("P{i}");
+    const Type* const external = ExternalType::Get(7);
+    const char kMatching[] =
+        "(StorageTypeTraits<StorageT>::IsMatchingType(m_type->GetElementType()))";
+    const char kConstant[] =
+        "(IsPrimitiveStoreType(elementStoreType) || elementStoreType == StoreType::Tuple)";
+    const char kComposite[] = "(IsPrimitiveStoreType(elementStoreType))";
+    const char kSameType[] = "(ca->GetType() == type)";
+    const char kTypedArray[] = "(typedArray) != nullptr";
+    const PackagedArrayView<ValueCompositeArrayRange<unsigned>> noRuns(Runs<unsigned>{});
+    const SV three = MakeConstantArray<unsigned>(int32, 5u, 3);
+    using Error = LumError;
+    const struct {
+        const char* name;
+        std::function<SV()> make;
+        std::optional<Error> error;
+        const char* condition = "";
+    } cases[] = {
+        // Constant arrays.
+        {"constant of no array type",
+         [&]() -> SV {
+             return std::make_shared<ValueConstantArray<unsigned>>(nullptr, 1u, SpecialKind::Normal,
+                                                                   1u);
+         },
+         Error::NullArgument, "(m_type) != nullptr"},
+        {"constant arrays", [&] { return MakeConstantArray<SV>(ArrayType::Get(int32), three, 1); },
+         Error::TypeMismatchExpected, kConstant},
+        {"special arrays",
+         [&] { return MakeConstantArray<SV>(ArrayType::Get(int32), 1, SpecialKind::Null); },
+         Error::TypeMismatchExpected, kConstant},
+        {"constant in other storage",
+         [&] { return MakeConstantArray<unsigned>(IntType::Get64(), 1u, 1); },
+         Error::TypeMismatchExpected, kMatching},
+        {"type before storage",
+         [&] { return MakeConstantArray<unsigned>(KeyMapType::Get({}), 1u, 1); },
+         Error::TypeMismatchExpected, kConstant},
+        {"constant of no element type", [&] { return MakeConstantArray<unsigned>(nullptr, 1u, 1); },
+         Error::IllegalElementType, nullptr},
+        {"constant row",
+         [&] { return MakeConstantArray<LumTuple>(rowType, test::RowOf("P{i}: 1"), 1); },
+         {}},
+        {"special rows",
+         [&] { return MakeConstantArray<LumTuple>(rowType, 2, SpecialKind::All); },
+         {}},
+        {"constant external", [&] { return MakeConstantArray<SV>(external, SV(), 1); }, {}},
+        {"constant of any primitive in handles",
+         [&] { return MakeConstantArray<SV>(int32, factory::MakeInt32(1), 1); },
+         {}},
+
+        // Composite arrays, of runs.
+        {"runs of no array type",
+         [&]() -> SV {
+             return std::make_shared<ValueCompositeArray<unsigned>>(
+                 nullptr, noRuns, PackagedArrayView<unsigned>(), kOrder);
+         },
+         Error::NullArgument, "(m_type) != nullptr"},
+        {"runs of rows", [&] { return MakeOfRuns<LumTuple>(rowType, {}); },
+         Error::TypeMismatchExpected, kComposite},
+        {"runs of arrays", [&] { return MakeOfRuns<SV>(ArrayType::Get(int32), {}); },
+         Error::TypeMismatchExpected, kComposite},
+        {"runs in other storage", [&] { return MakeOfRuns<unsigned>(IntType::Get64(), {}); },
+         Error::TypeMismatchExpected, kMatching},
+        {"runs of any primitive in handles", [&] { return MakeOfRuns<SV>(int32, {}); }, {}},
+        {"no runs", [&] { return MakeOfRuns<unsigned>(int32, {}); }, {}},
+
+        // Composite arrays, of constant ones.
+        {"nothing composed", [&] { return Compose<unsigned>({}); }, Error::EmptyComposition,
+         "(constantArrays).size() >= (1)"},
+        {"null composed",
+         [&] {
+             return Compose<unsigned>({three, nullptr});
+         },
+         Error::NullArgument, "(value) != nullptr"},
+        {"two types of one storage",
+         [&] {
+             return Compose<unsigned>(
+                 {three, MakeConstantArray<unsigned>(RealType::Get32(), 1u, 1)});
+         },
+         Error::CompositionTypeMismatch, kSameType},
+        {"two types of two storages",
+         [&] {
+             return Compose<unsigned>(
+                 {three, MakeConstantArray<unsigned long long>(IntType::Get64(), 1ull, 1)});
+         },
+         Error::CompositionTypeMismatch, kSameType},
+        {"an array without elements of another type",
+         [&] {
+             return Compose<unsigned>(
+                 {three, MakeConstantArray<unsigned>(RealType::Get32(), 1u, 0)});
+         },
+         Error::CompositionTypeMismatch, kSameType},
+        {"stored values",
+         [&] {
+             return Compose<unsigned>({three, test::ColumnOf("i: 5")});
+         },
+         Error::TypeMismatchExpected, kTypedArray},
+        {"another storage of one type",
+         [&] {
+             return Compose<unsigned>(
+                 {three, MakeConstantArray<SV>(int32, factory::MakeInt32(1), 1)});
+         },
+         Error::TypeMismatchExpected, kTypedArray},
+        {"no array", [&] { return Compose<unsigned>({factory::MakeInt32(1)}); },
+         Error::TypeMismatchExpected, kTypedArray},
+        {"constant rows",
+         [&] {
+             return Compose<LumTuple>(
+                 {MakeConstantArray<LumTuple>(rowType, test::RowOf("P{i}: 1"), 1)});
+         },
+         Error::TypeMismatchExpected, kComposite},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.name);
+        if (!c.error) {
+            EXPECT_NO_THROW(c.make());
+        } else {
+            EXPECT_TRUE(test::FailsAs(
+                {*c.error, "", c.condition != nullptr, c.condition == nullptr ? "" : c.condition},
+                c.make));
+        }
+    }
+}
+
+TEST(ArrayOfRunsTest, ConstantsOfEveryStorage) {
+    const std::pair<SV, const char*> cases[] = {
+        {MakeConstantArray<unsigned char>(BoolType::Get(), 1, 2), "b: true true"},
+        {MakeConstantArray<unsigned>(test::TypeOf("f"), 0x3F800000u, 2), "f: 1 1"},
+        {MakeConstantArray<unsigned long long>(test::TypeOf("l"), ~0ull, 2), "l: -1 -1"},
+        {MakeConstantArray<RIndirectString>(test::TypeOf("s"), L"longer than the handle", 1),
+         "s: 'longer than the handle'"},
+        {MakeConstantArray<LumTuple>(test::TypeOf("P{i,s}"), test::RowOf("P{i,s}: 1 a"), 2),
+         "P{i,s}: (1 a) (1 a)"},
+        {MakeConstantArray<unsigned>(test::TypeOf("i"), 2, SpecialKind::All), "i: !All !All"},
+        {MakeConstantArray<RIndirectString>(test::TypeOf("s"), 1, SpecialKind::Null), "s: -"},
+        {MakeConstantArray<unsigned>(test::TypeOf("i"), 2, SpecialKind::Normal), "i: 0 0"},
+        {MakeConstantArray<unsigned>(test::TypeOf("i"), 0, SpecialKind::Null), "i!:"},
+    };
+    for (const auto& [array, expected] : cases) {
+        EXPECT_EQ(TextOf(array), expected);
+        EXPECT_EQ(TextOf(array->Clone()), expected);
+    }
+}
+
+TEST(ArrayOfRunsTest, ComposedArraysBecomeRuns) {
+    const Type* const type = IntType::Get32();
+    const SV array = Compose<unsigned>({MakeConstantArray<unsigned>(type, 5u, 2),
+                                        MakeConstantArray<unsigned>(type, 6u, 0),
+                                        MakeConstantArray<unsigned>(type, 5u, 3),
+                                        MakeConstantArray<unsigned>(type, 2, SpecialKind::All)});
+    EXPECT_EQ(TextOf(array), "i: 5 5 5 5 5 !All !All");
+    EXPECT_EQ(array->AsArray().GetSortOrder(), kOrder);
+    const auto runs = array->AsTypedArray<unsigned>().GetCompositeRanges();
+    ASSERT_EQ(runs.GetSize(), 3u);  // Equal neighbours stay apart.
+    EXPECT_EQ(runs[0].count, 2u);
+    EXPECT_EQ(runs[1].count, 3u);
+    EXPECT_EQ(runs[2].kind, SpecialKind::All);
+    EXPECT_EQ(array->AsArray().FindRunEnd(1), 4u);
+
+    const SV indexed = Compose<unsigned>({MakeConstantArray<unsigned>(type, 5u, 2),
+                                          MakeConstantArray<unsigned>(type, 1, SpecialKind::Null)},
+                                         std::make_unique<Indices>(Indices{2, 0, 2}));
+    EXPECT_EQ(TextOf(indexed), "i: - 5 -");
+    const auto& withIndices = dynamic_cast<const ArrayWithIndices&>(*indexed);
+    EXPECT_EQ(withIndices.GetIndices()[0], 2u);
+    // A run counts though no index reaches it.
+    const SV normal = indexed->AsArray().WithIndices(Indices{1}, kOrder);
+    EXPECT_TRUE(normal->AsArray().HasSpecialValues());
+    EXPECT_FALSE(normal->AsArray().Materialize()->AsArray().HasSpecialValues());
+    EXPECT_EQ(TextOf(Compose<unsigned>({MakeConstantArray<unsigned>(type, 5u, 0)})), "i:");
+}
+
+TEST(ArrayOfRunsTest, RangesAndMaterializedIndicesKeepRuns) {
+    const SV array = MakeOfRuns<unsigned>(
+        IntType::Get32(),
+        {{1, SpecialKind::Normal, 2}, {2, SpecialKind::Null, 3}, {3, SpecialKind::Normal, 4}});
+    const auto countsOf = [](const SV& column) {
+        std::vector<lumsize_t> counts;
+        for (const auto& run : column->AsTypedArray<unsigned>().GetCompositeRanges()) {
+            counts.push_back(run.count);
+        }
+        return counts;
+    };
+    using Counts = std::vector<lumsize_t>;
+    const struct {
+        SV column;
+        const char* text;
+        Counts counts;
+    } cases[] = {
+        {array->AsArray().GetRange(1, 3, 2), "i: 1 2!Null 3", {1, 1, 1}},
+        {array->AsArray().GetRange(2, 3, 1), "i: 2!Null 2!Null 2!Null", {3}},
+        {array->AsArray().GetRange(0, kMax, 3), "i: 1 2!Null 3", {1, 1, 1}},
+        {array->AsArray().GetRange(0, kMax, 5), "i: 1 3", {1, 1}},
+        {array->AsArray().GetRange(8, kMax, kMax), "i: 3", {1}},
+        {array->AsArray().GetRange(9, 1, 1), "i:", {}},
+        {array->AsArray()
+             .WithIndices(Indices{0, 1, 0, 8, 2, 3, 7}, kOrder)
+             ->AsArray()
+             .Materialize(),
+         "i: 1 1 1 3 2!Null 2!Null 3",
+         {3, 1, 2, 1}},
+    };
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.text);
+        EXPECT_EQ(TextOf(c.column), c.text);
+        EXPECT_EQ(countsOf(c.column), c.counts);
+        EXPECT_FALSE(c.column->AsArray().HasIndices());
+    }
+    // No elements are a choice of none.
+    EXPECT_TRUE(array->AsArray().GetRange(3, 0, 1)->AsArray().HasIndices());
+}
+
+// Counts come from outside: their sum may not wrap round.
+TEST(ArrayOfRunsTest, SumsOfCountsAreNotCut) {
+    const Type* const type = IntType::Get32();
+    constexpr char kTooLarge[] = "Value exceeds maximum legal value for lumsize_t";
+    const SV longest = MakeConstantArray<unsigned>(type, 5u, kMax);
+    const SV one = MakeConstantArray<unsigned>(type, 6u, 1);
+    EXPECT_LUM_PLAIN_ERROR(OutOfRange, kTooLarge, Compose<unsigned>({longest, one}));
+    EXPECT_LUM_PLAIN_ERROR(
+        OutOfRange, kTooLarge,
+        Compose<unsigned>({longest, longest}, std::make_unique<Indices>(Indices{0})));
+
+    // As many as there can be, with strides whose sum passes 32 bits.
+    const SV full = Compose<unsigned>({MakeConstantArray<unsigned>(type, 5u, kMax - 1), one});
+    const IStoreArray& array = full->AsArray();
+    EXPECT_EQ(array.GetCount(), kMax);
+    EXPECT_EQ(TextOf(array.GetElement(kMax - 1)), "6");
+    EXPECT_EQ(array.FindRunEnd(3), kMax - 2);
+    EXPECT_EQ(TextOf(array.GetRange(kMax - 2, kMax, 1)), "i: 5 6");
+    EXPECT_EQ(TextOf(array.GetRange(1, kMax, 0x80000000)), "i: 5 5");
+    EXPECT_EQ(TextOf(array.GetRange(2, kMax, 0xFFFFFFFC)), "i: 5 6");
+    EXPECT_EQ(TextOf(array.GetRange(kMax - 1, kMax, kMax)), "i: 6");
+    EXPECT_EQ(TextOf(array.ToSet(/*includeSpecials=*/false)), "S i: 5 6");
+}
+
+TEST(ArrayOfRunsTest, ConstantsCostOneElementWhateverTheirCount) {
+    const test::CollatorPoolGuard pool;
+    const auto allocationsOf = [](lumsize_t count) {
+        const Type* const type = test::TypeOf("s");
+        const test::AllocationCounter counter;
+        const SV column =
+            MakeConstantArray<RIndirectString>(type, L"longer than the handle", count);
+        const IStoreArray& array = column->AsArray();
+        const SV made[] = {SV(column->Clone()),
+                           array.Materialize(),
+                           array.GetRange(0, kMax, 1),
+                           array.WithIndices(nullptr, kOrder),
+                           array.ToSet(/*includeSpecials=*/true),
+                           array.GetElement(count - 1),
+                           Compose<RIndirectString>({column})};
+        EXPECT_EQ(made[3]->GetCount(), count);
+        EXPECT_EQ(array.FindRunEnd(0), count - 1);
+        array.GetStoreValueIterable().begin()->Clone()->Advance();
+        EXPECT_EQ(*column->AsTypedArray<RIndirectString>().GetAdapter(), L"longer than the handle");
+        return counter.GetCount();
+    };
+    const std::size_t withTypes = allocationsOf(1);  // The first time makes the types as well.
+    const std::size_t ofOne = allocationsOf(1);
+    EXPECT_LE(ofOne, withTypes);
+    EXPECT_EQ(allocationsOf(kMax), ofOne);
+
+    // A boxed walk makes nothing a step.
+    const SV column = MakeConstantArray<unsigned>(IntType::Get32(), 1000, SpecialKind::Null);
+    const auto& iterable = column->AsArray().GetStoreValueIterable();
+    const auto it = iterable.begin()->Clone();
+    const test::AllocationCounter counter;
+    for (; *it != iterable.end(); it->Advance()) {
+        it->Dereference();
+    }
+    EXPECT_EQ(counter.GetCount(), 0u);
+}
+
+TEST(ArrayOfRunsTest, StorageIsShared) {
+    const SV array = MakeOfRuns<unsigned>(IntType::Get32(), {{5, SpecialKind::Normal, 3}});
+    const auto addressOf = [](const SV& column) {
+        return column->AsTypedArray<unsigned>().GetCompositeRanges().GetData();
+    };
+    const IStoreArray& typed = array->AsArray();
+    const SV indexed = typed.WithIndices(Indices{2, 1}, kOrder);
+    for (const SV& made : {SV(array->Clone()), typed.Materialize(), indexed, SV(indexed->Clone()),
+                           indexed->AsArray().ComposeIndices(Indices{0}, kOrder)}) {
+        EXPECT_EQ(addressOf(made), addressOf(array));
+    }
+    EXPECT_EQ(TextOf(indexed->AsArray().WithIndices(nullptr, kOrder)), "i: 5 5 5");
+    EXPECT_LUM_REPORT(IllegalOperation, "", "!(IsNull())",
+                      indexed->AsArray().ComposeIndices(nullptr, kOrder));
+    EXPECT_LUM_REPORT(OutOfBounds, "", "(index < m_size)",
+                      indexed->AsArray().ComposeIndices(Indices{0, 2}, kOrder));
+    const std::shared_ptr<const RawData> narrow = VectorRawData<unsigned char>::Make({1});
+    for (const SV& column : {array, MakeConstantArray<unsigned>(IntType::Get32(), 5u, 3)}) {
+        EXPECT_LUM_ERROR(IllegalCast, "", column->AsArray().WithIndices(narrow, kOrder));
+        EXPECT_LUM_ERROR(IllegalCast, "", column->AsArray().ComposeIndices(narrow, kOrder));
+    }
+}
+
+// Reads in order go along the runs. Were each element looked up from the first run on, this would
+// take 10^11 steps.
+TEST(ArrayOfRunsTest, ReadsInOrderCostTheSameAnElement) {
+    constexpr lumsize_t kCount = 300000;
+    const auto start = std::chrono::steady_clock::now();
+    Runs<unsigned> runs;
+    for (unsigned i = 0; i < kCount; ++i) {
+        runs.push_back({i, i % 3 == 0 ? SpecialKind::Null : SpecialKind::Normal, 1});
+    }
+    const Type* const type = IntType::Get32();
+    Indices shuffled(kCount);
+    std::iota(shuffled.begin(), shuffled.end(), 0u);
+    test::Random random;
+    SCOPED_TRACE(random.Trace());
+    for (lumsize_t i = kCount - 1; i > 0; --i) {
+        std::swap(shuffled[i], shuffled[random.Below(i + 1)]);
+    }
+    const SV along = MakeOfRuns<unsigned>(type, runs);
+    const SV across = along->AsArray().WithIndices(Indices(shuffled), kOrder);
+    for (const SV& column : {along, across}) {
+        const ITypedArray<unsigned>& array = column->AsTypedArray<unsigned>();
+        std::vector<unsigned> values(kCount);
+        std::vector<SpecialKind> kinds(kCount);
+        std::vector<LumTuple> rows(kCount, LumTuple(&test::TypeOf("P{i}")->As<TupleType>()));
+        array.CopyValues(values, 0, kCount);
+        array.CopySpecials(kinds, 0, kCount);
+        array.CopyToTuples(rows, 0, kCount, 0);
+        const auto& iterable = array.GetStoreValueIterable();
+        const auto boxed = iterable.begin()->Clone();
+        lumsize_t mistakes = 0;
+        for (auto cursor = array.GetAdapterWithSpecials(); !cursor.IsAtEnd(); ++cursor) {
+            const lumsize_t i = cursor.GetPosition();
+            const unsigned value = array.HasIndices() ? shuffled[i] : i;
+            const SpecialKind kind = value % 3 == 0 ? SpecialKind::Null : SpecialKind::Normal;
+            const SV element = boxed->Dereference();
+            const bool isRight =
+                *cursor == value && cursor.GetSpecialKind() == kind && values[i] == value &&
+                kinds[i] == kind && rows[i].GetNthValueUnsafe<unsigned>(0) == value &&
+                rows[i].GetNthSpecialUnsafe(0) == kind && element->GetSpecialKind() == kind;
+            mistakes += isRight ? 0 : 1;
+            boxed->Advance();
+        }
+        EXPECT_EQ(mistakes, 0u);
+        EXPECT_EQ(array.ToSet(/*includeSpecials=*/true)->GetCount(), kCount + 1);
+        EXPECT_EQ(array.Materialize()->GetCount(), kCount);
+    }
+    // One run end over all of them.
+    for (auto& run : runs) {
+        run.kind = SpecialKind::Error;
+    }
+    const SV same = MakeOfRuns<unsigned>(type, runs);
+    EXPECT_EQ(same->AsArray().FindRunEnd(0), kCount - 1);
+    EXPECT_EQ(same->AsArray().WithIndices(std::move(shuffled), kOrder)->AsArray().FindRunEnd(0),
+              kCount - 1);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(20));
+}
+
+}  // namespace
+}  // namespace lum::core
