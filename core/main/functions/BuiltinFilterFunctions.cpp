@@ -56,7 +56,7 @@ public:
 private:
     static bool AreEqual(const T& a, const T& b) {
         if constexpr (std::is_same_v<T, SV>) {
-            return a == b || (a != nullptr && b != nullptr && a->IsEqual(*b));
+            return a == nullptr || b == nullptr ? a == b : a->IsEqual(*b);
         } else {
             return a == b;
         }
