@@ -522,6 +522,15 @@ inline std::unique_ptr<FunctionRegistry> MakeBuiltinRegistry() {
     return registry;
 }
 
+/// A built-in of two inputs of the same type.
+inline std::unique_ptr<IRawBinaryFunctor> MakeBinary(const FunctionRegistry& registry,
+                                                     const wchar_t* name, const Type* type,
+                                                     bool isSpecial) {
+    const auto functions = registry.GetBinaryFunctions().GetRawFunctions(
+        FunctionKey(name, type, type, FunctionKey::ArgContainer::Separate));
+    return (isSpecial ? functions.GetSpecialFactory() : functions.GetRegularFactory())();
+}
+
 /// Sums, differences and products that wrap.
 template <typename T, typename Operation>
 T Wrapping(T a, T b, Operation operation) {
