@@ -286,8 +286,6 @@ private:
                                                                          : AnyKind(random)};
         Expected<Out> expected{std::vector<CellT<Out>>(count), std::vector<SpecialKind>(count)};
         Expected<Out> last{firstCell, firstKind};
-        // A Bool comes back as 0 or 1 even if nothing was folded.
-        core::Cell<Out>::Store(last.cells[0], core::Cell<Out>::Load(firstCell[0]));
         for (lumsize_t step = 0; step < count; ++step) {
             const lumsize_t i = isForward ? step : count - 1 - step;
             auto value = Compute(model, last.cells[0], last.kinds[0], cells[i], kinds[i]);
