@@ -1,7 +1,9 @@
 #pragma once
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <type_traits>
 
 #include "lum/core/functions/InstructionSet.h"
 #include "lum/core/functions/SpecialRules.h"
@@ -59,27 +61,49 @@ public:
                              SpecialKind* specialOutputs,
                              uint64 count) requires(!Function::kIsInstruction) {
         constexpr uint64 kBlock = 128;
-        Out block[kBlock];
+        Out arguments[kBlock];
         for (uint64 start = 0; start < count; start += kBlock) {
             const uint64 length = std::min(kBlock, count - start);
+            const In* const from = inputs + start;
+            SpecialKind* const kinds = specialOutputs + start;
+            long long isAllAccepted = 1;  // As wide as what it is made from.
             for (uint64 index = 0; index < length; ++index) {
-                const bool isInDomain =
-                    IsInDomain(inputs[start + index], specialInputs[start + index]);
-                block[index] = GetArgument(inputs[start + index], isInDomain);
-                specialOutputs[start + index] = static_cast<SpecialKind>(!isInDomain);
+                isAllAccepted &= static_cast<long long>(Function::Accepts(from[index]));
+            }
+            if (isAllAccepted != 0) {
+                for (uint64 index = 0; index < length; ++index) {
+                    kinds[index] = NullUnless(specialInputs[start + index] == SpecialKind::Normal);
+                }
+                ComputeBlock(from, kinds, outputs + start, length);
+                continue;
             }
             for (uint64 index = 0; index < length; ++index) {
-                block[index] = Function::Compute(block[index]);
+                const bool isInDomain = IsInDomain(from[index], specialInputs[start + index]);
+                arguments[index] = GetArgument(from[index], isInDomain);
+                kinds[index] = NullUnless(isInDomain);
             }
-            for (uint64 index = 0; index < length; ++index) {
-                outputs[start + index] =
-                    Choose(specialOutputs[start + index] == SpecialKind::Normal, block[index],
-                           ZeroOf<Out>());
-            }
+            ComputeBlock(arguments, kinds, outputs + start, length);
         }
     }
 
 private:
+    using Bits =
+        std::conditional_t<sizeof(Out) == sizeof(unsigned int), unsigned int, unsigned long long>;
+
+    static SpecialKind NullUnless(bool isNormal) { return static_cast<SpecialKind>(!isNormal); }
+
+    // Zero where the kind is Null. A mask costs less beside a call than a choice or a pass of its
+    // own.
+    static void ComputeBlock(const auto* arguments, const SpecialKind* kinds, Out* outputs,
+                             uint64 count) {
+        constexpr Bits kMasks[] = {~Bits{0}, 0};  // By kind.
+        for (uint64 index = 0; index < count; ++index) {
+            const Out value = Function::Compute(static_cast<Out>(arguments[index]));
+            outputs[index] = std::bit_cast<Out>(std::bit_cast<Bits>(value) &
+                                                kMasks[static_cast<unsigned>(kinds[index])]);
+        }
+    }
+
     // What is computed with in place of an element outside the domain. Every function takes its
     // usual path there; at 0 or 1 some take another, which the processor cannot foresee.
     static constexpr Out kHarmless = 2;
