@@ -23,6 +23,16 @@ FLAGS = [
 ]
 
 
+# Headers of libraries that do not stand where every compiler looks.
+LIBRARIES = ["jsoncpp"]
+
+
+def library_flags():
+    run = subprocess.run(["pkg-config", "--cflags", *LIBRARIES], text=True, check=True,
+                         stdout=subprocess.PIPE)
+    return run.stdout.split()
+
+
 def headers_of(root):
     for top in FOLDERS:
         for folder, _, names in sorted(os.walk(os.path.join(root, top))):
@@ -31,12 +41,12 @@ def headers_of(root):
                     yield os.path.relpath(os.path.join(folder, name), root)
 
 
-def compile_alone(compiler, root, header):
+def compile_alone(compiler, root, header, flags):
     """The first complaint of the compiler, or None."""
     # A header that were the main file would be warned of for its #pragma once.
     includes = [option for folder in INCLUDE_FOLDERS for option in ("-I", folder)]
     run = subprocess.run(
-        [compiler, *FLAGS, *includes, "-x", "c++", "-"], cwd=root, text=True,
+        [compiler, *flags, *includes, "-x", "c++", "-"], cwd=root, text=True,
         input=f'#include "{header}"\n', stdout=subprocess.PIPE, stderr=subprocess.STDOUT)
     if run.returncode == 0:
         return None
@@ -52,10 +62,12 @@ def main():
     parser.add_argument("headers", nargs="*")
     arguments = parser.parse_args()
     headers = arguments.headers or list(headers_of(arguments.root))
+    flags = FLAGS + library_flags()
     failed = False
     with concurrent.futures.ThreadPoolExecutor(os.cpu_count()) as pool:
         results = pool.map(
-            lambda header: compile_alone(arguments.compiler, arguments.root, header), headers)
+            lambda header: compile_alone(arguments.compiler, arguments.root, header, flags),
+            headers)
         for complaint in results:
             if complaint:
                 failed = True
