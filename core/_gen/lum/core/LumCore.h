@@ -82,6 +82,7 @@
 #include "lum/core/store/StoreTypeDispatcher.h"  // IWYU pragma: export
 #include "lum/core/store/StoreValue.h"  // IWYU pragma: export
 #include "lum/core/store/StoreValueFwd.h"  // IWYU pragma: export
+#include "lum/core/store/StoreValueSampler.h"  // IWYU pragma: export
 #include "lum/core/store/TableFactory.h"  // IWYU pragma: export
 #include "lum/core/store/TemporaryRawData.h"  // IWYU pragma: export
 #include "lum/core/store/TupleFactory.h"  // IWYU pragma: export
