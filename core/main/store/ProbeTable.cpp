@@ -9,7 +9,8 @@ namespace {
 
 // How many buckets beyond its home a value may stand.
 constexpr unsigned kFarthest = 16;
-// A table costs about as much as a look-up of each of its values in the container, and its memory.
+// A table costs as much as one to three look-ups of each of its values in the container. So it is
+// made when twice as many were asked for, and when it is no matter.
 constexpr uint64 kFewestCells = 1024;
 // Bytes; what is larger is worth a word to the memory in advance.
 constexpr uint64 kNearMemory = 256 << 10;
@@ -141,7 +142,7 @@ void ProbeTable<T>::Find(const T* values, unsigned char* out, uint64 count) cons
 template <StorageType T>
 const ProbeTable<T>* ProbeTableOnDemand<T>::Get(const SetContainer<T>& values, uint64 count) {
     const uint64 asked = m_askedCount.fetch_add(count, std::memory_order_relaxed) + count;
-    if (asked < std::max<uint64>(kFewestCells, values.size())) {
+    if (asked < std::max<uint64>(kFewestCells, 2 * uint64{values.size()})) {
         return nullptr;
     }
     std::call_once(m_flag, [&] { m_table.emplace(values); });
