@@ -1,0 +1,211 @@
+#include "lum/core/serialize/VtlPayload.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <string_view>
+#include <utility>
+
+#include "core/main/serialize/KeyPathParser.h"
+#include "core/main/serialize/KeyPathSerializer.h"
+#include "core/main/serialize/NumberWriter.h"
+#include "core/main/serialize/VtlScanner.h"
+#include "lum/core/Check.h"
+#include "lum/core/serialize/VtlParser.h"
+#include "lum/core/serialize/VtlSerializer.h"
+#include "lum/core/utility/LumSize.h"
+#include "lum/core/utility/MetricsFilter.h"
+
+namespace lum::core {
+namespace {
+
+using Kind = VtlTokenKind;
+
+constexpr std::u16string_view kGraphMarker = u"(graph)";
+constexpr std::u16string_view kKeysMarker = u"(updatable-keys)";
+constexpr std::u16string_view kVtlMarker = u"(vtl)";
+
+// Writing -----------------------------------------------------------------------------------------
+
+void AppendLine(TStringCore& out, std::u16string_view marker) {
+    out.append(marker.data(), marker.size());
+    out += u'\n';
+}
+
+void AppendId(TStringCore& out, lumsize_t id) {
+    char16_t* const room = out.prepareAppend(kNumberCapacity);
+    out.commitAppend(static_cast<std::size_t>(WriteInt64(id, room) - room));
+    out += u',';
+}
+
+char16_t LetterOf(BufferType type) {
+    switch (type) {
+        case BufferType::C:
+            return u'c';
+        case BufferType::I:
+            return u'i';
+    }
+    detail::FailLogic({__FILE__, __LINE__, ""}, LumError::Unspecified);
+}
+
+void AppendEdge(TStringCore& out, const GraphEdge& edge, KeyPathSerializerCache& cache) {
+    if (edge.HasSource()) {
+        AppendId(out, edge.sourceId);
+    }
+    out += u',';
+    for (const lumsize_t sinkId : edge.sinkIds) {
+        AppendId(out, sinkId);
+    }
+    AppendKeyPath(out, edge.key, /*includeTypes=*/false, &cache);
+    out += u',';
+    out += LetterOf(edge.bufferType);
+    out += u'\n';
+}
+
+// Reading -----------------------------------------------------------------------------------------
+
+TStringCore BehindLineFeed(std::u16string_view marker) {
+    return TStringCore(1, u'\n') + TStringCore(marker);
+}
+
+TStringCore BeforeLineFeed(std::u16string_view marker) {
+    return TStringCore(marker) + TStringCore(1, u'\n');
+}
+
+// Lines of edges and keys, each read by a scanner of its own.
+class SectionReader {
+public:
+    // `textEnd` is the end of the whole text, which the sections are parts of.
+    explicit SectionReader(const char16_t* textEnd) : m_textEnd(textEnd), m_keys(&m_known) {}
+
+    std::vector<GraphEdge> ReadEdges(std::u16string_view section);
+    std::unordered_set<KeyPath> ReadKeys(std::u16string_view section);
+
+private:
+    // Calls `read` with a scanner of each line that is not empty.
+    template <typename Read>
+    void ForEachLine(std::u16string_view section, const Read& read);
+    GraphEdge ReadEdge(VtlScanner& scanner);
+    // Numbers, each with a comma behind it.
+    static std::vector<lumsize_t> ReadIds(VtlScanner& scanner);
+
+    const char16_t* const m_textEnd;
+    KnownKeyPaths m_known;
+    KeyPathReader m_keys;
+};
+
+template <typename Read>
+void SectionReader::ForEachLine(std::u16string_view section, const Read& read) {
+    while (!section.empty()) {
+        const std::u16string_view line = section.substr(0, section.find(u'\n'));
+        section.remove_prefix(std::min(line.size() + 1, section.size()));
+        if (!line.empty()) {
+            VtlScanner scanner(line, m_textEnd);
+            read(scanner);
+        }
+    }
+}
+
+std::vector<lumsize_t> SectionReader::ReadIds(VtlScanner& scanner) {
+    std::vector<lumsize_t> ids;
+    while (scanner.PeekIs(Kind::IntegerLiteral)) {
+        ids.push_back(LumSizeCastSafe(static_cast<uint64>(scanner.Next().GetInteger())));
+        scanner.Expect(Kind::Comma);
+    }
+    return ids;
+}
+
+GraphEdge SectionReader::ReadEdge(VtlScanner& scanner) {
+    const std::vector<lumsize_t> sourceIds = ReadIds(scanner);
+    LUM_INVARIANT(sourceIds.size() <= 1, LumError::SeveralBufferSources);
+    scanner.Expect(Kind::Comma);
+    std::vector<lumsize_t> sinkIds = ReadIds(scanner);
+    const KeyPath& key = m_keys.Read(scanner, TypeColon::AnywhereBehindName);
+    scanner.Expect(Kind::Comma);
+    BufferType type = BufferType::C;
+    switch (scanner.Expect(Kind::Identifier).GetUnits().front()) {
+        case u'c':
+            break;
+        case u'i':
+            type = BufferType::I;
+            break;
+        default:
+            detail::FailLogic({__FILE__, __LINE__, ""}, LumError::Unspecified);
+    }
+    return GraphEdge(key, sourceIds.empty() ? GraphEdge::NullSourceId : sourceIds.front(),
+                     std::move(sinkIds), type);
+}
+
+std::vector<GraphEdge> SectionReader::ReadEdges(std::u16string_view section) {
+    std::vector<GraphEdge> edges;
+    ForEachLine(section, [&](VtlScanner& scanner) { edges.push_back(ReadEdge(scanner)); });
+    return edges;
+}
+
+std::unordered_set<KeyPath> SectionReader::ReadKeys(std::u16string_view section) {
+    std::unordered_set<KeyPath> keys;
+    ForEachLine(section, [&](VtlScanner& scanner) {
+        keys.insert(m_keys.Read(scanner, TypeColon::AnywhereBehindName));
+        scanner.Expect(Kind::End);
+    });
+    return keys;
+}
+
+}  // namespace
+
+TStringCore MakeVtlPayload(const std::vector<TransformSpec>& transforms,
+                           const std::vector<GraphEdge>& edges,
+                           const std::unordered_set<KeyPath>& updatableKeys) {
+    const Metrics::Scope scope =
+        MetricsFilter::OpenScope(MetricsFilter::Bits::Vtl, "lum_core_MakeVtlPayload");
+    KeyPathSerializerCache cache;
+    TStringCore text;
+    AppendLine(text, kGraphMarker);
+    for (const GraphEdge& edge : edges) {
+        AppendEdge(text, edge, cache);
+    }
+    AppendLine(text, kKeysMarker);
+    for (const KeyPath& key : updatableKeys) {
+        AppendKeyPath(text, key, /*includeTypes=*/false, &cache);
+        text += u'\n';
+    }
+    AppendLine(text, kVtlMarker);
+    text += TransformsToPayloadString(transforms, &cache);
+    return text;
+}
+
+void ParseVtlPayload(const TStringCore& text, std::vector<TransformSpec>& transforms,
+                     std::vector<GraphEdge>& edges, std::unordered_set<KeyPath>& updatableKeys) {
+    const Metrics::Scope scope =
+        MetricsFilter::OpenScope(MetricsFilter::Bits::Vtl, "lum_core_ParseVtlPayload");
+    const auto find = [&text](const TStringCore& wanted, long long from) {
+        return text.find(wanted, static_cast<std::size_t>(from));
+    };
+    constexpr auto graphMarkerLen = static_cast<long long>(kGraphMarker.size());
+    constexpr auto updKeysMarkerLen = static_cast<long long>(kKeysMarker.size());
+    constexpr auto vtlMarkerLen = static_cast<long long>(kVtlMarker.size());
+
+    // A section begins at the line feed behind its marker, so that the one before the next marker
+    // is found where the section is empty.
+    const long long graphStart = find(BeforeLineFeed(kGraphMarker), 0);
+    const long long graphEnd = find(BehindLineFeed(kKeysMarker), graphStart + 1);
+    LUM_CHECK(graphStart >= 0 && graphEnd >= graphStart + graphMarkerLen,
+              LumError::InvalidPayloadContent);
+    const long long updKeysStart = find(BeforeLineFeed(kKeysMarker), graphEnd);
+    const long long updKeysEnd = find(BehindLineFeed(kVtlMarker), updKeysStart + 1);
+    LUM_CHECK(updKeysStart > graphEnd && updKeysEnd >= updKeysStart + updKeysMarkerLen,
+              LumError::InvalidPayloadContent);
+    const long long vtlStart = find(BeforeLineFeed(kVtlMarker), updKeysEnd);
+    LUM_CHECK(vtlStart > updKeysEnd, LumError::InvalidPayloadContent);
+
+    const auto section = [&text](long long start, long long end) {
+        return text.view().substr(static_cast<std::size_t>(start),
+                                  static_cast<std::size_t>(end - start));
+    };
+    SectionReader reader(text.end());
+    edges = reader.ReadEdges(section(graphStart + graphMarkerLen, graphEnd));
+    updatableKeys = reader.ReadKeys(section(updKeysStart + updKeysMarkerLen, updKeysEnd));
+    transforms = ParseVtlList(text.mid(static_cast<std::size_t>(vtlStart + vtlMarkerLen + 1)),
+                              /*keepComments=*/false);
+}
+
+}  // namespace lum::core
