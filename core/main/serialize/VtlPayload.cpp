@@ -9,9 +9,8 @@
 #include "core/main/serialize/KeyPathSerializer.h"
 #include "core/main/serialize/NumberWriter.h"
 #include "core/main/serialize/VtlScanner.h"
+#include "core/main/serialize/VtlStatements.h"
 #include "lum/core/Check.h"
-#include "lum/core/serialize/VtlParser.h"
-#include "lum/core/serialize/VtlSerializer.h"
 #include "lum/core/utility/LumSize.h"
 #include "lum/core/utility/MetricsFilter.h"
 
@@ -23,6 +22,9 @@ using Kind = VtlTokenKind;
 constexpr std::u16string_view kGraphMarker = u"(graph)";
 constexpr std::u16string_view kKeysMarker = u"(updatable-keys)";
 constexpr std::u16string_view kVtlMarker = u"(vtl)";
+
+// Enough for most edges, and no more memory than they take themselves.
+constexpr std::size_t kUnitsPerEdge = 32;
 
 // Writing -----------------------------------------------------------------------------------------
 
@@ -71,11 +73,18 @@ TStringCore BeforeLineFeed(std::u16string_view marker) {
     return TStringCore(marker) + TStringCore(1, u'\n');
 }
 
+// How many edges a section may have: lines, but no more than there is room for.
+std::size_t CountEdges(std::u16string_view section) {
+    constexpr std::size_t kShortestEdge = 5;  // ",a,c" and its line feed.
+    const auto lines = std::count(section.begin(), section.end(), u'\n');
+    return std::min(static_cast<std::size_t>(lines), section.size() / kShortestEdge + 1);
+}
+
 // Lines of edges and keys, each read by a scanner of its own.
 class SectionReader {
 public:
     // `textEnd` is the end of the whole text, which the sections are parts of.
-    explicit SectionReader(const char16_t* textEnd) : m_textEnd(textEnd), m_keys(&m_known) {}
+    explicit SectionReader(const char16_t* textEnd) : m_textEnd(textEnd) {}
 
     std::vector<GraphEdge> ReadEdges(std::u16string_view section);
     std::unordered_set<KeyPath> ReadKeys(std::u16string_view section);
@@ -85,12 +94,12 @@ private:
     template <typename Read>
     void ForEachLine(std::u16string_view section, const Read& read);
     GraphEdge ReadEdge(VtlScanner& scanner);
-    // Numbers, each with a comma behind it.
-    static std::vector<lumsize_t> ReadIds(VtlScanner& scanner);
+    // Numbers, each with a comma behind it. Good until the next ones are read.
+    const std::vector<lumsize_t>& ReadIds(VtlScanner& scanner);
 
     const char16_t* const m_textEnd;
-    KnownKeyPaths m_known;
     KeyPathReader m_keys;
+    std::vector<lumsize_t> m_ids;  // Of the list that is being read.
 };
 
 template <typename Read>
@@ -105,18 +114,19 @@ void SectionReader::ForEachLine(std::u16string_view section, const Read& read) {
     }
 }
 
-std::vector<lumsize_t> SectionReader::ReadIds(VtlScanner& scanner) {
-    std::vector<lumsize_t> ids;
+const std::vector<lumsize_t>& SectionReader::ReadIds(VtlScanner& scanner) {
+    m_ids.clear();
     while (scanner.PeekIs(Kind::IntegerLiteral)) {
-        ids.push_back(LumSizeCastSafe(static_cast<uint64>(scanner.Next().GetInteger())));
+        m_ids.push_back(LumSizeCastSafe(static_cast<uint64>(scanner.Next().GetInteger())));
         scanner.Expect(Kind::Comma);
     }
-    return ids;
+    return m_ids;
 }
 
 GraphEdge SectionReader::ReadEdge(VtlScanner& scanner) {
-    const std::vector<lumsize_t> sourceIds = ReadIds(scanner);
+    const std::vector<lumsize_t>& sourceIds = ReadIds(scanner);
     LUM_INVARIANT(sourceIds.size() <= 1, LumError::SeveralBufferSources);
+    const lumsize_t source = sourceIds.empty() ? GraphEdge::NullSourceId : sourceIds.front();
     scanner.Expect(Kind::Comma);
     std::vector<lumsize_t> sinkIds = ReadIds(scanner);
     const KeyPath& key = m_keys.Read(scanner, TypeColon::AnywhereBehindName);
@@ -131,12 +141,12 @@ GraphEdge SectionReader::ReadEdge(VtlScanner& scanner) {
         default:
             detail::FailLogic({__FILE__, __LINE__, ""}, LumError::Unspecified);
     }
-    return GraphEdge(key, sourceIds.empty() ? GraphEdge::NullSourceId : sourceIds.front(),
-                     std::move(sinkIds), type);
+    return GraphEdge(key, source, std::move(sinkIds), type);
 }
 
 std::vector<GraphEdge> SectionReader::ReadEdges(std::u16string_view section) {
     std::vector<GraphEdge> edges;
+    edges.reserve(CountEdges(section));
     ForEachLine(section, [&](VtlScanner& scanner) { edges.push_back(ReadEdge(scanner)); });
     return edges;
 }
@@ -159,6 +169,7 @@ TStringCore MakeVtlPayload(const std::vector<TransformSpec>& transforms,
         MetricsFilter::OpenScope(MetricsFilter::Bits::Vtl, "lum_core_MakeVtlPayload");
     KeyPathSerializerCache cache;
     TStringCore text;
+    text.reserve(std::min(edges.size() * kUnitsPerEdge, TStringCore::kMaxLength));
     AppendLine(text, kGraphMarker);
     for (const GraphEdge& edge : edges) {
         AppendEdge(text, edge, cache);
@@ -169,7 +180,7 @@ TStringCore MakeVtlPayload(const std::vector<TransformSpec>& transforms,
         text += u'\n';
     }
     AppendLine(text, kVtlMarker);
-    text += TransformsToPayloadString(transforms, &cache);
+    AppendVtlStatements(text, transforms, /*includeComments=*/false, cache);
     return text;
 }
 
@@ -204,8 +215,9 @@ void ParseVtlPayload(const TStringCore& text, std::vector<TransformSpec>& transf
     SectionReader reader(text.end());
     edges = reader.ReadEdges(section(graphStart + graphMarkerLen, graphEnd));
     updatableKeys = reader.ReadKeys(section(updKeysStart + updKeysMarkerLen, updKeysEnd));
-    transforms = ParseVtlList(text.mid(static_cast<std::size_t>(vtlStart + vtlMarkerLen + 1)),
-                              /*keepComments=*/false);
+    transforms = ReadVtlStatements(
+        section(vtlStart + vtlMarkerLen + 1, static_cast<long long>(text.length())), text.end(),
+        /*keepComments=*/false);
 }
 
 }  // namespace lum::core

@@ -7,6 +7,7 @@
 #include "core/main/serialize/KeyPathSerializer.h"
 #include "core/main/serialize/QuotedText.h"
 #include "core/main/serialize/VtlScanner.h"
+#include "core/main/serialize/VtlStatements.h"
 #include "core/main/vtl/OperatorText.h"
 #include "lum/core/Check.h"
 #include "lum/core/serialize/FormatPrimitive.h"
@@ -143,12 +144,11 @@ void AppendTransform(TStringCore& out, const TransformSpec& transform, std::size
 // times as many statements as were written, if there are that many.
 constexpr std::size_t kFirstReserve = 64;
 
-// How long the text of `count` statements gets if they go on as the first `writtenCount` did, and a
-// little more.
-std::size_t EstimateLength(const TStringCore& written, std::size_t writtenCount,
-                           std::size_t count) {
-    const std::size_t length = written.length() / writtenCount * count;
-    return std::min(length + length / 16, TStringCore::kMaxLength);
+// Makes room for `count` statements that go on as the first `writtenCount` did, which stand behind
+// `start`, and for a little more.
+void ReserveFor(TStringCore& out, std::size_t start, std::size_t writtenCount, std::size_t count) {
+    const std::size_t length = (out.length() - start) / writtenCount * count;
+    out.reserve(std::min(start + length + length / 16, TStringCore::kMaxLength));
 }
 
 }  // namespace
@@ -169,6 +169,22 @@ void TransformToString(TStringCore& out, const TransformSpec& transform) {
     AppendTransform(out, transform, 0, nullptr);
 }
 
+void AppendVtlStatements(TStringCore& out, const std::vector<TransformSpec>& transforms,
+                         bool includeComments, KeyPathSerializerCache& cache) {
+    const std::size_t start = out.length();
+    std::size_t nextReserve = kFirstReserve;
+    for (std::size_t i = 0; i < transforms.size(); ++i) {
+        if (i == nextReserve) {
+            nextReserve *= 4;
+            ReserveFor(out, start, i, std::min(transforms.size(), nextReserve));
+        }
+        if (includeComments || transforms[i].GetOperatorType() != OperatorType::NoOp) {
+            AppendTransform(out, transforms[i], 0, &cache);
+            out += u'\n';
+        }
+    }
+}
+
 TStringCore TransformsToString(const std::vector<TransformSpec>& transforms, bool includeComments,
                                KeyPathSerializerCache* cache) {
     std::optional<KeyPathSerializerCache> ownCache;
@@ -176,17 +192,7 @@ TStringCore TransformsToString(const std::vector<TransformSpec>& transforms, boo
         cache = &ownCache.emplace();
     }
     TStringCore text;
-    std::size_t nextReserve = kFirstReserve;
-    for (std::size_t i = 0; i < transforms.size(); ++i) {
-        if (i == nextReserve) {
-            nextReserve *= 4;
-            text.reserve(EstimateLength(text, i, std::min(transforms.size(), nextReserve)));
-        }
-        if (includeComments || transforms[i].GetOperatorType() != OperatorType::NoOp) {
-            AppendTransform(text, transforms[i], 0, cache);
-            text += u'\n';
-        }
-    }
+    AppendVtlStatements(text, transforms, includeComments, *cache);
     return text;
 }
 
