@@ -71,7 +71,7 @@ void CheckSetOfSize(std::size_t size, test::Random& random) {
 TEST(SetContainsEachTest, AnswersAsContainsDoes) {
     test::Random random;
     SCOPED_TRACE(random.Trace());
-    for (const std::size_t size : {0, 1, 2, 5, 64, 1000, 3000, 20000, 40000}) {
+    for (const std::size_t size : {0u, 1u, 2u, 5u, 64u, 1000u, 3000u, 20000u, 40000u}) {
         CheckSetOfSize<unsigned>(size, random);
         CheckSetOfSize<unsigned long long>(size, random);
     }
@@ -98,7 +98,7 @@ std::vector<unsigned long long> CollidingNumbers(unsigned long long count) {
 
 TEST(SetContainsEachTest, NumbersMadeToCollide) {
     // Few of them overflow into the places behind their own, many leave the set without a table.
-    for (const unsigned long long count : {6, 40, 2000}) {
+    for (const unsigned long long count : {6u, 40u, 2000u}) {
         SCOPED_TRACE(count);
         std::vector<unsigned long long> members = CollidingNumbers(2 * count);
         std::vector<unsigned long long> wanted = members;

@@ -204,6 +204,28 @@ TEST(VtlPayloadTest, SectionsBeforeAFailureAreGiven) {
     EXPECT_EQ(PrintedProgram(payload), "a -> copy -> b\n");
 }
 
+// Keys that share their segments are written and read by shorter ways.
+TEST(VtlPayloadTest, KeysThatRepeat) {
+    std::vector<KeyPath> keys;
+    for (int i = 0; i < 300; ++i) {
+        keys.push_back(Key("a/'b, c'/k" + std::to_string(i) + (i % 3 == 0 ? ":i" : "")));
+    }
+    Payload payload;
+    std::string edges;
+    std::string statements;
+    for (std::size_t i = 0; i < 1000; ++i) {
+        const KeyPath& key = keys[i * i % keys.size()];
+        payload.edges.emplace_back(key, kC);
+        edges += "," + key.ToString().toStdString() + ",c\n";
+        payload.transforms.emplace_back(OperatorType::Copy, std::vector{key, keys[i % 7]},
+                                        std::vector{key});
+        statements += TransformToString(payload.transforms.back()).toStdString() + "\n";
+    }
+    EXPECT_EQ(Make(payload), "(graph)\n" + edges + "(updatable-keys)\n(vtl)\n" + statements);
+    EXPECT_EQ(Parse(Make(payload)).edges, payload.edges);
+    EXPECT_EQ(PrintedProgram(Parse(Make(payload))), statements);
+}
+
 TEST(VtlPayloadTest, TimeIsLinear) {
     // A reader that starts over at every marker, or at every number, would take minutes.
     std::string markers;

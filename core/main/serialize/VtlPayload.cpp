@@ -6,7 +6,7 @@
 #include <utility>
 
 #include "core/main/serialize/KeyPathParser.h"
-#include "core/main/serialize/KeyPathSerializer.h"
+#include "core/main/serialize/KeyPathWriter.h"
 #include "core/main/serialize/NumberWriter.h"
 #include "core/main/serialize/VtlScanner.h"
 #include "core/main/serialize/VtlStatements.h"
@@ -49,7 +49,7 @@ char16_t LetterOf(BufferType type) {
     detail::FailLogic({__FILE__, __LINE__, ""}, LumError::Unspecified);
 }
 
-void AppendEdge(TStringCore& out, const GraphEdge& edge, KeyPathSerializerCache& cache) {
+void AppendEdge(TStringCore& out, const GraphEdge& edge, KeyPathWriter& keys) {
     if (edge.HasSource()) {
         AppendId(out, edge.sourceId);
     }
@@ -57,7 +57,7 @@ void AppendEdge(TStringCore& out, const GraphEdge& edge, KeyPathSerializerCache&
     for (const lumsize_t sinkId : edge.sinkIds) {
         AppendId(out, sinkId);
     }
-    AppendKeyPath(out, edge.key, /*includeTypes=*/false, &cache);
+    keys.Append(out, edge.key);
     out += u',';
     out += LetterOf(edge.bufferType);
     out += u'\n';
@@ -94,11 +94,14 @@ private:
     template <typename Read>
     void ForEachLine(std::u16string_view section, const Read& read);
     GraphEdge ReadEdge(VtlScanner& scanner);
+    // The key of an edge, good until the next one is read.
+    const KeyPath& ReadEdgeKey(VtlScanner& scanner);
     // Numbers, each with a comma behind it. Good until the next ones are read.
     const std::vector<lumsize_t>& ReadIds(VtlScanner& scanner);
 
     const char16_t* const m_textEnd;
     KeyPathReader m_keys;
+    KnownKeyPaths m_known;         // Keys of edges.
     std::vector<lumsize_t> m_ids;  // Of the list that is being read.
 };
 
@@ -123,13 +126,34 @@ const std::vector<lumsize_t>& SectionReader::ReadIds(VtlScanner& scanner) {
     return m_ids;
 }
 
+// A key mostly takes all that stands before the last comma of its line. What was read so once, up
+// to that comma, reads the same each time.
+const KeyPath& SectionReader::ReadEdgeKey(VtlScanner& scanner) {
+    const std::size_t start = scanner.PeekNext().GetStart();
+    const std::u16string_view rest = scanner.PeekUnits();
+    const std::size_t comma = rest.rfind(u',');
+    const std::u16string_view text = rest.substr(0, comma == std::u16string_view::npos ? 0 : comma);
+    if (text.empty()) {
+        return m_keys.Read(scanner, TypeColon::AnywhereBehindName);
+    }
+    if (const KeyPath* const known = m_known.TryGet(text)) {
+        scanner.Skip(text.size());
+        return *known;
+    }
+    const KeyPath& path = m_keys.Read(scanner, TypeColon::AnywhereBehindName);
+    if (scanner.GetCurrent().GetEnd() == start + text.size()) {
+        m_known.Add(text, path);
+    }
+    return path;
+}
+
 GraphEdge SectionReader::ReadEdge(VtlScanner& scanner) {
     const std::vector<lumsize_t>& sourceIds = ReadIds(scanner);
     LUM_INVARIANT(sourceIds.size() <= 1, LumError::SeveralBufferSources);
     const lumsize_t source = sourceIds.empty() ? GraphEdge::NullSourceId : sourceIds.front();
     scanner.Expect(Kind::Comma);
     std::vector<lumsize_t> sinkIds = ReadIds(scanner);
-    const KeyPath& key = m_keys.Read(scanner, TypeColon::AnywhereBehindName);
+    const KeyPath& key = ReadEdgeKey(scanner);
     scanner.Expect(Kind::Comma);
     BufferType type = BufferType::C;
     switch (scanner.Expect(Kind::Identifier).GetUnits().front()) {
@@ -168,15 +192,16 @@ TStringCore MakeVtlPayload(const std::vector<TransformSpec>& transforms,
     const Metrics::Scope scope =
         MetricsFilter::OpenScope(MetricsFilter::Bits::Vtl, "lum_core_MakeVtlPayload");
     KeyPathSerializerCache cache;
+    KeyPathWriter keys(&cache, /*includeTypes=*/false, edges.size());
     TStringCore text;
     text.reserve(std::min(edges.size() * kUnitsPerEdge, TStringCore::kMaxLength));
     AppendLine(text, kGraphMarker);
     for (const GraphEdge& edge : edges) {
-        AppendEdge(text, edge, cache);
+        AppendEdge(text, edge, keys);
     }
     AppendLine(text, kKeysMarker);
     for (const KeyPath& key : updatableKeys) {
-        AppendKeyPath(text, key, /*includeTypes=*/false, &cache);
+        keys.Append(text, key);
         text += u'\n';
     }
     AppendLine(text, kVtlMarker);
