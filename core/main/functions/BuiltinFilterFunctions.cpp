@@ -26,6 +26,9 @@ class KeepOnly {
 public:
     explicit KeepOnly(const std::vector<SV>& values) : m_set(values) {}
     bool operator()(const T& element) const { return m_set.Contains(element); }
+    void ApplyColumn(const CellT<T>* cells, unsigned char* out, uint64 count) const {
+        m_set.ContainsEach(cells, out, count);
+    }
 
 private:
     CreatorSet<T> m_set;

@@ -112,6 +112,14 @@ class IsInSet {
 public:
     explicit IsInSet(const std::vector<SV>& values) : m_set(values) {}
     bool operator()(const T& element) const { return m_set.Contains(element) == kIsMember; }
+    void ApplyColumn(const CellT<T>* cells, unsigned char* out, uint64 count) const {
+        m_set.ContainsEach(cells, out, count);
+        if constexpr (!kIsMember) {
+            for (uint64 index = 0; index < count; ++index) {
+                out[index] ^= 1;
+            }
+        }
+    }
 
 private:
     CreatorSet<T> m_set;

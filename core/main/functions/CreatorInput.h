@@ -50,6 +50,18 @@ public:
         }
     }
 
+    // The same of a column: 1 in each place of `out` whose cell is a member, else 0.
+    void ContainsEach(const CellT<T>* cells, unsigned char* out, uint64 count) const {
+        if constexpr (std::is_same_v<T, bool>) {
+            // A byte of a column may be any number, of which all but 0 are true; members are not.
+            for (uint64 index = 0; index < count; ++index) {
+                out[index] = Contains(Cell<T>::Load(cells[index])) ? 1 : 0;
+            }
+        } else {
+            m_set->ContainsEach({reinterpret_cast<const Storage*>(cells), count}, {out, count});
+        }
+    }
+
 private:
     using Storage = typename TypeTraits<T>::Storage;
 

@@ -11,6 +11,7 @@
 #include "core/main/serialize/VtlLines.h"
 #include "core/main/serialize/VtlLiteralParser.h"
 #include "core/main/serialize/VtlScanner.h"
+#include "core/main/serialize/VtlStatements.h"
 #include "core/main/vtl/OperatorText.h"
 #include "lum/core/Check.h"
 #include "lum/core/types/Type.h"
@@ -223,18 +224,23 @@ TransformSpec ParseVtlLine(const TStringCore& text) {
 }
 
 std::vector<TransformSpec> ParseVtlList(const TStringCore& text, bool keepComments) {
+    return ReadVtlStatements(text.view(), text.end(), keepComments);
+}
+
+std::vector<TransformSpec> ReadVtlStatements(std::u16string_view text, const char16_t* readableEnd,
+                                             bool keepComments) {
     KnownKeyPaths known;
     StatementReader statements(&known);
     Program parser;
-    VtlLines lines(text.view());
+    VtlLines lines(text);
     std::u16string_view line;
     while (lines.Next(line)) {
         const char16_t* const lineEnd = line.data() + line.size();
-        const char16_t* const start = SkipRun<IsBlank>(line.data(), {lineEnd, text.end()});
+        const char16_t* const start = SkipRun<IsBlank>(line.data(), {lineEnd, readableEnd});
         if (IsWhiteSpace({start, static_cast<std::size_t>(lineEnd - start)})) {
             continue;
         }
-        VtlScanner scanner(line, text.end());
+        VtlScanner scanner(line, readableEnd);
         TransformSpec transform = statements.Read(scanner);
         if (!keepComments && transform.GetOperatorType() == OperatorType::NoOp) {
             continue;

@@ -5,8 +5,10 @@
 #include <optional>
 
 #include "core/main/serialize/KeyPathSerializer.h"
+#include "core/main/serialize/KeyPathWriter.h"
 #include "core/main/serialize/QuotedText.h"
 #include "core/main/serialize/VtlScanner.h"
+#include "core/main/serialize/VtlStatements.h"
 #include "core/main/vtl/OperatorText.h"
 #include "lum/core/Check.h"
 #include "lum/core/serialize/FormatPrimitive.h"
@@ -50,17 +52,17 @@ void AppendLiteral(TStringCore& out, const StoreValue& value) {
 
 // Appends ":" and the type. The text of a type is that which it has in a key segment, so one is
 // written there and the name left behind.
-void AppendTypeSpec(TStringCore& out, const Type* type, KeyPathSerializerCache* cache) {
+void AppendTypeSpec(TStringCore& out, const Type* type, KeyPathWriter& keys) {
     static const RInternString s_name(L"x");
     TStringCore segment;
     AppendKeySegment(segment, KeySegment(s_name, type), /*includeType=*/true, /*fullForm=*/true,
-                     cache);
+                     keys.GetCache());
     out.append(segment.data() + 1, segment.length() - 1);
 }
 
-void AppendArgument(TStringCore& out, const ValueSpec& valuespec, KeyPathSerializerCache* cache) {
+void AppendArgument(TStringCore& out, const ValueSpec& valuespec, KeyPathWriter& keys) {
     if (valuespec.IsKey()) {
-        AppendKeyPath(out, valuespec.GetKeyPath(), /*includeTypes=*/true, cache);
+        keys.Append(out, valuespec.GetKeyPath());
         return;
     }
     LUM_CHECK(IsPrimitiveStoreType(valuespec.GetValue()->GetStoreType()),
@@ -68,10 +70,10 @@ void AppendArgument(TStringCore& out, const ValueSpec& valuespec, KeyPathSeriali
     LUM_CHECK_NOT(valuespec.GetValue()->GetStoreType() == StoreType::External,
                   LumError::OperatorTypeExternal);
     AppendLiteral(out, *valuespec.GetValue());
-    AppendTypeSpec(out, valuespec.GetValue()->GetType(), cache);
+    AppendTypeSpec(out, valuespec.GetValue()->GetType(), keys);
 }
 
-void AppendFunction(TStringCore& out, const FunctionSpec& function, KeyPathSerializerCache* cache) {
+void AppendFunction(TStringCore& out, const FunctionSpec& function, KeyPathWriter& keys) {
     const TStringCore& name = function.GetName();
     if (IsWord(name)) {
         out += name;
@@ -80,12 +82,11 @@ void AppendFunction(TStringCore& out, const FunctionSpec& function, KeyPathSeria
     }
     for (const ValueSpec& argument : function.GetArgs()) {
         out += u' ';
-        AppendArgument(out, argument, cache);
+        AppendArgument(out, argument, keys);
     }
 }
 
-void AppendOperatorValue(TStringCore& out, const TransformSpec& spec,
-                         KeyPathSerializerCache* cache) {
+void AppendOperatorValue(TStringCore& out, const TransformSpec& spec, KeyPathWriter& keys) {
     LUM_CHECK(IsPrimitiveStoreType(spec.GetValue()->GetStoreType()),
               LumError::OperatorTypeNotPrimitive);
     LUM_CHECK_NOT(spec.GetValue()->GetStoreType() == StoreType::External,
@@ -93,12 +94,11 @@ void AppendOperatorValue(TStringCore& out, const TransformSpec& spec,
     out += u' ';
     AppendLiteral(out, *spec.GetValue());
     if (OperatorHasTypedArgument(spec.GetOperatorType())) {
-        AppendTypeSpec(out, spec.GetValue()->GetType(), cache);
+        AppendTypeSpec(out, spec.GetValue()->GetType(), keys);
     }
 }
 
-void AppendStatement(TStringCore& out, const TransformSpec& transform,
-                     KeyPathSerializerCache* cache) {
+void AppendStatement(TStringCore& out, const TransformSpec& transform, KeyPathWriter& keys) {
     if (!transform.GetComment().isEmpty()) {
         out.append(u"//", 2);
         out += transform.GetComment();
@@ -107,35 +107,35 @@ void AppendStatement(TStringCore& out, const TransformSpec& transform,
         return;
     }
     for (const KeyPath& input : transform.GetInputs()) {
-        AppendKeyPath(out, input, /*includeTypes=*/true, cache);
+        keys.Append(out, input);
         out += u' ';
     }
     out.append(u"-> ", 3);
     out += OperatorTypeToString(transform.GetOperatorType());
     if (transform.GetValue()) {
-        AppendOperatorValue(out, transform, cache);
+        AppendOperatorValue(out, transform, keys);
     }
     if (transform.GetFunctionSpec()) {
         out.append(u" (", 2);
-        AppendFunction(out, *transform.GetFunctionSpec(), cache);
+        AppendFunction(out, *transform.GetFunctionSpec(), keys);
         out += u')';
     }
     out.append(u" ->", 3);
     for (const KeyPath& output : transform.GetOutputs()) {
         out += u' ';
-        AppendKeyPath(out, output, /*includeTypes=*/true, cache);
+        keys.Append(out, output);
     }
 }
 
 void AppendTransform(TStringCore& out, const TransformSpec& transform, std::size_t level,
-                     KeyPathSerializerCache* cache) {
+                     KeyPathWriter& keys) {
     const std::size_t indentation = 2 * level;
     std::fill_n(out.prepareAppend(indentation), indentation, u' ');
     out.commitAppend(indentation);
-    AppendStatement(out, transform, cache);
+    AppendStatement(out, transform, keys);
     for (const TransformSpec& child : transform.GetChildTransforms()) {
         out += u'\n';
-        AppendTransform(out, child, level + 1, cache);
+        AppendTransform(out, child, level + 1, keys);
     }
 }
 
@@ -143,19 +143,19 @@ void AppendTransform(TStringCore& out, const TransformSpec& transform, std::size
 // times as many statements as were written, if there are that many.
 constexpr std::size_t kFirstReserve = 64;
 
-// How long the text of `count` statements gets if they go on as the first `writtenCount` did, and a
-// little more.
-std::size_t EstimateLength(const TStringCore& written, std::size_t writtenCount,
-                           std::size_t count) {
-    const std::size_t length = written.length() / writtenCount * count;
-    return std::min(length + length / 16, TStringCore::kMaxLength);
+// Makes room for `count` statements that go on as the first `writtenCount` did, which stand behind
+// `start`, and for a little more.
+void ReserveFor(TStringCore& out, std::size_t start, std::size_t writtenCount, std::size_t count) {
+    const std::size_t length = (out.length() - start) / writtenCount * count;
+    out.reserve(std::min(start + length + length / 16, TStringCore::kMaxLength));
 }
 
 }  // namespace
 
 TStringCore FunctionToString(const FunctionSpec& function) {
     TStringCore text;
-    AppendFunction(text, function, nullptr);
+    KeyPathWriter keys(nullptr, /*includeTypes=*/true, /*pathCount=*/1);
+    AppendFunction(text, function, keys);
     return text;
 }
 
@@ -166,7 +166,25 @@ TStringCore TransformToString(const TransformSpec& transform) {
 }
 
 void TransformToString(TStringCore& out, const TransformSpec& transform) {
-    AppendTransform(out, transform, 0, nullptr);
+    KeyPathWriter keys(nullptr, /*includeTypes=*/true, /*pathCount=*/1);
+    AppendTransform(out, transform, 0, keys);
+}
+
+void AppendVtlStatements(TStringCore& out, const std::vector<TransformSpec>& transforms,
+                         bool includeComments, KeyPathSerializerCache& cache) {
+    KeyPathWriter keys(&cache, /*includeTypes=*/true, transforms.size());
+    const std::size_t start = out.length();
+    std::size_t nextReserve = kFirstReserve;
+    for (std::size_t i = 0; i < transforms.size(); ++i) {
+        if (i == nextReserve) {
+            nextReserve *= 4;
+            ReserveFor(out, start, i, std::min(transforms.size(), nextReserve));
+        }
+        if (includeComments || transforms[i].GetOperatorType() != OperatorType::NoOp) {
+            AppendTransform(out, transforms[i], 0, keys);
+            out += u'\n';
+        }
+    }
 }
 
 TStringCore TransformsToString(const std::vector<TransformSpec>& transforms, bool includeComments,
@@ -176,17 +194,7 @@ TStringCore TransformsToString(const std::vector<TransformSpec>& transforms, boo
         cache = &ownCache.emplace();
     }
     TStringCore text;
-    std::size_t nextReserve = kFirstReserve;
-    for (std::size_t i = 0; i < transforms.size(); ++i) {
-        if (i == nextReserve) {
-            nextReserve *= 4;
-            text.reserve(EstimateLength(text, i, std::min(transforms.size(), nextReserve)));
-        }
-        if (includeComments || transforms[i].GetOperatorType() != OperatorType::NoOp) {
-            AppendTransform(text, transforms[i], 0, cache);
-            text += u'\n';
-        }
-    }
+    AppendVtlStatements(text, transforms, includeComments, *cache);
     return text;
 }
 

@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <memory>
+#include <type_traits>
 #include <unordered_set>
 
+#include "core/main/store/ProbeTable.h"
 #include "lum/core/store/Containers.h"
 #include "lum/core/store/IStoreCollection.h"
 #include "lum/core/store/IStoreSet.h"
@@ -71,11 +73,13 @@ public:
 
     // ITypedSet
     bool Contains(const T& value) const override;
+    void ContainsEach(ArrayView<const T> values, ArrayView<unsigned char> out) const override;
     SetCursor<T> GetValuesCursor() const override;
     const SpecialKindIterable& GetSpecialKinds() const override { return m_kindIterable; }
 
 private:
     class SetStoreValueIterator;
+    struct NoProbeTable {};
 
     class SpecialKindIterableImpl final : public SpecialKindIterable {
     public:
@@ -107,6 +111,9 @@ private:
     const SpecialKindIterableImpl m_kindIterable;
     // Made after Validate has passed.
     std::unique_ptr<StoreValueIterableImpl> m_iterable;
+    [[no_unique_address]] mutable std::conditional_t<kHasProbeTable<T>, ProbeTableOnDemand<T>,
+                                                     NoProbeTable>
+        m_probeTable;
 };
 
 }  // namespace lum::core

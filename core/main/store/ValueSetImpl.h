@@ -225,6 +225,21 @@ bool ValueSet<T>::Contains(const T& value) const {
 }
 
 template <StorageType T>
+void ValueSet<T>::ContainsEach(ArrayView<const T> values, ArrayView<unsigned char> out) const {
+    LUM_CHECK(out.GetSize() >= values.GetSize(), LumError::OutOfBounds);
+    const uint64 count = values.GetSize();
+    if constexpr (kHasProbeTable<T>) {
+        const ProbeTable<T>* const table = m_probeTable.Get(*m_values, count);
+        if (table != nullptr) {
+            return table->Find(values.GetData(), out.GetData(), count);
+        }
+    }
+    for (uint64 i = 0; i < count; ++i) {
+        out.GetData()[i] = m_values->find(values.GetData()[i]) != m_values->end() ? 1 : 0;
+    }
+}
+
+template <StorageType T>
 SetCursor<T> ValueSet<T>::GetValuesCursor() const {
     return {m_type, *m_values};
 }

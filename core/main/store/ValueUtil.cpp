@@ -1,9 +1,17 @@
 #include "lum/core/store/ValueUtil.h"
 
+#include <algorithm>
 #include <bit>
+#include <utility>
 
+#include "core/main/store/ValueCompositeArray.h"
 #include "lum/core/Check.h"
+#include "lum/core/store/ArrayAdapter.h"
+#include "lum/core/store/ArrayFactory.h"
+#include "lum/core/store/IStoreTable.h"
+#include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/StoreValue.h"
+#include "lum/core/store/TableFactory.h"
 #include "lum/core/store/TupleFactory.h"
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/types/ScalarTypes.h"
@@ -34,6 +42,61 @@ SV MakeStringOfType(const Type* type, const RIndirectString& value) {
     static const Type* const s_default = StringType::Get();
     return type == s_default ? factory::MakeString(value)
                              : factory::MakeString(value, type->As<StringType>().GetCollation());
+}
+
+/// Puts the elements behind `values`, which has room for them.
+template <StorageType T>
+void AppendValues(const ITypedArray<T>& array, std::vector<T>& values) {
+    const lumsize_t count = array.GetCount();
+    if (array.IsConstant()) {
+        values.insert(values.end(), count, array.GetValueUnchecked(0));
+    } else if (array.IsComposite() || array.HasIndices()) {
+        const std::size_t start = values.size();
+        values.resize(start + count);
+        array.CopyValues({values.data() + start, count}, 0, count);
+    } else {
+        // A copy of the block: zeros that are written first would double what memory has to take.
+        const ArrayView<const T> stored = array.GetValues();
+        values.insert(values.end(), stored.begin(), stored.end());
+    }
+}
+
+template <StorageType T>
+void AppendKinds(const ITypedArray<T>& array, std::vector<SpecialKind>& kinds) {
+    const lumsize_t count = array.GetCount();
+    const std::size_t start = kinds.size();
+    kinds.resize(start + count, SpecialKind::Normal);
+    if (array.HasSpecialValues()) {
+        array.CopySpecials({kinds.data() + start, count}, 0, count);
+    }
+}
+
+template <StorageType T>
+SV CopyTogether(const std::vector<SV>& arrays, std::unique_ptr<std::vector<unsigned>> indices,
+                SortSpecOrder order) {
+    uint64 count = 0;
+    bool haveSpecials = false;
+    for (const SV& array : arrays) {
+        count += array->GetCount();
+        haveSpecials |= array->AsArray().HasSpecialValues();
+    }
+    const lumsize_t total = LumSizeCastSafe(count);
+    auto values = std::make_unique<std::vector<T>>();
+    values->reserve(total);
+    std::unique_ptr<std::vector<SpecialKind>> kinds;
+    if (haveSpecials) {
+        kinds = std::make_unique<std::vector<SpecialKind>>();
+        kinds->reserve(total);
+    }
+    for (const SV& array : arrays) {
+        const ArrayAdapter<T> adapter(array);
+        AppendValues(adapter.GetArray(), *values);
+        if (haveSpecials) {
+            AppendKinds(adapter.GetArray(), *kinds);
+        }
+    }
+    return factory::MakeArray<T>(arrays.front()->AsArray().GetElementType(), std::move(values),
+                                 std::move(indices), std::move(kinds), order);
 }
 
 }  // namespace
@@ -283,6 +346,49 @@ SV FetchStoreValueFromTuple(const LumTuple& tuple, lumsize_t index) {
             return MakeStoreValueFromStorageType(
                 type, tuple.GetNthValueUnsafe<unsigned long long>(index));
     }
+}
+
+SV ConcatenateArrays(const std::vector<SV>& arrays, std::unique_ptr<std::vector<unsigned>> indices,
+                     SortSpecOrder order) {
+    LUM_CHECK_TEXT("(arrays).size() >= (1)", !arrays.empty(), LumError::EmptyComposition);
+    for (const SV& value : arrays) {
+        LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
+    }
+    return DispatchStorage(
+        arrays.front()->AsArray().GetElementType()->GetStoreType(), [&]<typename T>(StorageTag<T>) {
+            const bool areConstant = std::all_of(arrays.begin(), arrays.end(), [](const SV& array) {
+                return array->AsArray().IsConstant();
+            });
+            return areConstant ? MakeCompositeArray<T>(arrays, std::move(indices), order)
+                               : CopyTogether<T>(arrays, std::move(indices), order);
+        });
+}
+
+SV ConcatenateTables(const std::vector<SV>& tables) {
+    LUM_CHECK_NOT(tables.empty(), LumError::EmptyConcatenation);
+    for (const SV& value : tables) {
+        LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
+    }
+    if (tables.size() == 1) {
+        return tables.front();
+    }
+    const lumsize_t colCount = tables.front()->GetCount();
+    for (const SV& table : tables) {
+        LUM_CHECK(table->GetCount() == colCount, LumError::ConcatenatedColumnsDiffer);
+    }
+    auto columns = std::make_unique<IStoreTable::Columns>();
+    columns->reserve(colCount);
+    for (const auto& [columnName, firstColumn] : tables.front()->AsTable().GetColumns()) {
+        std::vector<SV> parts;
+        parts.reserve(tables.size());
+        for (const SV& value : tables) {
+            const IStoreTable& table = value->AsTable();
+            LUM_CHECK(table.HasColumn(columnName), LumError::ConcatenatedColumnsDiffer);
+            parts.push_back(table.GetColumn(columnName));
+        }
+        columns->emplace(columnName, ConcatenateArrays(parts, nullptr, SortSpecOrder::UNKNOWN));
+    }
+    return factory::MakeTable(std::move(columns), nullptr);
 }
 
 }  // namespace lum::core

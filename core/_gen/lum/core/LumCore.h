@@ -45,6 +45,7 @@
 #include "lum/core/serialize/StoreValueSerializer.h"  // IWYU pragma: export
 #include "lum/core/serialize/StringBytes.h"  // IWYU pragma: export
 #include "lum/core/serialize/VtlParser.h"  // IWYU pragma: export
+#include "lum/core/serialize/VtlPayload.h"  // IWYU pragma: export
 #include "lum/core/serialize/VtlSerializer.h"  // IWYU pragma: export
 #include "lum/core/store/ArrayAdapter.h"  // IWYU pragma: export
 #include "lum/core/store/ArrayCursor.h"  // IWYU pragma: export
@@ -82,6 +83,7 @@
 #include "lum/core/store/StoreTypeDispatcher.h"  // IWYU pragma: export
 #include "lum/core/store/StoreValue.h"  // IWYU pragma: export
 #include "lum/core/store/StoreValueFwd.h"  // IWYU pragma: export
+#include "lum/core/store/StoreValueSampler.h"  // IWYU pragma: export
 #include "lum/core/store/TableFactory.h"  // IWYU pragma: export
 #include "lum/core/store/TemporaryRawData.h"  // IWYU pragma: export
 #include "lum/core/store/TupleFactory.h"  // IWYU pragma: export

@@ -25,7 +25,11 @@ struct LumUnarySpecialFunctorGenerator {
 };
 
 /// The regular functor of what a generator computes: Out operator()(const In&), const where it has
-/// no state.
+/// no state. A generator that knows a quicker way to the same results can have
+///
+///     void ApplyColumn(const CellT<In>*, CellT<Out>*, uint64 count) const
+///
+/// which then stands in for the loop over elements.
 template <FunctionElement In, FunctionElement Out, typename Generator>
 class LumUnaryFunctor final : public IUnaryFunctor<In, Out> {
 public:
@@ -46,8 +50,12 @@ public:
         detail::RunLoop<detail::kHavePlainCells<In, Out>, kIsStateless>(
             m_generator, [from = inputs.GetData(), to = outputs.GetData(),
                           count = inputs.GetSize()](auto& generator) LUM_ALWAYS_INLINE {
-                for (uint64 index = 0; index < count; ++index) {
-                    Cell<Out>::Store(to[index], generator(Cell<In>::Load(from[index])));
+                if constexpr (requires { generator.ApplyColumn(from, to, count); }) {
+                    generator.ApplyColumn(from, to, count);
+                } else {
+                    for (uint64 index = 0; index < count; ++index) {
+                        Cell<Out>::Store(to[index], generator(Cell<In>::Load(from[index])));
+                    }
                 }
             });
     }

@@ -1,0 +1,141 @@
+// Look-ups of a column of values, which sets of numbers answer from a table of their own.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <memory>
+#include <vector>
+
+#include "lum/core/store/IStoreSet.h"
+#include "lum/core/store/SetFactory.h"
+#include "lum/core/store/StoreValue.h"
+#include "lum/core/types/ScalarTypes.h"
+#include "lum/core/types/StringType.h"
+#include "tests/support/CollatorPoolGuard.h"
+#include "tests/support/FoldingCollatorPool.h"
+#include "tests/support/LumErrorMatchers.h"
+#include "tests/support/Random.h"
+
+namespace lum::core {
+namespace {
+
+using Bytes = std::vector<unsigned char>;
+
+template <typename T>
+SV SetOf(const Type* type, const std::vector<T>& members) {
+    return factory::MakeSet<T>(
+        type, std::make_unique<SetContainer<T>>(members.begin(), members.end()), nullptr);
+}
+
+SV SetOf(const std::vector<unsigned long long>& members) {
+    return SetOf(IntType::Get64(), members);
+}
+SV SetOf(const std::vector<unsigned>& members) {
+    return SetOf(IntType::Get32(), members);
+}
+
+/// Asks for few values, for so many that the set makes its table, and for few again.
+template <typename T>
+void ExpectSameAnswers(const SV& value, const std::vector<T>& wanted) {
+    const ITypedSet<T>& set = value->AsTypedSet<T>();
+    Bytes expected;
+    std::transform(wanted.begin(), wanted.end(), std::back_inserter(expected),
+                   [&](T element) { return set.Contains(element) ? 1 : 0; });
+    for (const std::size_t count : {std::size_t{3}, wanted.size(), std::size_t{3}}) {
+        Bytes out(count + 1, 9);
+        set.ContainsEach({wanted.data(), count}, out);
+        EXPECT_EQ(out.back(), 9);
+        out.pop_back();
+        EXPECT_EQ(out, Bytes(expected.begin(), expected.begin() + static_cast<long>(count)));
+    }
+}
+
+template <typename T>
+void CheckSetOfSize(std::size_t size, test::Random& random) {
+    SCOPED_TRACE(testing::Message() << sizeof(T) * 8 << " bits, " << size << " members");
+    const T spread = random.Below(2) == 0 ? T{1} << (sizeof(T) * 6) : T{1};
+    std::vector<T> members;
+    for (std::size_t i = 0; i < size; ++i) {
+        members.push_back(random.Below(2) == 0 ? static_cast<T>(i * spread)
+                                               : static_cast<T>(random.Bits()));
+    }
+    // The first numbers, which fill room in a table, are members at times and at times not.
+    std::vector<T> wanted{0, 1, 2, 3, static_cast<T>(~T{0})};
+    wanted.resize(std::max<std::size_t>(2000, 2 * size));
+    for (std::size_t i = 5; i < wanted.size(); ++i) {
+        wanted[i] = size != 0 && random.Below(2) == 0 ? members[random.Below(size)]
+                                                      : static_cast<T>(random.Bits());
+    }
+    ExpectSameAnswers(SetOf(members), wanted);
+}
+
+TEST(SetContainsEachTest, AnswersAsContainsDoes) {
+    test::Random random;
+    SCOPED_TRACE(random.Trace());
+    for (const std::size_t size : {0u, 1u, 2u, 5u, 64u, 1000u, 3000u, 20000u, 40000u}) {
+        CheckSetOfSize<unsigned>(size, random);
+        CheckSetOfSize<unsigned long long>(size, random);
+    }
+}
+
+unsigned long long InverseOf(unsigned long long odd) {
+    unsigned long long inverse = odd;
+    for (int i = 0; i < 6; ++i) {
+        inverse *= 2 - odd * inverse;
+    }
+    return inverse;
+}
+
+/// Numbers that a table would put into one place: the hash of the table backwards.
+std::vector<unsigned long long> CollidingNumbers(unsigned long long count) {
+    std::vector<unsigned long long> numbers;
+    for (unsigned long long low = 0; low < count; ++low) {
+        unsigned long long hash = (0x5A5ull << 52 | low) * InverseOf(0xD6E8FEB86659FD93ull);
+        hash ^= hash >> 32;
+        numbers.push_back(hash * InverseOf(0x9E3779B97F4A7C15ull));
+    }
+    return numbers;
+}
+
+TEST(SetContainsEachTest, NumbersMadeToCollide) {
+    // Few of them overflow into the places behind their own, many leave the set without a table.
+    for (const unsigned long long count : {6u, 40u, 2000u}) {
+        SCOPED_TRACE(count);
+        std::vector<unsigned long long> members = CollidingNumbers(2 * count);
+        std::vector<unsigned long long> wanted = members;
+        wanted.resize(5000);
+        members.resize(count);
+        ExpectSameAnswers(SetOf(members), wanted);
+    }
+}
+
+TEST(SetContainsEachTest, OtherMembersAreFoundOneByOne) {
+    const test::CollatorPoolGuard guard(std::make_shared<test::FoldingCollatorPool>());
+    const Collation collation = StringType::Get()->GetCollation();
+    auto texts = std::make_unique<SetContainer<RIndirectString>>(2, CollatorHash(collation),
+                                                                 CollatorEqualTo(collation));
+    texts->insert(L"member");
+    const SV strings =
+        factory::MakeSet<RIndirectString>(StringType::Get(), std::move(texts), nullptr);
+    const std::vector<RIndirectString> wanted{L"MEMBER", L"other", L"member"};
+    Bytes out(3);
+    strings->AsTypedSet<RIndirectString>().ContainsEach(wanted, out);
+    const bool folds = strings->AsTypedSet<RIndirectString>().Contains(L"MEMBER");
+    EXPECT_EQ(out, (Bytes{static_cast<unsigned char>(folds), 0, 1}));
+
+    const SV bools = SetOf<unsigned char>(BoolType::Get(), {1});
+    const Bytes cells{0, 1, 0};
+    bools->AsTypedSet<unsigned char>().ContainsEach(cells, out);
+    EXPECT_EQ(out, (Bytes{0, 1, 0}));
+}
+
+TEST(SetContainsEachTest, RoomForAllAnswersIsNeeded) {
+    const SV set = SetOf(std::vector<unsigned>{1});
+    const std::vector<unsigned> wanted{1, 1};
+    Bytes out(1, 9);
+    EXPECT_LUM_REPORT(OutOfBounds, "", "(out.GetSize() >= values.GetSize())",
+                      set->AsTypedSet<unsigned>().ContainsEach(wanted, out));
+    EXPECT_EQ(out, Bytes{9});
+}
+
+}  // namespace
+}  // namespace lum::core

@@ -1,0 +1,256 @@
+#include "lum/core/serialize/VtlPayload.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <unordered_set>
+#include <utility>
+#include <vector>
+
+#include "lum/core/serialize/VtlParser.h"
+#include "lum/core/serialize/VtlSerializer.h"
+#include "lum/core/utility/MetricsFilter.h"
+#include "tests/support/LumErrorMatchers.h"
+#include "tests/vtl/Programs.h"
+
+namespace lum::core {
+namespace {
+
+using test::Key;
+using KeySet = std::unordered_set<KeyPath>;
+
+constexpr BufferType kC = BufferType::C;
+constexpr BufferType kI = BufferType::I;
+
+struct Payload {
+    std::vector<TransformSpec> transforms;
+    std::vector<GraphEdge> edges;
+    KeySet keys;
+};
+
+std::string Make(const Payload& payload) {
+    return MakeVtlPayload(payload.transforms, payload.edges, payload.keys).toStdString();
+}
+
+void ParseInto(Payload& payload, const std::string& text) {
+    ParseVtlPayload(TStringCore::fromUtf8(text), payload.transforms, payload.edges, payload.keys);
+}
+
+Payload Parse(const std::string& text) {
+    Payload payload;
+    ParseInto(payload, text);
+    return payload;
+}
+
+std::vector<TransformSpec> Program(const std::string& text) {
+    return ParseVtlList(TStringCore::fromUtf8(text), /*keepComments=*/true);
+}
+
+std::string PrintedProgram(const Payload& payload) {
+    return TransformsToPayloadString(payload.transforms).toStdString();
+}
+
+std::vector<GraphEdge> Edges(const std::string& lines) {
+    return Parse("(graph)\n" + lines + "\n(updatable-keys)\n(vtl)\n").edges;
+}
+
+std::vector<GraphEdge> EdgeList(GraphEdge edge) {
+    return {std::move(edge)};
+}
+
+TEST(VtlPayloadTest, Sections) {
+    Payload payload;
+    EXPECT_EQ(Make(payload), "(graph)\n(updatable-keys)\n(vtl)\n");
+
+    payload.transforms = Program("// a comment\na:i -> map (negate) -> b:i\n");
+    payload.edges = {GraphEdge(3, {4, 5}, Key("a/b:i"), kC), GraphEdge(Key("a/b"), kI)};
+    payload.keys = {Key("x:K<s,i>/'two words'")};
+    EXPECT_EQ(Make(payload),
+              "(graph)\n"
+              "3,,4,5,a/b,c\n"
+              ",a/b,i\n"
+              "(updatable-keys)\n"
+              "x/'two words'\n"
+              "(vtl)\n"
+              "a:i -> map (negate) -> b:i\n");
+
+    const Payload read = Parse(Make(payload));
+    EXPECT_EQ(read.edges, payload.edges);
+    EXPECT_EQ(read.edges[0].key.GetSegments().back().GetType(), nullptr);
+    EXPECT_EQ(read.keys, payload.keys);
+    ASSERT_EQ(read.transforms.size(), 1u);
+    EXPECT_EQ(PrintedProgram(read), PrintedProgram(payload));
+}
+
+TEST(VtlPayloadTest, ReplacesWhatWasThere) {
+    Payload payload;
+    payload.transforms = Program("a -> copy -> b");
+    payload.edges = {GraphEdge(Key("a"), kI)};
+    payload.keys = {Key("a")};
+    ParseInto(payload, "(graph)\n(updatable-keys)\n(vtl)\n");
+    EXPECT_TRUE(payload.transforms.empty());
+    EXPECT_TRUE(payload.edges.empty());
+    EXPECT_TRUE(payload.keys.empty());
+}
+
+TEST(VtlPayloadTest, EdgesInPrint) {
+    for (const auto& [edge, line] : std::vector<std::pair<GraphEdge, std::string>>{
+             {GraphEdge(GraphEdge::NullSourceId, {4}, Key("a/b"), kI), ",4,a/b,i"},
+             {GraphEdge(0, {}, Key("a"), kC), "0,,a,c"},
+             {GraphEdge(GraphEdge::NullSourceId - 1, {GraphEdge::NullSourceId}, Key("a"), kC),
+              "4294967294,,4294967295,a,c"},
+             {GraphEdge(1, {2}, Key("'(vtl)'/'a,\\n(vtl)'/7"), kC),
+              "1,,2,'(vtl)'/'a,\\n(vtl)'/7,c"}}) {
+        Payload payload;
+        payload.edges = {edge};
+        EXPECT_EQ(Make(payload), "(graph)\n" + line + "\n(updatable-keys)\n(vtl)\n");
+        EXPECT_EQ(Parse(Make(payload)).edges, payload.edges) << line;
+    }
+}
+
+TEST(VtlPayloadTest, EdgesThatOthersMayWrite) {
+    const GraphEdge edge(3, {4}, Key("a/b"), kC);
+    for (const char* const line :
+         {"3,,4,a/b,c", "  3 , , 4 , a / b , c  ", "3,,4,a:K<s,i>/b:A<i>,c", "3,,4,'a'/b,c",
+          "3,,4,a/b,constant, and more", "\n\n3,,4,a/b,c\n\n", "3,,4,a/b,c\r", "03,,0004,a/b,c"}) {
+        EXPECT_EQ(Edges(line), EdgeList(edge)) << line;
+    }
+    // The number that stands for none.
+    EXPECT_FALSE(Edges("4294967295,,a,i")[0].HasSource());
+    // A type that begins like one of the letters, and many edges.
+    EXPECT_EQ(Edges(",a:i,i\n,a,c"),
+              (std::vector{GraphEdge(Key("a"), kI), GraphEdge(Key("a"), kC)}));
+}
+
+TEST(VtlPayloadTest, KeysThatOthersMayWrite) {
+    EXPECT_EQ(Parse("(graph)\n(updatable-keys)\na:i\n\n b / c \na\n7\n(vtl)\n").keys,
+              (KeySet{Key("a"), Key("b/c"), Key("7")}));
+}
+
+TEST(VtlPayloadTest, WhatStandsAroundTheSections) {
+    // Before the first one, and between a section and the last place where the next one begins.
+    const Payload payload = Parse(
+        "greetings (graph)\n,a,c\n(updatable-keys) not yet\n(updatable-keys)\nb\n(vtl) not yet\n"
+        "(vtl)\na -> copy -> b\n");
+    EXPECT_EQ(payload.edges, EdgeList(GraphEdge(Key("a"), kC)));
+    EXPECT_EQ(payload.keys, KeySet{Key("b")});
+    EXPECT_EQ(PrintedProgram(payload), "a -> copy -> b\n");
+}
+
+TEST(VtlPayloadTest, MarkersAreNeededInOrder) {
+    const char kGraph[] = "(graphStart >= 0 && graphEnd >= graphStart + graphMarkerLen)";
+    const char kKeys[] =
+        "(updKeysStart > graphEnd && updKeysEnd >= updKeysStart + updKeysMarkerLen)";
+    const char kVtl[] = "(vtlStart > updKeysEnd)";
+    for (const auto& [text, condition] : std::vector<std::pair<std::string, std::string>>{
+             {"", kGraph},
+             {"(updatable-keys)\n(vtl)\n", kGraph},
+             {"(graph)\n(vtl)\n", kGraph},
+             {"(graph)(updatable-keys)\n(vtl)\n", kGraph},
+             {"(updatable-keys)\n(graph)\n(vtl)\n", kGraph},
+             {"(graph)\r\n(updatable-keys)\r\n(vtl)\r\n", kGraph},
+             {"(graph)\n(updatable-keys) \n(vtl)\n", kKeys},
+             {"(graph)\n(updatable-keys)", kKeys},
+             {"(graph)\n(updatable-keys)\n", kKeys},
+             {"(graph)\n(updatable-keys)\n a (vtl)\n", kKeys},
+             {"(vtl)\n(graph)\n(updatable-keys)\n", kKeys},
+             {"(graph)\n(updatable-keys)\n(vtl)", kVtl},
+             {"(graph)\n(updatable-keys)\n(vtl) \n", kVtl}}) {
+        SCOPED_TRACE(text);
+        Payload payload;
+        payload.edges = {GraphEdge(Key("kept"), kI)};
+        EXPECT_LUM_REPORT(InvalidPayloadContent, "", condition, ParseInto(payload, text));
+        EXPECT_EQ(payload.edges.size(), 1u);
+    }
+}
+
+TEST(VtlPayloadTest, MalformedEdges) {
+    for (const char* const line :
+         {"3", "3,", "3,,", "3,,4", "3,,4,", "3,,4,a/b", "3,,4,a/b,", "3,,4,a/b,7", "3,,4,a/b,'c'",
+          "3,,4,a/b,inf", "3,,4,,c", "a/b,c", ",4,7,c", ",-4,a,c", ",4,a b,c", ",4,/a,c", " ",
+          "99999999999999999999,,a,c", ",4,a\x7F,c"}) {
+        EXPECT_LUM_REPORT(UnexpectedToken, line, "", Edges(line)) << line;
+    }
+    const char kSources[] = "(sourceIds.size() <= 1)";
+    EXPECT_LUM_LOGIC_REPORT(SeveralBufferSources, "", kSources, Edges("3,4,,5,a,c"));
+    for (const char* const line : {",a,d", ",a,C", ",a,^c"}) {
+        EXPECT_LUM_LOGIC_REPORT(Unspecified, "", "", Edges(line));
+    }
+    const char kTooLarge[] = "Value exceeds maximum legal value for lumsize_t";
+    EXPECT_LUM_PLAIN_ERROR(OutOfRange, kTooLarge, Edges("4294967296,,a,c"));
+    EXPECT_LUM_PLAIN_ERROR(OutOfRange, kTooLarge, Edges(",4294967296,a,c"));
+    EXPECT_LUM_REPORT(UnknownTypeName, ",a:q,c", "", Edges(",a:q,c"));
+
+    Payload payload;
+    payload.edges = {GraphEdge(Key("a"), static_cast<BufferType>(2))};
+    EXPECT_LUM_LOGIC_REPORT(Unspecified, "", "", Make(payload));
+}
+
+TEST(VtlPayloadTest, SectionsBeforeAFailureAreGiven) {
+    Payload payload;
+    payload.keys = {Key("kept")};
+    payload.transforms = Program("a -> copy -> b");
+    EXPECT_LUM_REPORT(UnexpectedToken, "b c", "",
+                      ParseInto(payload, "(graph)\n,a,c\n(updatable-keys)\na\nb c\n(vtl)\n"));
+    EXPECT_EQ(payload.edges.size(), 1u);
+    EXPECT_EQ(payload.keys, KeySet{Key("kept")});
+
+    EXPECT_LUM_REPORT(UnexpectedToken, "", "",
+                      ParseInto(payload, "(graph)\n(updatable-keys)\nb\n(vtl)\na -> \n"));
+    EXPECT_TRUE(payload.edges.empty());
+    EXPECT_EQ(payload.keys, KeySet{Key("b")});
+    EXPECT_EQ(PrintedProgram(payload), "a -> copy -> b\n");
+}
+
+// Keys that share their segments are written and read by shorter ways.
+TEST(VtlPayloadTest, KeysThatRepeat) {
+    std::vector<KeyPath> keys;
+    for (int i = 0; i < 300; ++i) {
+        keys.push_back(Key("a/'b, c'/k" + std::to_string(i) + (i % 3 == 0 ? ":i" : "")));
+    }
+    Payload payload;
+    std::string edges;
+    std::string statements;
+    for (std::size_t i = 0; i < 1000; ++i) {
+        const KeyPath& key = keys[i * i % keys.size()];
+        payload.edges.emplace_back(key, kC);
+        edges += "," + key.ToString().toStdString() + ",c\n";
+        payload.transforms.emplace_back(OperatorType::Copy, std::vector{key, keys[i % 7]},
+                                        std::vector{key});
+        statements += TransformToString(payload.transforms.back()).toStdString() + "\n";
+    }
+    EXPECT_EQ(Make(payload), "(graph)\n" + edges + "(updatable-keys)\n(vtl)\n" + statements);
+    EXPECT_EQ(Parse(Make(payload)).edges, payload.edges);
+    EXPECT_EQ(PrintedProgram(Parse(Make(payload))), statements);
+}
+
+TEST(VtlPayloadTest, TimeIsLinear) {
+    // A reader that starts over at every marker, or at every number, would take minutes.
+    std::string markers;
+    std::string ids;
+    for (int i = 0; i < 200000; ++i) {
+        markers += "(graph)(updatable-keys)(vtl) ";
+        ids += "1,";
+    }
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_LUM_ERROR(InvalidPayloadContent, "", Parse(markers));
+    EXPECT_THROW(Edges(ids), LumLogicException);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(10));
+}
+
+TEST(VtlPayloadTest, RunsInsideItsScopes) {
+    std::vector<std::string> names;
+    const auto former = Metrics::SetSink(
+        std::make_shared<const Metrics::Sink>(
+            [&](const Metrics::ScopeRecord& record) { names.emplace_back(record.name); }),
+        static_cast<unsigned>(MetricsFilter::Bits::Vtl));
+    Parse(Make(Payload()));
+    Metrics::SetSink(former);
+    EXPECT_EQ(names,
+              (std::vector<std::string>{"lum_core_MakeVtlPayload", "lum_core_ParseVtlPayload"}));
+}
+
+}  // namespace
+}  // namespace lum::core
