@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -40,16 +41,31 @@ bool IsLiteralPart(const VtlToken& token) {
     }
 }
 
+bool IsSign(const VtlToken& token) {
+    return token.Is(Kind::Plus) || token.Is(Kind::Minus);
+}
+
 // A literal stands before the type that says how to read it. So it is skipped, the type is read,
-// and then the scanner goes back to the literal; behind the type it goes on.
+// and only then the literal. Most are one token, which is kept; for the others the scanner goes
+// back, and goes on behind the type.
 class TypedLiteral {
 public:
     // The scanner stands behind the colon of the literal.
-    explicit TypedLiteral(VtlScanner& scanner) : m_scanner(scanner), m_literal(scanner.GetState()) {
-        while (IsLiteralPart(scanner.PeekNext())) {
+    explicit TypedLiteral(VtlScanner& scanner) : m_scanner(scanner), m_first(scanner.PeekNext()) {
+        if (IsLiteralPart(m_first) && !IsSign(m_first)) {
             scanner.Next();
+            m_isOneToken = !IsLiteralPart(scanner.PeekNext());
+            if (!m_isOneToken) {
+                scanner.PushBack(m_first);
+            }
         }
-        m_literalEnd = scanner.GetCurrent().GetEnd();
+        if (!m_isOneToken) {
+            m_literal = scanner.GetState();
+            while (IsLiteralPart(scanner.PeekNext())) {
+                scanner.Next();
+            }
+            m_literalEnd = scanner.GetCurrent().GetEnd();
+        }
         if (scanner.PeekIs(Kind::Invalid)) {
             LUM_FAIL(LumError::UnexpectedToken, scanner.GetText());
         }
@@ -68,8 +84,11 @@ public:
     // The value, which may be read but once. What was skipped and is no part of it comes next, and
     // only then what stands behind the type.
     SV Read(const Type* type) {
+        if (m_isOneToken) {
+            return m_scanner.ReadAgain(m_first, [&] { return ReadVtlLiteral(m_scanner, type); });
+        }
         VtlScanner::State behindType = m_scanner.GetState();
-        m_scanner.SetState(std::move(m_literal));
+        m_scanner.SetState(std::move(*m_literal));
         SV value = ReadVtlLiteral(m_scanner, type);
         std::vector<VtlToken> left;
         while (m_scanner.PeekNext().GetStart() < m_literalEnd) {
@@ -84,7 +103,9 @@ public:
 
 private:
     VtlScanner& m_scanner;
-    VtlScanner::State m_literal;
+    const VtlToken m_first;
+    bool m_isOneToken = false;
+    std::optional<VtlScanner::State> m_literal;  // Where it begins; for more than one token.
     unsigned int m_literalEnd = 0;
     const Type* m_type = nullptr;
 };

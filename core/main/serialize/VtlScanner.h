@@ -164,6 +164,21 @@ public:
     void Skip(std::size_t count) noexcept { GoTo(m_state.ahead.GetStart() + count); }
     void Unskip(std::size_t start) noexcept { GoTo(start); }
 
+    // What `read` makes of a token of this text, which it takes as if it came next, and no other.
+    // The scanner then stands where it stood.
+    template <typename Read>
+    auto ReadAgain(const VtlToken& token, const Read& read) {
+        const VtlToken current = std::exchange(m_state.current, VtlToken());
+        const VtlToken ahead = std::exchange(m_state.ahead, token);
+        const bool hadAhead = std::exchange(m_state.hasAhead, true);
+        std::vector<VtlToken> further = std::exchange(m_state.further, {});
+        auto value = read();
+        m_state.current = current;
+        m_state.ahead = ahead;
+        m_state.hasAhead = hadAhead;
+        m_state.further = std::move(further);
+        return value;
+    }
     // What is read between the two is read again.
     State GetState() const { return m_state; }
     void SetState(State&& state) noexcept { m_state = std::move(state); }
