@@ -1,15 +1,17 @@
 #include "Program.h"
 
+#include <algorithm>
 #include <atomic>
 #include <exception>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
-#include "ElementOperators.h"
-#include "RowOperators.h"
+#include "Operators.h"
+#include "Partitions.h"
 #include "Statement.h"
 #include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/IUniformCollection.h"
@@ -27,45 +29,41 @@ using Transforms = std::vector<TransformSpec>;
 using Operator = SV (*)(const Statement&);
 
 // The operators whose meaning is one function of what they read.
+struct OperatorRow {
+    OperatorType type;
+    Operator run;
+};
+constexpr OperatorRow kOperators[] = {
+    {OperatorType::Concat, RunConcat},
+    {OperatorType::Constant, RunConstant},
+    {OperatorType::Copy, RunCopy},
+    {OperatorType::CreateKeySet, RunCreateKeySet},
+    {OperatorType::CreateTable, RunCreateTable},
+    {OperatorType::CrossJoin, RunCrossJoin},
+    {OperatorType::Distinct, RunDistinct},
+    {OperatorType::Filter, RunFilter},
+    {OperatorType::FullOuterJoin, RunFullOuterJoin},
+    {OperatorType::Index, RunIndex},
+    {OperatorType::InnerJoin, RunInnerJoin},
+    {OperatorType::LeftOuterJoin, RunLeftOuterJoin},
+    {OperatorType::Map, RunMap},
+    {OperatorType::MultiSort, RunMultiSort},
+    {OperatorType::Reduce, RunReduce},
+    {OperatorType::Reverse, RunReverse},
+    {OperatorType::Scan, RunScan},
+    {OperatorType::ScanRight, RunScanRight},
+    {OperatorType::SetValue, RunSetValue},
+    {OperatorType::SetValueMulti, RunSetValueMulti},
+    {OperatorType::Slice, RunSlice},
+    {OperatorType::Zip, RunZip},
+    {OperatorType::ZipWith, RunZipWith},
+};
+
 Operator FindOperator(OperatorType type) {
-    switch (type) {
-        case OperatorType::Concat:
-            return RunConcat;
-        case OperatorType::Constant:
-            return RunConstant;
-        case OperatorType::Copy:
-            return RunCopy;
-        case OperatorType::CreateTable:
-            return RunCreateTable;
-        case OperatorType::Distinct:
-            return RunDistinct;
-        case OperatorType::Filter:
-            return RunFilter;
-        case OperatorType::Index:
-            return RunIndex;
-        case OperatorType::Map:
-            return RunMap;
-        case OperatorType::MultiSort:
-            return RunMultiSort;
-        case OperatorType::Reduce:
-            return RunReduce;
-        case OperatorType::Reverse:
-            return RunReverse;
-        case OperatorType::Scan:
-            return RunScan;
-        case OperatorType::ScanRight:
-            return RunScanRight;
-        case OperatorType::SetValue:
-            return RunSetValue;
-        case OperatorType::SetValueMulti:
-            return RunSetValueMulti;
-        case OperatorType::Slice:
-            return RunSlice;
-        case OperatorType::ZipWith:
-            return RunZipWith;
-        default:
-            return nullptr;
-    }
+    const auto* const found =
+        std::find_if(std::begin(kOperators), std::end(kOperators),
+                     [type](const OperatorRow& row) { return row.type == type; });
+    return found == std::end(kOperators) ? nullptr : found->run;
 }
 
 bool IsSetter(OperatorType type) {
@@ -268,6 +266,9 @@ private:
                 return RunCall(spec, store, frame);
             case OperatorType::Case:
                 return RunCase(spec, store, frame);
+            case OperatorType::ApplyByPartition:
+            case OperatorType::GroupBy:
+                return {RunPartitions(spec, store, frame)};
             case OperatorType::When:
             case OperatorType::Else:
                 throw LumRuntimeException(LumError::WhenOrElseExpected);
@@ -356,7 +357,8 @@ private:
         const std::unique_ptr<IDataStore> scope =
             factory::MakeDataStore(std::unordered_map<RInternString, SV>());
         for (std::size_t i = 0; i < spec.GetInputs().size(); ++i) {
-            scope->AddValue(block.GetInputs()[i], ShareValue(store.GetValue(spec.GetInputs()[i])));
+            scope->AddValue(block.GetInputs()[i],
+                            ShareValue(ReadValue(store, spec.GetInputs()[i])));
         }
         const bool returns = body.back().GetOperatorType() == OperatorType::Return;
         const Frame here = Enter(frame, &block);
@@ -407,7 +409,7 @@ private:
         const std::unique_ptr<IDataStore> scope =
             factory::MakeDataStore(std::unordered_map<RInternString, SV>());
         for (const KeyPath& input : spec.GetInputs()) {
-            const SV value = store.GetValue(input);
+            const SV value = ReadValue(store, input);
             if (scope->TryGetValue(input) == nullptr) {
                 scope->AddValue(input, ShareValue(value));
             }
@@ -426,6 +428,18 @@ private:
             return values;
         }
         return {};
+    }
+
+    SV RunPartitions(const TransformSpec& spec, const IDataStore& store, const Frame* frame) const {
+        const Transforms& children = spec.GetChildTransforms();
+        Partitions partitions(Statement(spec, store, m_lookup));
+        const Frame here = Enter(frame, nullptr);
+        for (std::size_t run = 0; run < partitions.GetRunCount(); ++run) {
+            const std::unique_ptr<IDataStore> scope = partitions.MakeScope(run);
+            RunAll(children, children.size(), *scope, &here);
+            partitions.Collect(*scope);
+        }
+        return partitions.MakeTable();
     }
 
     const Transforms& m_transforms;

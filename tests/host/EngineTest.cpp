@@ -232,7 +232,8 @@ INSTANTIATE_TEST_SUITE_P(
     Table, EngineFaultTest,
     testing::Values(
         FaultCase{"MissingKey", "nowhere -> copy -> out", LumError::KeyNotFound},
-        FaultCase{"NotInTheEngine", "n -> zip -> out", LumError::NotImplemented, "zip"},
+        FaultCase{"NotInTheEngine", "n -> internalCreateKeyMap -> out", LumError::NotImplemented,
+                  "internalCreateKeyMap"},
         FaultCase{"KeyIsThere", "n -> copy -> m", LumError::ValueAlreadySet, "m"},
         FaultCase{"NoOutput", "n -> copy ->", LumError::OneOutputNeeded},
         FaultCase{"TwoOutputs", "n -> copy -> out b", LumError::OneOutputNeeded},
@@ -316,7 +317,7 @@ INSTANTIATE_TEST_SUITE_P(
         FaultCase{"ConcatOfTwoTypes", "n s -> concat -> out", LumError::TypeMismatch},
         FaultCase{"ConcatOfTwoShapes",
                   "n -> createTable -> t\nm -> createTable -> u\nt u -> concat -> out",
-                  LumError::TypeMismatch},
+                  LumError::ConcatenatedColumnsDiffer},
         FaultCase{"TableOfTwoLengths", "n short -> createTable -> out", LumError::TableArraySize},
         FaultCase{"TableOfOneNameTwice", "n n -> createTable -> out", LumError::DuplicateTableKey,
                   "n"},
