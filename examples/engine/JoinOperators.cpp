@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <memory>
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -48,26 +49,11 @@ Side ReadSide(const Statement& statement, std::size_t begin, std::size_t end) {
     return side;
 }
 
-// The rows of the result: in each, a row of the left table beside one of the right, or none.
-struct RowPairs {
-    // Errors: those of LumSizeCastSafe.
-    explicit RowPairs(unsigned long long count) {
-        left.reserve(LumSizeCastSafe(count));
-        right.reserve(LumSizeCastSafe(count));
-    }
-    void Add(unsigned leftRow, unsigned rightRow) {
-        left.push_back(leftRow);
-        right.push_back(rightRow);
-    }
-
-    Rows left;
-    Rows right;
-};
-
-// Finds the rows of the right table with the keys of a row of the left one. `keys` are the columns
-// of the left table with those of the right one behind them. What is special is equal to nothing.
+// Finds the rows of the right table that have the keys of a row of the left one. What is special is
+// equal to nothing.
 class Partners {
 public:
+    // `keys` are the columns of the left table, with those of the right one behind them.
     Partners(const std::vector<SV>& keys, unsigned leftCount)
         : m_leftCount(leftCount),
           m_groups(GroupRows(keys)),
@@ -76,6 +62,9 @@ public:
           m_isSpecial(m_groups.firstRows.size()) {
         for (unsigned row = 0; row < leftCount; ++row) {
             ++m_firstRight[m_groups.groupOfRow[row]];
+        }
+        for (unsigned& row : m_lists.rows) {
+            row -= row < leftCount ? 0 : leftCount;
         }
         for (const SV& key : keys) {
             const std::vector<SpecialKind> kinds = KindsOf(key);
@@ -106,24 +95,29 @@ private:
     std::vector<bool> m_isSpecial;
 };
 
-// Calls `add` for each row of the result.
-template <typename Add>
-void VisitPairs(const Partners& partners, const Side& left, const Side& right, bool keepsLeft,
-                bool keepsRight, const Add& add) {
-    for (unsigned row = 0; row < left.GetNoRow(); ++row) {
-        const ArrayView<const unsigned> found = partners.FindRight(row);
-        for (const unsigned combined : found) {
-            add(row, combined - left.GetNoRow());
-        }
-        if (keepsLeft && found.IsEmpty()) {
-            add(row, right.GetNoRow());
-        }
+// The rows of the result: in each, a row of the left table beside one of the right, or none.
+struct RowPairs {
+    Rows left;
+    Rows right;
+};
+
+// Pairs each row of the left table with all that `find` gives for it. Errors: those of
+// LumSizeCastSafe, before anything is allocated.
+template <typename Find>
+RowPairs PairRows(unsigned leftCount, const Find& find) {
+    unsigned long long count = 0;
+    for (unsigned row = 0; row < leftCount; ++row) {
+        count += find(row).GetSize();
     }
-    for (unsigned row = 0; keepsRight && row < right.GetNoRow(); ++row) {
-        if (!partners.HasLeft(row)) {
-            add(left.GetNoRow(), row);
-        }
+    RowPairs pairs;
+    pairs.right.reserve(LumSizeCastSafe(count));
+    pairs.left.reserve(pairs.right.capacity());
+    for (unsigned row = 0; row < leftCount; ++row) {
+        const ArrayView<const unsigned> found = find(row);
+        pairs.left.insert(pairs.left.end(), found.GetSize(), row);
+        pairs.right.insert(pairs.right.end(), found.begin(), found.end());
     }
+    return pairs;
 }
 
 // Names that both tables have are those of keys that belong together.
@@ -178,12 +172,17 @@ SV Join(const Statement& statement, bool keepsLeft, bool keepsRight) {
     CheckNames(left, right);
 
     const Partners partners(keys, left.GetNoRow());
-    unsigned long long rowCount = 0;
-    VisitPairs(partners, left, right, keepsLeft, keepsRight,
-               [&](unsigned, unsigned) { ++rowCount; });
-    RowPairs pairs(rowCount);
-    VisitPairs(partners, left, right, keepsLeft, keepsRight,
-               [&](unsigned leftRow, unsigned rightRow) { pairs.Add(leftRow, rightRow); });
+    const unsigned none = right.GetNoRow();
+    RowPairs pairs = PairRows(left.GetNoRow(), [&](unsigned row) {
+        const ArrayView<const unsigned> found = partners.FindRight(row);
+        return keepsLeft && found.IsEmpty() ? ArrayView<const unsigned>(&none, 1) : found;
+    });
+    for (unsigned row = 0; keepsRight && row < right.GetNoRow(); ++row) {
+        if (!partners.HasLeft(row)) {
+            pairs.left.push_back(left.GetNoRow());
+            pairs.right.push_back(row);
+        }
+    }
     const auto columns = PutTogether(left, right, pairs);
     if (!keepsRight) {
         return factory::MakeTable(std::move(*columns),
@@ -214,12 +213,10 @@ SV RunCrossJoin(const Statement& statement) {
     const Side left{inputs[0], {}, {}};
     const Side right{inputs[1], {}, {}};
     CheckNames(left, right);
-    RowPairs pairs(1ull * left.GetNoRow() * right.GetNoRow());
-    for (unsigned leftRow = 0; leftRow < left.GetNoRow(); ++leftRow) {
-        for (unsigned rightRow = 0; rightRow < right.GetNoRow(); ++rightRow) {
-            pairs.Add(leftRow, rightRow);
-        }
-    }
+    Rows all(right.GetNoRow());
+    std::iota(all.begin(), all.end(), 0u);
+    const RowPairs pairs =
+        PairRows(left.GetNoRow(), [&](unsigned) { return ArrayView<const unsigned>(all); });
     return factory::MakeTable(std::move(*PutTogether(left, right, pairs)),
                               IStoreTable::SortColumns(left.table->AsTable().GetSortColumns()));
 }
