@@ -10,10 +10,10 @@
 #include <unordered_set>
 #include <utility>
 
+#include "Columns.h"
 #include "Operators.h"
 #include "Partitions.h"
 #include "Statement.h"
-#include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/IUniformCollection.h"
 #include "lum/core/store/StoreValue.h"
 #include "lum/core/utility/LumException.h"
@@ -102,19 +102,10 @@ TStringCore ReadBlockName(const TransformSpec& spec) {
     return value->AsString();
 }
 
-bool IsBelowOneOf(const std::vector<KeyPath>& keys, const KeyPath& key) {
-    for (const KeyPath& known : keys) {
-        if (known.IsPrefixOf(key)) {
-            return true;
-        }
-    }
-    return false;
-}
-
-lumsize_t CountRows(const std::vector<SV>& values) {
+lumsize_t CountRowsOfFirst(const std::vector<SV>& values) {
     for (const SV& value : values) {
-        if (value->GetStoreType() == StoreType::Table) {
-            return value->AsTable().GetRowCount();
+        if (IsTable(value)) {
+            return CountRows(value);
         }
         if (IsUniformCollectionStoreType(value)) {
             return value->AsUniformCollection().GetCount();
@@ -180,12 +171,8 @@ private:
         Names reads;
         Names writes;
         const auto meets = [](const Names& some, const Names& others) {
-            for (const RInternString& name : some) {
-                if (others.count(name) != 0) {
-                    return true;
-                }
-            }
-            return false;
+            return std::any_of(some.begin(), some.end(),
+                               [&](const RInternString& name) { return others.count(name) != 0; });
         };
         std::size_t end = begin;
         for (; end < m_transforms.size(); ++end) {
@@ -244,7 +231,7 @@ private:
                     }
                 }
                 values.insert(values.end(), result.values.begin(), result.values.end());
-                result.rows = CountRows(values);
+                result.rows = CountRowsOfFirst(values);
             }
         } catch (...) {  // Kept until the statements before this one are stored.
             result.failure = std::current_exception();
@@ -386,7 +373,9 @@ private:
     static void CheckBranchKeys(const TransformSpec& branch, std::vector<KeyPath> known) {
         const auto check = [&](const TransformSpec& spec) {
             for (const KeyPath& key : spec.CollectAllInputs()) {
-                Require(IsBelowOneOf(known, key), LumError::CaseMissingInput, key.ToString());
+                Require(std::any_of(known.begin(), known.end(),
+                                    [&](const KeyPath& above) { return above.IsPrefixOf(key); }),
+                        LumError::CaseMissingInput, key.ToString());
             }
         };
         check(branch);

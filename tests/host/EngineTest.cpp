@@ -375,7 +375,7 @@ TEST_F(EngineTest, CallsNoDeeperThanItsLimit) {
 }
 
 std::string MakeRandomProgram(lum::test::Random& random) {
-    std::string text;
+    std::string text = "n m -> createTable -> t\nn -> createTable -> u\n";
     const auto key = [&] { return "k" + std::to_string(random.Below(12)); };
     for (int i = 0; i < 4; ++i) {
         text += "n -> copy -> k" + std::to_string(i) + "\n";
@@ -391,6 +391,10 @@ std::string MakeRandomProgram(lum::test::Random& random) {
                                         "K -> distinct :true -> K",
                                         "K -> multiSort :true -> K",
                                         "K -> setValue (inc) -> one",
+                                        "K m -> zip -> K",
+                                        "t/n -> groupBy -> K",
+                                        "t/n -> groupBy -> g\n  t/m -> reduce :0:i (sum) -> g/m",
+                                        "t/n u/n -> fullOuterJoin -> K",
                                         "one K -> copy -> K/below",
                                         "K -> copy -> K/below",
                                         "one -> setValueMulti (+ :1:i) -> one"};
