@@ -47,12 +47,25 @@ RowGroups GroupElements(const SV& column) {
 
 // Groups rows that are together in both.
 RowGroups Intersect(const RowGroups& some, const RowGroups& others) {
-    std::unordered_map<unsigned long long, unsigned> numbers;
+    constexpr unsigned kNone = ~0u;
+    Rows firstRowOf(others.firstRows.size(), kNone);  // With a row of the group at hand.
     RowGroups groups;
-    groups.groupOfRow.reserve(some.groupOfRow.size());
-    for (std::size_t row = 0; row < some.groupOfRow.size(); ++row) {
-        const unsigned long long group = some.groupOfRow[row];
-        AddRow(numbers, group << 32 | others.groupOfRow[row], groups);
+    groups.groupOfRow.resize(some.groupOfRow.size());
+    for (const unsigned row : ListRows(some).rows) {
+        unsigned& first = firstRowOf[others.groupOfRow[row]];
+        if (first == kNone || some.groupOfRow[first] != some.groupOfRow[row]) {
+            first = row;
+        }
+        groups.groupOfRow[row] = first;
+    }
+    for (unsigned row = 0; row < groups.groupOfRow.size(); ++row) {
+        unsigned& group = groups.groupOfRow[row];
+        if (group == row) {
+            group = static_cast<unsigned>(groups.firstRows.size());
+            groups.firstRows.push_back(row);
+        } else {
+            group = groups.groupOfRow[group];  // Its first row has its number by now.
+        }
     }
     return groups;
 }

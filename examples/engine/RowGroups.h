@@ -32,7 +32,7 @@ struct RowGroups {
 /// numbers by their bits and strings by their collation; specials by their kind alone. The columns
 /// are arrays of one length, one at least.
 ///
-/// Threads: any. Cost: a hash probe a row and column, and one more a row for each further column.
+/// Threads: any. Cost: linear; a hash probe a row and column.
 /// Errors: those of the values' hash and equality, as for strings without a collator pool.
 RowGroups GroupRows(const std::vector<lum::core::SV>& columns);
 
