@@ -69,6 +69,9 @@ demo() {
     run_host "It runs over the columns; statements that do not depend on each other run at once." \
         run "$program" "$weather" --type date=t --print mean --print difference --print verdict \
         --print hottest --print coldest --print missing --print hotDayCount --print hottestDates
+    run_host "Tables of one program: by groups, joined, as rows of two texts, and by key." \
+        run examples/data/penguins.vtl "$penguins" --print colonies --print kinds --print meanOf \
+        --print compared --print ratio --print firstShares
     run_host "The sum of the rain up to each day." \
         run "$program" "$weather" --type date=t --print rainSoFar
 }

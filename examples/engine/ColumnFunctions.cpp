@@ -4,6 +4,8 @@
 #include <memory>
 #include <utility>
 
+#include "Columns.h"
+#include "Statement.h"
 #include "StoredValue.h"
 #include "lum/core/functions/FunctionNames.h"
 #include "lum/core/functions/IUnaryFunctor.h"
@@ -23,16 +25,17 @@ namespace {
 
 using namespace lum::core;
 
-// The raw storage of a column as functors take it.
+// The raw storage of a column as functors take it. Kinds are laid out only for those who ask.
 class ColumnViews {
 public:
     explicit ColumnViews(const SV& column)
         : m_array(column->AsArray()),
-          m_values(m_array.GetValuesView(m_valueScratch, 0, m_array.GetCount())),
-          m_kinds(m_array.GetSpecialsView(m_kindScratch, 0, m_array.GetCount())) {}
+          m_values(m_array.GetValuesView(m_valueScratch, 0, m_array.GetCount())) {}
 
     const ConstRawDataView& GetValues() const { return m_values; }
-    const ConstRawDataView& GetKinds() const { return m_kinds; }
+    ConstRawDataView GetKinds() {
+        return m_array.GetSpecialsView(m_kindScratch, 0, m_array.GetCount());
+    }
 
 private:
     const IStoreArray& m_array;
@@ -40,29 +43,21 @@ private:
     TemporaryRawData m_valueScratch;
     TemporaryRawData m_kindScratch;
     ConstRawDataView m_values;
-    ConstRawDataView m_kinds;
 };
 
 // The kinds of the elements of a result that is special where an input is; empty where none is.
 std::vector<SpecialKind> CombineKinds(const std::vector<SV>& columns) {
-    const lumsize_t count = columns[0]->AsArray().GetCount();
     std::vector<SpecialKind> combined;
     for (const SV& column : columns) {
-        if (column->AsArray().GetCount() != count) {
-            throw LumRuntimeException(LumError::VectorFunctionSize);
-        }
-        if (!column->AsArray().HasSpecialValues()) {
+        Require(CountRows(column) == CountRows(columns[0]), LumError::VectorFunctionSize);
+        std::vector<SpecialKind> kinds = KindsOf(column);
+        if (combined.empty()) {
+            combined = std::move(kinds);
             continue;
         }
-        const ColumnViews views(column);
-        const auto kinds = views.GetKinds().ViewAs<SpecialKind>();
-        for (lumsize_t index = 0; index < count; ++index) {
-            if (kinds[index] == SpecialKind::Normal) {
-                continue;
-            }
-            combined.resize(count, SpecialKind::Normal);
-            if (combined[index] == SpecialKind::Normal) {
-                combined[index] = kinds[index];
+        for (std::size_t row = 0; row < kinds.size(); ++row) {
+            if (combined[row] == SpecialKind::Normal) {
+                combined[row] = kinds[row];
             }
         }
     }
@@ -102,37 +97,33 @@ std::unique_ptr<RawFunctor> MakeFunctor(const LumRawFunctions<RawFunctor>& funct
                                         const TypeRefVec<VariableTypeRef>& constantTypes,
                                         bool isSpecialForm, const std::vector<SV>& constants) {
     if (!functions.IsCreator()) {
-        if (!constants.empty()) {
-            throw LumRuntimeException(LumError::NonCreatorCalledAsCreator,
-                                      functions.GetFunctionName());
-        }
+        Require(constants.empty(), LumError::NonCreatorCalledAsCreator,
+                functions.GetFunctionName());
         return isSpecialForm ? functions.GetSpecialFactory()() : functions.GetRegularFactory()();
     }
-    if (constants.size() != constantTypes.size()) {
-        throw LumRuntimeException(LumError::CreatorInputCount, functions.GetFunctionName());
-    }
+    Require(constants.size() == constantTypes.size(), LumError::CreatorInputCount,
+            functions.GetFunctionName());
     for (std::size_t i = 0; i < constants.size(); ++i) {
-        if (!IsOfType(constants[i], constantTypes[i])) {
-            throw LumRuntimeException(LumError::CreatorInputType, functions.GetFunctionName());
-        }
+        Require(IsOfType(constants[i], constantTypes[i]), LumError::CreatorInputType,
+                functions.GetFunctionName());
     }
     return isSpecialForm ? functions.GetSpecialCreatorFactory()(constants)
                          : functions.GetRegularCreatorFactory()(constants);
 }
 
-void ApplyRegular(IRawUnaryFunctor& functor, const std::vector<ColumnViews>& inputs,
+void ApplyRegular(IRawUnaryFunctor& functor, std::vector<ColumnViews>& inputs,
                   const RawDataView& outputs) {
     functor.ApplyRaw(inputs[0].GetValues(), outputs);
 }
-void ApplyRegular(IRawBinaryFunctor& functor, const std::vector<ColumnViews>& inputs,
+void ApplyRegular(IRawBinaryFunctor& functor, std::vector<ColumnViews>& inputs,
                   const RawDataView& outputs) {
     functor.ApplyRaw(inputs[0].GetValues(), inputs[1].GetValues(), outputs);
 }
-void ApplySpecial(IRawUnaryFunctor& functor, const std::vector<ColumnViews>& inputs,
+void ApplySpecial(IRawUnaryFunctor& functor, std::vector<ColumnViews>& inputs,
                   const RawDataView& outputs, const RawDataView& outputKinds) {
     functor.ApplyRaw(inputs[0].GetValues(), inputs[0].GetKinds(), outputs, outputKinds);
 }
-void ApplySpecial(IRawBinaryFunctor& functor, const std::vector<ColumnViews>& inputs,
+void ApplySpecial(IRawBinaryFunctor& functor, std::vector<ColumnViews>& inputs,
                   const RawDataView& outputs, const RawDataView& outputKinds) {
     functor.ApplyRaw(inputs[0].GetValues(), inputs[0].GetKinds(), inputs[1].GetValues(),
                      inputs[1].GetKinds(), outputs, outputKinds);
@@ -218,9 +209,8 @@ struct FoldPlan {
           isSelective(!isSpecialForm && !kinds.empty() &&
                       query.GetName() != RInternString(FunctionNames::COUNT_ALL)),
           input(isSelective ? SelectNormal(column, kinds) : column) {
-        if (!functions.GetOutputType()->Is(initial->GetType()->GetStoreType())) {
-            throw LumRuntimeException(LumError::FunctionOutputMismatch, query.GetName());
-        }
+        Require(functions.GetOutputType()->Is(initial->GetType()->GetStoreType()),
+                LumError::FunctionOutputMismatch, query.GetName());
     }
 
     LumRawBinaryFunctions functions;
@@ -244,7 +234,7 @@ public:
 
     // The fold with the outputs that `values` and `kinds` have room for, which may be none.
     void Run(const RawDataView& values, const RawDataView& kinds, FoldDirection direction) {
-        const ColumnViews input(m_plan.input);
+        ColumnViews input(m_plan.input);
         const RawDataView accumulator(m_value);
         if (m_plan.isSpecialForm) {
             m_functor->FoldRaw(accumulator, RawDataView(m_kind), input.GetValues(),
@@ -287,9 +277,7 @@ FunctionKey MakeQuery(const RInternString& name, const std::vector<SV>& columns)
 
 SV ApplyFunction(const IFunctionLookup& lookup, const RInternString& name,
                  const std::vector<SV>& columns, const std::vector<SV>& constants) {
-    if (columns.empty() || columns.size() > 2) {
-        throw LumRuntimeException(LumError::InvalidInputCount);
-    }
+    Require(columns.size() == 1 || columns.size() == 2, LumError::InvalidInputCount);
     const FunctionKey query = MakeQuery(name, columns);
     const TypeRefVec<VariableTypeRef>& constantTypes =
         lookup.GetFunction(query).GetCreatorInputTypes();

@@ -1,16 +1,14 @@
-#include "ElementOperators.h"
-
 #include <limits>
 #include <utility>
 #include <vector>
 
 #include "ColumnFunctions.h"
+#include "Columns.h"
+#include "Operators.h"
 #include "StoredValue.h"
 #include "lum/core/functions/FunctionFactories.h"
-#include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/IStoreArray.h"
 #include "lum/core/store/IStoreSet.h"
-#include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/StoreValue.h"
 #include "lum/core/utility/LumException.h"
 
@@ -24,7 +22,7 @@ SV AsColumn(const SV& value, LumError error) {
     if (value->GetStoreType() == StoreType::Set) {
         return value->AsSet().ToArray(/*includeSpecials=*/true);
     }
-    Require(value->GetStoreType() == StoreType::Array, error);
+    Require(IsArray(value), error);
     return value;
 }
 
@@ -47,21 +45,10 @@ SV CheckFold(const Statement& statement, const SV& column, LumError mismatch) {
 SV Scan(const Statement& statement, FoldDirection direction, LumError inputError,
         LumError mismatch) {
     const SV column = statement.ReadOneInput();
-    Require(column->GetStoreType() == StoreType::Array, inputError);
+    Require(IsArray(column), inputError);
     const SV initial = CheckFold(statement, column, mismatch);
     return ScanColumn(statement.GetLookup(), statement.GetFunctionName(), column, initial,
                       direction);
-}
-
-// A column of one element, so that scalars take the same way as columns.
-SV MakeColumnOf(const SV& scalar) {
-    const Type* const type = scalar->GetType();
-    return DispatchStorage(type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
-        if (scalar->IsSpecial()) {
-            return factory::MakeConstantArray<T>(type, 1, scalar->GetSpecialKind());
-        }
-        return factory::MakeConstantArray<T>(type, FetchStored<T>(scalar), 1);
-    });
 }
 
 void RequireScalars(const Statement& statement, const std::vector<SV>& values) {
@@ -109,8 +96,7 @@ SV RunConstant(const Statement& statement) {
 }
 
 SV RunCopy(const Statement& statement) {
-    statement.ExpectNoFunction();
-    statement.ExpectNoLiteral();
+    statement.ExpectKeysAlone();
     const SV value = statement.ReadOneInput();
     Require(!statement.GetSpec().GetInputs()[0].IsPrefixOf(statement.GetSpec().GetOutputs()[0]),
             LumError::CopyIntoSelf);
@@ -130,11 +116,8 @@ SV RunMap(const Statement& statement) {
 
 SV RunZipWith(const Statement& statement) {
     statement.ExpectNoLiteral();
-    const std::vector<SV> columns = statement.ReadInputs();
+    const std::vector<SV> columns = statement.ReadArrays(LumError::ZipWithInputType);
     Require(columns.size() == 2, LumError::TwoInputsNeeded);
-    for (const SV& column : columns) {
-        Require(column->GetStoreType() == StoreType::Array, LumError::ZipWithInputType);
-    }
     return ApplyFunction(statement.GetLookup(), statement.GetFunctionName(), columns,
                          statement.ReadArguments());
 }
@@ -161,7 +144,7 @@ SV RunSetValue(const Statement& statement) {
     Require(!values.empty(), LumError::InputsNeeded);
     RequireScalars(statement, values);
     for (SV& value : values) {
-        value = MakeColumnOf(value);
+        value = ColumnOf({value});
     }
     return ApplyFunction(statement.GetLookup(), statement.GetFunctionName(), values,
                          statement.ReadArguments())

@@ -1,17 +1,19 @@
 #include "Program.h"
 
+#include <algorithm>
 #include <atomic>
 #include <exception>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <unordered_map>
 #include <unordered_set>
 #include <utility>
 
-#include "ElementOperators.h"
-#include "RowOperators.h"
+#include "Columns.h"
+#include "Operators.h"
+#include "Partitions.h"
 #include "Statement.h"
-#include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/IUniformCollection.h"
 #include "lum/core/store/StoreValue.h"
 #include "lum/core/utility/LumException.h"
@@ -27,45 +29,41 @@ using Transforms = std::vector<TransformSpec>;
 using Operator = SV (*)(const Statement&);
 
 // The operators whose meaning is one function of what they read.
+struct OperatorRow {
+    OperatorType type;
+    Operator run;
+};
+constexpr OperatorRow kOperators[] = {
+    {OperatorType::Concat, RunConcat},
+    {OperatorType::Constant, RunConstant},
+    {OperatorType::Copy, RunCopy},
+    {OperatorType::CreateKeySet, RunCreateKeySet},
+    {OperatorType::CreateTable, RunCreateTable},
+    {OperatorType::CrossJoin, RunCrossJoin},
+    {OperatorType::Distinct, RunDistinct},
+    {OperatorType::Filter, RunFilter},
+    {OperatorType::FullOuterJoin, RunFullOuterJoin},
+    {OperatorType::Index, RunIndex},
+    {OperatorType::InnerJoin, RunInnerJoin},
+    {OperatorType::LeftOuterJoin, RunLeftOuterJoin},
+    {OperatorType::Map, RunMap},
+    {OperatorType::MultiSort, RunMultiSort},
+    {OperatorType::Reduce, RunReduce},
+    {OperatorType::Reverse, RunReverse},
+    {OperatorType::Scan, RunScan},
+    {OperatorType::ScanRight, RunScanRight},
+    {OperatorType::SetValue, RunSetValue},
+    {OperatorType::SetValueMulti, RunSetValueMulti},
+    {OperatorType::Slice, RunSlice},
+    {OperatorType::Zip, RunZip},
+    {OperatorType::ZipWith, RunZipWith},
+};
+
 Operator FindOperator(OperatorType type) {
-    switch (type) {
-        case OperatorType::Concat:
-            return RunConcat;
-        case OperatorType::Constant:
-            return RunConstant;
-        case OperatorType::Copy:
-            return RunCopy;
-        case OperatorType::CreateTable:
-            return RunCreateTable;
-        case OperatorType::Distinct:
-            return RunDistinct;
-        case OperatorType::Filter:
-            return RunFilter;
-        case OperatorType::Index:
-            return RunIndex;
-        case OperatorType::Map:
-            return RunMap;
-        case OperatorType::MultiSort:
-            return RunMultiSort;
-        case OperatorType::Reduce:
-            return RunReduce;
-        case OperatorType::Reverse:
-            return RunReverse;
-        case OperatorType::Scan:
-            return RunScan;
-        case OperatorType::ScanRight:
-            return RunScanRight;
-        case OperatorType::SetValue:
-            return RunSetValue;
-        case OperatorType::SetValueMulti:
-            return RunSetValueMulti;
-        case OperatorType::Slice:
-            return RunSlice;
-        case OperatorType::ZipWith:
-            return RunZipWith;
-        default:
-            return nullptr;
-    }
+    const auto* const found =
+        std::find_if(std::begin(kOperators), std::end(kOperators),
+                     [type](const OperatorRow& row) { return row.type == type; });
+    return found == std::end(kOperators) ? nullptr : found->run;
 }
 
 bool IsSetter(OperatorType type) {
@@ -104,19 +102,10 @@ TStringCore ReadBlockName(const TransformSpec& spec) {
     return value->AsString();
 }
 
-bool IsBelowOneOf(const std::vector<KeyPath>& keys, const KeyPath& key) {
-    for (const KeyPath& known : keys) {
-        if (known.IsPrefixOf(key)) {
-            return true;
-        }
-    }
-    return false;
-}
-
-lumsize_t CountRows(const std::vector<SV>& values) {
+lumsize_t CountRowsOfFirst(const std::vector<SV>& values) {
     for (const SV& value : values) {
-        if (value->GetStoreType() == StoreType::Table) {
-            return value->AsTable().GetRowCount();
+        if (IsTable(value)) {
+            return CountRows(value);
         }
         if (IsUniformCollectionStoreType(value)) {
             return value->AsUniformCollection().GetCount();
@@ -182,12 +171,8 @@ private:
         Names reads;
         Names writes;
         const auto meets = [](const Names& some, const Names& others) {
-            for (const RInternString& name : some) {
-                if (others.count(name) != 0) {
-                    return true;
-                }
-            }
-            return false;
+            return std::any_of(some.begin(), some.end(),
+                               [&](const RInternString& name) { return others.count(name) != 0; });
         };
         std::size_t end = begin;
         for (; end < m_transforms.size(); ++end) {
@@ -246,7 +231,7 @@ private:
                     }
                 }
                 values.insert(values.end(), result.values.begin(), result.values.end());
-                result.rows = CountRows(values);
+                result.rows = CountRowsOfFirst(values);
             }
         } catch (...) {  // Kept until the statements before this one are stored.
             result.failure = std::current_exception();
@@ -268,6 +253,9 @@ private:
                 return RunCall(spec, store, frame);
             case OperatorType::Case:
                 return RunCase(spec, store, frame);
+            case OperatorType::ApplyByPartition:
+            case OperatorType::GroupBy:
+                return {RunPartitions(spec, store, frame)};
             case OperatorType::When:
             case OperatorType::Else:
                 throw LumRuntimeException(LumError::WhenOrElseExpected);
@@ -356,7 +344,8 @@ private:
         const std::unique_ptr<IDataStore> scope =
             factory::MakeDataStore(std::unordered_map<RInternString, SV>());
         for (std::size_t i = 0; i < spec.GetInputs().size(); ++i) {
-            scope->AddValue(block.GetInputs()[i], ShareValue(store.GetValue(spec.GetInputs()[i])));
+            scope->AddValue(block.GetInputs()[i],
+                            ShareValue(ReadValue(store, spec.GetInputs()[i])));
         }
         const bool returns = body.back().GetOperatorType() == OperatorType::Return;
         const Frame here = Enter(frame, &block);
@@ -384,7 +373,9 @@ private:
     static void CheckBranchKeys(const TransformSpec& branch, std::vector<KeyPath> known) {
         const auto check = [&](const TransformSpec& spec) {
             for (const KeyPath& key : spec.CollectAllInputs()) {
-                Require(IsBelowOneOf(known, key), LumError::CaseMissingInput, key.ToString());
+                Require(std::any_of(known.begin(), known.end(),
+                                    [&](const KeyPath& above) { return above.IsPrefixOf(key); }),
+                        LumError::CaseMissingInput, key.ToString());
             }
         };
         check(branch);
@@ -407,7 +398,7 @@ private:
         const std::unique_ptr<IDataStore> scope =
             factory::MakeDataStore(std::unordered_map<RInternString, SV>());
         for (const KeyPath& input : spec.GetInputs()) {
-            const SV value = store.GetValue(input);
+            const SV value = ReadValue(store, input);
             if (scope->TryGetValue(input) == nullptr) {
                 scope->AddValue(input, ShareValue(value));
             }
@@ -426,6 +417,18 @@ private:
             return values;
         }
         return {};
+    }
+
+    SV RunPartitions(const TransformSpec& spec, const IDataStore& store, const Frame* frame) const {
+        const Transforms& children = spec.GetChildTransforms();
+        Partitions partitions(Statement(spec, store, m_lookup));
+        const Frame here = Enter(frame, nullptr);
+        for (std::size_t run = 0; run < partitions.GetRunCount(); ++run) {
+            const std::unique_ptr<IDataStore> scope = partitions.MakeScope(run);
+            RunAll(children, children.size(), *scope, &here);
+            partitions.Collect(*scope);
+        }
+        return partitions.MakeTable();
     }
 
     const Transforms& m_transforms;

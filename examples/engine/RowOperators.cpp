@@ -1,55 +1,27 @@
-#include "RowOperators.h"
-
 #include <algorithm>
-#include <memory>
-#include <unordered_map>
 #include <utility>
 
 #include "ColumnFunctions.h"
+#include "Columns.h"
+#include "Operators.h"
+#include "RowGroups.h"
 #include "RowOrder.h"
 #include "lum/core/store/ArrayFactory.h"
-#include "lum/core/store/Containers.h"
 #include "lum/core/store/IStoreArray.h"
 #include "lum/core/store/IStoreSet.h"
 #include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/RawDataView.h"
-#include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/StoreValue.h"
-#include "lum/core/store/TableFactory.h"
 #include "lum/core/store/TemporaryRawData.h"
+#include "lum/core/store/ValueUtil.h"
 #include "lum/core/types/ScalarTypes.h"
-#include "lum/core/types/StringType.h"
 #include "lum/core/utility/LumException.h"
 
 namespace lumengine {
 namespace {
 
 using namespace lum::core;
-using Rows = std::vector<unsigned>;
-using SortColumns = IStoreTable::SortColumns;
-
-bool IsTable(const SV& value) {
-    return value->GetStoreType() == StoreType::Table;
-}
-
-lumsize_t CountRows(const SV& value) {
-    return IsTable(value) ? value->AsTable().GetRowCount() : value->AsArray().GetCount();
-}
-
-// Rows of an array or a table. `keepsOrder` says that they are chosen from first to last.
-SV SelectRows(const SV& value, Rows&& rows, bool keepsOrder) {
-    if (IsTable(value)) {
-        const IStoreTable& table = value->AsTable();
-        return table.ComposeRowIndices(
-            std::move(rows),
-            keepsOrder ? std::make_unique<SortColumns>(table.GetSortColumns()) : nullptr);
-    }
-    const IStoreArray& array = value->AsArray();
-    return array.ComposeIndices(std::move(rows),
-                                keepsOrder ? array.GetSortOrder() : SortSpecOrder::UNKNOWN);
-}
-
 // The indices at which a column of Bool is true; specials are not.
 Rows FindTrue(const SV& column) {
     const IStoreArray& flags = column->AsArray();
@@ -57,54 +29,10 @@ Rows FindTrue(const SV& column) {
     TemporaryRawData scratch;
     const auto view = flags.GetValuesView(scratch, 0, count);
     const auto values = view.ViewAs<unsigned char>();
-    std::vector<SpecialKind> kinds(flags.HasSpecialValues() ? count : 0);
-    if (!kinds.empty()) {
-        flags.CopySpecials({kinds.data(), count}, 0, count);
-    }
+    const std::vector<SpecialKind> kinds = KindsOf(column);
     Rows rows;
     for (lumsize_t row = 0; row < count; ++row) {
         if (values[row] != 0 && (kinds.empty() || kinds[row] == SpecialKind::Normal)) {
-            rows.push_back(row);
-        }
-    }
-    return rows;
-}
-
-// The special kinds that were met, as bits.
-class KindsMet {
-public:
-    bool Add(SpecialKind kind) {
-        const unsigned bit = 1u << static_cast<unsigned>(kind);
-        const bool isNew = (m_bits & bit) == 0;
-        m_bits |= bit;
-        return isNew;
-    }
-
-private:
-    unsigned m_bits = 0;
-};
-
-template <StorageType T>
-SetContainer<T> MakeEmptySet(const Type* type) {
-    if constexpr (std::is_same_v<T, RIndirectString>) {
-        const Collation& collation = type->As<StringType>().GetCollation();
-        return SetContainer<T>(0, CollatorHash(collation), CollatorEqualTo(collation));
-    } else {
-        return {};
-    }
-}
-
-template <StorageType T>
-Rows FindFirstAppearances(const SV& column, bool includeSpecials) {
-    const auto& array = column->AsTypedArray<T>();
-    SetContainer<T> met = MakeEmptySet<T>(array.GetElementType());
-    KindsMet kindsMet;
-    Rows rows;
-    for (lumsize_t row = 0; row < array.GetCount(); ++row) {
-        const SpecialKind kind = array.GetSpecialKind(row);
-        const bool isNew = kind == SpecialKind::Normal ? met.insert(array.GetValue(row)).second
-                                                       : includeSpecials && kindsMet.Add(kind);
-        if (isNew) {
             rows.push_back(row);
         }
     }
@@ -151,51 +79,11 @@ SV PickRows(const SV& value, const SV& positions) {
     return SelectRows(value, std::move(rows), /*keepsOrder=*/false);
 }
 
-SV ConcatArrays(const std::vector<SV>& arrays) {
-    const Type* const type = arrays[0]->AsArray().GetElementType();
-    unsigned long long count = 0;
-    bool hasSpecials = false;
-    for (const SV& array : arrays) {
-        Require(array->AsArray().GetElementType()->GetBaseType() == type->GetBaseType(),
-                LumError::TypeMismatch);
-        count += array->AsArray().GetCount();
-        hasSpecials = hasSpecials || array->AsArray().HasSpecialValues();
-    }
-    const lumsize_t total = LumSizeCastSafe(count);
-    return DispatchStorage(type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
-        auto values = std::make_unique<std::vector<T>>(total);
-        auto kinds = hasSpecials ? std::make_unique<std::vector<SpecialKind>>(total) : nullptr;
-        lumsize_t start = 0;
-        for (const SV& part : arrays) {
-            const auto& array = part->AsTypedArray<T>();
-            const lumsize_t length = array.GetCount();
-            if (length == 0) {
-                continue;
-            }
-            array.CopyValues({values->data() + start, length}, 0, length);
-            if (kinds != nullptr) {
-                array.CopySpecials({kinds->data() + start, length}, 0, length);
-            }
-            start += length;
-        }
-        return factory::MakeArray<T>(type, std::move(values), nullptr, std::move(kinds),
-                                     SortSpecOrder::UNKNOWN);
-    });
-}
-
-SV ConcatTables(const std::vector<SV>& tables) {
-    std::unordered_map<RInternString, SV> columns;
-    for (const auto& [name, first] : tables[0]->AsTable().GetColumns()) {
-        std::vector<SV> parts;
-        for (const SV& table : tables) {
-            Require(table->AsTable().GetColumnCount() == tables[0]->AsTable().GetColumnCount() &&
-                        table->AsTable().HasColumn(name),
-                    LumError::TypeMismatch);
-            parts.push_back(table->AsTable().GetColumn(name));
-        }
-        columns.emplace(name, ConcatArrays(parts));
-    }
-    return factory::MakeTable(std::move(columns), {});
+// Arrays whose elements have the same storage would be joined whatever their types.
+void RequireSameElements(const SV& column, const SV& other) {
+    Require(column->AsArray().GetElementType()->GetBaseType() ==
+                other->AsArray().GetElementType()->GetBaseType(),
+            LumError::TypeMismatch);
 }
 
 }  // namespace
@@ -205,13 +93,13 @@ SV RunFilter(const Statement& statement) {
     const SV input = statement.ReadOneInput();
     const RInternString& name = statement.GetFunctionName();
     const bool isSet = input->GetStoreType() == StoreType::Set;
-    Require(isSet || input->GetStoreType() == StoreType::Array, LumError::FilterInputType);
+    Require(isSet || IsArray(input), LumError::FilterInputType);
     SV source = isSet ? input->AsSet().ToArray(/*includeSpecials=*/true) : input;
     const SV column = source;
     if (makesTable) {
         const KeyPath& key = statement.GetSpec().GetInputs()[0];
         Require(key.GetCount() > 1, LumError::FilterKeyNotNested);
-        source = statement.GetStore().GetValue(key.GetParent());
+        source = ReadValue(statement.GetStore(), key.GetParent());
         Require(IsTable(source), LumError::FilterParentNotTable);
     }
     const std::vector<SV> constants = statement.ReadArguments();
@@ -229,20 +117,21 @@ SV RunDistinct(const Statement& statement) {
     if (input->GetStoreType() == StoreType::Set) {
         return includeSpecials ? input : input->AsSet().WithoutSpecials();
     }
-    Require(input->GetStoreType() == StoreType::Array, LumError::DistinctInputType);
+    Require(IsArray(input), LumError::DistinctInputType);
     const Type* const type = input->AsArray().GetElementType();
-    Require(IsPrimitive(type), LumError::DistinctTransformType);
-    return DispatchStorage(type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
-        return SelectRows(input, FindFirstAppearances<T>(input, includeSpecials),
-                          /*keepsOrder=*/true);
-    });
+    Require(IsPrimitive(type) || type->Is(StoreType::Tuple), LumError::DistinctTransformType);
+    Rows rows = GroupRows({input}).firstRows;
+    const std::vector<SpecialKind> kinds = KindsOf(input);
+    if (!includeSpecials && !kinds.empty()) {
+        std::erase_if(rows, [&](unsigned row) { return kinds[row] != SpecialKind::Normal; });
+    }
+    return SelectRows(input, std::move(rows), /*keepsOrder=*/true);
 }
 
 SV RunReverse(const Statement& statement) {
-    statement.ExpectNoFunction();
-    statement.ExpectNoLiteral();
+    statement.ExpectKeysAlone();
     const SV input = statement.ReadOneInput();
-    Require(input->GetStoreType() == StoreType::Array, LumError::ReverseInputType);
+    Require(IsArray(input), LumError::ReverseInputType);
     Rows rows(CountRows(input));
     for (lumsize_t row = 0; row < rows.size(); ++row) {
         rows[row] = static_cast<unsigned>(rows.size()) - 1 - row;
@@ -253,7 +142,7 @@ SV RunReverse(const Statement& statement) {
 SV RunSlice(const Statement& statement) {
     statement.ExpectNoLiteral();
     const SV input = statement.ReadOneInput();
-    Require(IsTable(input) || input->GetStoreType() == StoreType::Array, LumError::SliceInputType);
+    Require(IsTable(input) || IsArray(input), LumError::SliceInputType);
     const RInternString& name = statement.GetFunctionName();
     const std::vector<SV> arguments = statement.ReadArguments();
     Require(name == RInternString(L"range") && (arguments.size() == 2 || arguments.size() == 3),
@@ -276,48 +165,37 @@ SV RunIndex(const Statement& statement) {
     const SV& literal = statement.GetSpec().GetValue();
     const std::vector<SV> inputs = statement.ReadInputs();
     Require(inputs.size() == (literal == nullptr ? 2u : 1u), LumError::ValueAndInputNeeded);
-    Require(IsTable(inputs[0]) || inputs[0]->GetStoreType() == StoreType::Array,
-            LumError::IndexInputType);
+    Require(IsTable(inputs[0]) || IsArray(inputs[0]), LumError::IndexInputType);
     const SV& position = literal == nullptr ? inputs[1] : literal;
-    return position->GetStoreType() == StoreType::Array ? PickRows(inputs[0], position)
-                                                        : PickRow(inputs[0], position);
+    return IsArray(position) ? PickRows(inputs[0], position) : PickRow(inputs[0], position);
 }
 
 SV RunConcat(const Statement& statement) {
-    statement.ExpectNoFunction();
-    statement.ExpectNoLiteral();
+    statement.ExpectKeysAlone();
     const std::vector<SV> inputs = statement.ReadInputs();
     Require(!inputs.empty(), LumError::AtLeastOneInputNeeded);
-    const StoreType type = inputs[0]->GetStoreType();
+    const bool areTables = IsTable(inputs[0]);
     for (const SV& input : inputs) {
-        Require(input->GetStoreType() == type && (IsTable(input) || type == StoreType::Array),
-                LumError::ConcatInputType);
+        Require(areTables ? IsTable(input) : IsArray(input), LumError::ConcatInputType);
+        if (!areTables) {
+            RequireSameElements(inputs[0], input);
+            continue;
+        }
+        for (const auto& [name, column] : input->AsTable().GetColumns()) {
+            if (inputs[0]->AsTable().HasColumn(name)) {
+                RequireSameElements(inputs[0]->AsTable().GetColumn(name), column);
+            }
+        }
     }
-    return type == StoreType::Table ? ConcatTables(inputs) : ConcatArrays(inputs);
-}
-
-SV RunCreateTable(const Statement& statement) {
-    statement.ExpectNoFunction();
-    statement.ExpectNoLiteral();
-    const std::vector<SV> inputs = statement.ReadInputs();
-    Require(!inputs.empty(), LumError::AtLeastOneInputNeeded);
-    std::unordered_map<RInternString, SV> columns;
-    for (std::size_t i = 0; i < inputs.size(); ++i) {
-        Require(inputs[i]->GetStoreType() == StoreType::Array, LumError::CreateTableInputType);
-        Require(inputs[i]->AsArray().GetCount() == inputs[0]->AsArray().GetCount(),
-                LumError::TableArraySize);
-        const RInternString& name = statement.GetSpec().GetInputs()[i].GetLeaf();
-        Require(columns.emplace(name, inputs[i]).second, LumError::DuplicateTableKey, name);
-    }
-    return factory::MakeTable(std::move(columns), {});
+    return areTables ? ConcatenateTables(inputs)
+                     : ConcatenateArrays(inputs, nullptr, SortSpecOrder::UNKNOWN);
 }
 
 SV RunMultiSort(const Statement& statement) {
     const bool includeSpecials = statement.GetFlag(LumError::IncludeSpecialsFlagNeeded);
-    const std::vector<SV> columns = statement.ReadInputs();
+    const std::vector<SV> columns = statement.ReadArrays(LumError::MultiSortInputType);
     Require(!columns.empty(), LumError::MultiSortInputType);
     for (const SV& column : columns) {
-        Require(column->GetStoreType() == StoreType::Array, LumError::MultiSortInputType);
         Require(IsPrimitive(column->AsArray().GetElementType()), LumError::MultiSortElementType);
         Require(CountRows(column) == CountRows(columns[0]), LumError::TableArraySize);
     }

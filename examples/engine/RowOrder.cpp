@@ -18,7 +18,6 @@ namespace lumengine {
 namespace {
 
 using namespace lum::core;
-using Rows = std::vector<unsigned>;
 
 template <typename T>
 bool IsBefore(const T& a, const T& b) {
@@ -82,16 +81,8 @@ void SortNormals(const IStoreArray& array, SortSpecOrder order, Rows::iterator b
     }
 }
 
-std::vector<SpecialKind> KindsOf(const IStoreArray& array) {
-    std::vector<SpecialKind> kinds(array.HasSpecialValues() ? array.GetCount() : 0);
-    if (!kinds.empty()) {
-        array.CopySpecials({kinds.data(), array.GetCount()}, 0, array.GetCount());
-    }
-    return kinds;
-}
-
-void SortBy(const IStoreArray& array, SortSpecOrder order, bool includeSpecials, Rows& rows) {
-    const std::vector<SpecialKind> kinds = KindsOf(array);
+void SortBy(const SV& column, SortSpecOrder order, bool includeSpecials, Rows& rows) {
+    const std::vector<SpecialKind> kinds = KindsOf(column);
     auto end = rows.end();
     if (!kinds.empty()) {
         const auto isNormal = [&](unsigned row) { return kinds[row] == SpecialKind::Normal; };
@@ -104,7 +95,7 @@ void SortBy(const IStoreArray& array, SortSpecOrder order, bool includeSpecials,
             end = rows.end();
         }
     }
-    SortNormals(array, order, rows.begin(), end);
+    SortNormals(column->AsArray(), order, rows.begin(), end);
 }
 
 }  // namespace
@@ -127,7 +118,7 @@ Rows SortRows(const std::vector<SV>& columns, const std::vector<SortSpecOrder>& 
     std::iota(rows.begin(), rows.end(), 0u);
     // Stable sorts from the last column to the first leave the first one deciding.
     for (std::size_t i = columns.size(); i-- > 0;) {
-        SortBy(columns[i]->AsArray(), orders[i], includeSpecials, rows);
+        SortBy(columns[i], orders[i], includeSpecials, rows);
     }
     return rows;
 }

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "Columns.h"
 #include "lum/core/store/SortSpecOrder.h"
 #include "lum/core/store/StoreValueFwd.h"
 
@@ -18,8 +19,7 @@ std::vector<lum::core::SortSpecOrder> ReadSortOrders(const std::vector<lum::core
 ///
 /// Threads: any. Cost: for each column n log n comparisons.
 /// Errors: std::bad_alloc; those of the collator pool.
-std::vector<unsigned> SortRows(const std::vector<lum::core::SV>& columns,
-                               const std::vector<lum::core::SortSpecOrder>& orders,
-                               bool includeSpecials);
+Rows SortRows(const std::vector<lum::core::SV>& columns,
+              const std::vector<lum::core::SortSpecOrder>& orders, bool includeSpecials);
 
 }  // namespace lumengine

@@ -1,10 +1,6 @@
 #include "Statement.h"
 
-#include <algorithm>
-#include <iterator>
-
 #include "lum/core/store/StoreValue.h"
-#include "lum/core/types/TypeUtil.h"
 #include "lum/core/utility/LumException.h"
 
 namespace lumengine {
@@ -14,14 +10,22 @@ using namespace lum::core;
 std::vector<SV> Statement::ReadInputs() const {
     std::vector<SV> values;
     for (const KeyPath& input : m_spec.GetInputs()) {
-        values.push_back(m_store.GetValue(input));
+        values.push_back(ReadValue(m_store, input));
+    }
+    return values;
+}
+
+std::vector<SV> Statement::ReadArrays(LumError otherwise) const {
+    std::vector<SV> values = ReadInputs();
+    for (const SV& value : values) {
+        Require(value->GetStoreType() == StoreType::Array, otherwise);
     }
     return values;
 }
 
 SV Statement::ReadOneInput() const {
     Require(m_spec.GetInputs().size() == 1, LumError::OneInputNeeded);
-    return m_store.GetValue(m_spec.GetInputs()[0]);
+    return ReadValue(m_store, m_spec.GetInputs()[0]);
 }
 
 const RInternString& Statement::GetFunctionName() const {
@@ -35,7 +39,7 @@ std::vector<SV> Statement::ReadArguments() const {
     Require(m_spec.GetFunctionSpec() != nullptr, LumError::FunctionNeeded);
     std::vector<SV> values;
     for (const ValueSpec& argument : m_spec.GetFunctionSpec()->GetArgs()) {
-        values.push_back(argument.IsKey() ? m_store.GetValue(argument.GetKeyPath())
+        values.push_back(argument.IsKey() ? ReadValue(m_store, argument.GetKeyPath())
                                           : argument.GetValue());
     }
     return values;
@@ -56,6 +60,11 @@ void Statement::ExpectNoLiteral() const {
     Require(m_spec.GetValue() == nullptr, LumError::UnexpectedOperatorArgument);
 }
 
+void Statement::ExpectKeysAlone() const {
+    ExpectNoFunction();
+    ExpectNoLiteral();
+}
+
 void Require(bool condition, LumError error) {
     if (!condition) {
         throw LumRuntimeException(error);
@@ -68,25 +77,18 @@ void Require(bool condition, LumError error, const TStringCore& details) {
     }
 }
 
+SV ReadValue(const IDataStore& store, const KeyPath& key) {
+    SV value = store.TryGetValue(key);
+    Require(value != nullptr, LumError::KeyNotFound, key.ToString());
+    return value;
+}
+
 SV ShareValue(const SV& value) {
     return value->GetStoreType() == StoreType::KeyMap ? SV(value->Clone()) : value;
 }
 
 bool IsPrimitive(const Type* type) {
-    switch (type->GetStoreType()) {
-        case StoreType::Bool:
-        case StoreType::Int32:
-        case StoreType::Int64:
-        case StoreType::Real32:
-        case StoreType::Real64:
-        case StoreType::String:
-        case StoreType::Date:
-        case StoreType::DateTime:
-        case StoreType::Color:
-            return true;
-        default:
-            return false;
-    }
+    return IsPrimitiveStoreType(type->GetStoreType()) && !type->Is(StoreType::External);
 }
 
 }  // namespace lumengine

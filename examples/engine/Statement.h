@@ -12,8 +12,8 @@ namespace lumengine {
 /// than the two.
 ///
 /// Threads: any number may read.
-/// Errors: LumRuntimeException with the code that the operation names; those of
-///   IDataStore::GetValue for a key that leads nowhere.
+/// Errors: LumRuntimeException with the code that the operation names; KeyNotFound with the key for
+///   one that leads nowhere.
 class Statement {
 public:
     Statement(const lum::core::TransformSpec& spec, const lum::core::IDataStore& store,
@@ -26,6 +26,8 @@ public:
 
     /// The values of the inputs, in order.
     std::vector<lum::core::SV> ReadInputs() const;
+    /// The same. Errors: `otherwise` where one is no array.
+    std::vector<lum::core::SV> ReadArrays(lum::core::LumError otherwise) const;
     /// Errors: OneInputNeeded.
     lum::core::SV ReadOneInput() const;
 
@@ -40,6 +42,7 @@ public:
     /// Errors: FunctionNotUsed, UnexpectedOperatorArgument.
     void ExpectNoFunction() const;
     void ExpectNoLiteral() const;
+    void ExpectKeysAlone() const;
 
 private:
     const lum::core::TransformSpec& m_spec;
@@ -50,6 +53,9 @@ private:
 /// Throws LumRuntimeException where the condition does not hold.
 void Require(bool condition, lum::core::LumError error);
 void Require(bool condition, lum::core::LumError error, const lum::core::TStringCore& details);
+
+/// The value of a key. Errors: KeyNotFound with the key.
+lum::core::SV ReadValue(const lum::core::IDataStore& store, const lum::core::KeyPath& key);
 
 /// A value as another key may hold it: a key map is copied, since it is the one collection that
 /// changes; all else is shared.

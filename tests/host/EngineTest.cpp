@@ -7,19 +7,13 @@
 #include <unordered_map>
 #include <vector>
 
-#include "FunctionCommands.h"
-#include "Program.h"
-#include "StoreAccess.h"
-#include "lum/core/functions/RegisterFunction.h"
 #include "lum/core/serialize/StoreValueSerializer.h"
-#include "lum/core/serialize/VtlParser.h"
 #include "lum/core/store/StoreValue.h"
 #include "lum/core/store/ValueFactory.h"
-#include "lum/core/types/ScalarTypes.h"
 #include "lum/core/utility/LumException.h"
 #include "lum/core/utility/LumThreadPool.h"
 #include "tests/host/CaseName.h"
-#include "tests/support/CollatorPoolGuard.h"
+#include "tests/host/EngineFixture.h"
 #include "tests/support/ColumnText.h"
 #include "tests/support/LumErrorMatchers.h"
 #include "tests/support/Random.h"
@@ -30,7 +24,6 @@ namespace {
 using namespace lum::core;
 using lum::test::ColumnOf;
 using lum::test::SetOf;
-using lum::test::TextOf;
 
 std::unique_ptr<IDataStore> MakeTestStore() {
     std::unordered_map<RInternString, SV> members;
@@ -50,40 +43,10 @@ std::unique_ptr<IDataStore> MakeTestStore() {
     return factory::MakeDataStore(std::move(members));
 }
 
-class EngineTest : public testing::Test {
+class EngineTest : public EngineFixture {
 protected:
-    void Run(const std::string& program, bool isParallel = false) {
-        lumengine::RunOptions options;
-        options.isParallel = isParallel;
-        options.onStatement = [&](const lumengine::StatementRun&) { ++m_finished; };
-        lumengine::RunProgram(ParseVtlList(TStringCore::fromUtf8(program), false), *m_store,
-                              *m_registry, options);
-    }
-
-    std::string Show(const char* key) const {
-        const KeyPath path = KeyPath::ParseString(TStringCore::fromUtf8(key));
-        const SV value = m_store->GetValue(path);
-        return value->GetStoreType() == StoreType::KeyMap ||
-                       value->GetStoreType() == StoreType::Table
-                   ? SerializeValue(*value).toStdString()
-                   : TextOf(value);
-    }
-
-    const lum::test::CollatorPoolGuard m_pool;
-    std::unique_ptr<IDataStore> m_store = MakeTestStore();
-    const std::unique_ptr<FunctionRegistry> m_registry = MakeRegistry();
-    int m_finished = 0;
+    EngineTest() : EngineFixture(MakeTestStore()) {}
 };
-
-struct OperatorCase {
-    const char* name;
-    const char* program;  // Writes the key "out".
-    const char* expected;
-};
-
-void PrintTo(const OperatorCase& testCase, std::ostream* out) {
-    *out << testCase.name;
-}
 
 class EngineOperatorTest : public EngineTest, public testing::WithParamInterface<OperatorCase> {};
 
@@ -199,40 +162,20 @@ INSTANTIATE_TEST_SUITE_P(
         OperatorCase{"NoOp", "// nothing\nn -> noOp -> x\none -> copy -> out", "1"}),
     CaseName());
 
-struct FaultCase {
-    const char* name;
-    const char* program;
-    LumError error;
-    const char* details = "";
-};
-
-void PrintTo(const FaultCase& testCase, std::ostream* out) {
-    *out << testCase.name;
-}
-
 class EngineFaultTest : public EngineTest, public testing::WithParamInterface<FaultCase> {};
 
-// Whatever stands before the last statement of the program has run; the last one stores nothing.
 TEST_P(EngineFaultTest, IsReported) {
-    const FaultCase& testCase = GetParam();
-    try {
-        Run(testCase.program);
-        FAIL() << "nothing was thrown";
-    } catch (const LumRuntimeException& error) {
-        EXPECT_EQ(error.GetError(), testCase.error) << error.what();
-        if (*testCase.details != '\0') {
-            const std::string text = error.what();
-            EXPECT_TRUE(text.ends_with(testCase.details)) << text;
-        }
-    }
-    EXPECT_EQ(m_store->TryGetValue(KeyPath(L"out")), nullptr);
+    ExpectFault(GetParam());
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Table, EngineFaultTest,
     testing::Values(
-        FaultCase{"MissingKey", "nowhere -> copy -> out", LumError::KeyNotFound},
-        FaultCase{"NotInTheEngine", "n -> zip -> out", LumError::NotImplemented, "zip"},
+        FaultCase{"MissingKey", "nowhere -> copy -> out", LumError::KeyNotFound, "nowhere"},
+        FaultCase{"MissingColumn", "n -> createTable -> t\nt/m -> copy -> out",
+                  LumError::KeyNotFound, "t/m"},
+        FaultCase{"NotInTheEngine", "n -> internalCreateKeyMap -> out", LumError::NotImplemented,
+                  "internalCreateKeyMap"},
         FaultCase{"KeyIsThere", "n -> copy -> m", LumError::ValueAlreadySet, "m"},
         FaultCase{"NoOutput", "n -> copy ->", LumError::OneOutputNeeded},
         FaultCase{"TwoOutputs", "n -> copy -> out b", LumError::OneOutputNeeded},
@@ -314,9 +257,13 @@ INSTANTIATE_TEST_SUITE_P(
         FaultCase{"ConcatOfNothing", "-> concat -> out", LumError::AtLeastOneInputNeeded},
         FaultCase{"ConcatOfScalars", "one one -> concat -> out", LumError::ConcatInputType},
         FaultCase{"ConcatOfTwoTypes", "n s -> concat -> out", LumError::TypeMismatch},
+        FaultCase{"ConcatOfTwoTypesOfColumns",
+                  "n -> createTable -> t\nr -> copy -> k/n\nk/n -> createTable -> u\n"
+                  "t u -> concat -> out",
+                  LumError::TypeMismatch},
         FaultCase{"ConcatOfTwoShapes",
                   "n -> createTable -> t\nm -> createTable -> u\nt u -> concat -> out",
-                  LumError::TypeMismatch},
+                  LumError::ConcatenatedColumnsDiffer},
         FaultCase{"TableOfTwoLengths", "n short -> createTable -> out", LumError::TableArraySize},
         FaultCase{"TableOfOneNameTwice", "n n -> createTable -> out", LumError::DuplicateTableKey,
                   "n"},
@@ -428,7 +375,7 @@ TEST_F(EngineTest, CallsNoDeeperThanItsLimit) {
 }
 
 std::string MakeRandomProgram(lum::test::Random& random) {
-    std::string text;
+    std::string text = "n m -> createTable -> t\nn -> createTable -> u\n";
     const auto key = [&] { return "k" + std::to_string(random.Below(12)); };
     for (int i = 0; i < 4; ++i) {
         text += "n -> copy -> k" + std::to_string(i) + "\n";
@@ -444,6 +391,10 @@ std::string MakeRandomProgram(lum::test::Random& random) {
                                         "K -> distinct :true -> K",
                                         "K -> multiSort :true -> K",
                                         "K -> setValue (inc) -> one",
+                                        "K m -> zip -> K",
+                                        "t/n -> groupBy -> K",
+                                        "t/n -> groupBy -> g\n  t/m -> reduce :0:i (sum) -> g/m",
+                                        "t/n u/n -> fullOuterJoin -> K",
                                         "one K -> copy -> K/below",
                                         "K -> copy -> K/below",
                                         "one -> setValueMulti (+ :1:i) -> one"};
