@@ -1,5 +1,5 @@
-// Any text: it is refused, and gives no statements then; or it is a payload, which replaces what was
-// there, and is written as a text that reads back as the same edges, keys and statements.
+// Any text: it is refused, and gives no statements then; or it is a payload, which replaces what
+// was there, and is written as a text that reads back as the same edges, keys and statements.
 //
 // The input is UTF-8, or UTF-16 with a byte order mark, which can spell broken surrogate pairs.
 

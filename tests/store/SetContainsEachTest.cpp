@@ -33,14 +33,17 @@ SV SetOf(const std::vector<unsigned>& members) {
     return SetOf(IntType::Get32(), members);
 }
 
-/// Asks for few values, for so many that the set makes its table, and for few again.
+/// Asks for few values, for many, for so many that the set makes its table, and for few again.
+/// There are at least 2,000, and twice as many as members.
 template <typename T>
 void ExpectSameAnswers(const SV& value, const std::vector<T>& wanted) {
     const ITypedSet<T>& set = value->AsTypedSet<T>();
     Bytes expected;
     std::transform(wanted.begin(), wanted.end(), std::back_inserter(expected),
                    [&](T element) { return set.Contains(element) ? 1 : 0; });
-    for (const std::size_t count : {std::size_t{3}, wanted.size(), std::size_t{3}}) {
+    const std::size_t few = 3;
+    const std::size_t all = wanted.size();
+    for (const std::size_t count : {few, all, all, all, all, all, few}) {
         Bytes out(count + 1, 9);
         set.ContainsEach({wanted.data(), count}, out);
         EXPECT_EQ(out.back(), 9);

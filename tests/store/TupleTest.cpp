@@ -32,7 +32,7 @@ std::size_t g_alignedAllocations = 0;
 
 }  // namespace
 
-// The blocks of rows, and they alone, come from the aligned operators.
+// Of what rows take, their blocks alone come from the aligned operators.
 void* operator new(std::size_t size, std::align_val_t alignment) {
     ++g_alignedAllocations;
     const auto bytes = static_cast<std::size_t>(alignment);
@@ -42,6 +42,9 @@ void* operator new(std::size_t size, std::align_val_t alignment) {
     throw std::bad_alloc();
 }
 void operator delete(void* memory, std::align_val_t /*alignment*/) noexcept {
+    std::free(memory);
+}
+void operator delete(void* memory, std::size_t /*size*/, std::align_val_t /*alignment*/) noexcept {
     std::free(memory);
 }
 

@@ -144,7 +144,7 @@ TEST(VtlPayloadTest, MarkersAreNeededInOrder) {
     const char kKeys[] =
         "(updKeysStart > graphEnd && updKeysEnd >= updKeysStart + updKeysMarkerLen)";
     const char kVtl[] = "(vtlStart > updKeysEnd)";
-    for (const auto& [text, condition] : std::vector<std::pair<std::string, std::string>>{
+    for (const auto& row : std::vector<std::pair<std::string, std::string>>{
              {"", kGraph},
              {"(updatable-keys)\n(vtl)\n", kGraph},
              {"(graph)\n(vtl)\n", kGraph},
@@ -158,10 +158,10 @@ TEST(VtlPayloadTest, MarkersAreNeededInOrder) {
              {"(vtl)\n(graph)\n(updatable-keys)\n", kKeys},
              {"(graph)\n(updatable-keys)\n(vtl)", kVtl},
              {"(graph)\n(updatable-keys)\n(vtl) \n", kVtl}}) {
-        SCOPED_TRACE(text);
+        SCOPED_TRACE(row.first);
         Payload payload;
         payload.edges = {GraphEdge(Key("kept"), kI)};
-        EXPECT_LUM_REPORT(InvalidPayloadContent, "", condition, ParseInto(payload, text));
+        EXPECT_LUM_REPORT(InvalidPayloadContent, "", row.second, ParseInto(payload, row.first));
         EXPECT_EQ(payload.edges.size(), 1u);
     }
 }

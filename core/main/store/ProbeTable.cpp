@@ -9,9 +9,10 @@ namespace {
 
 // How many buckets beyond its home a value may stand.
 constexpr unsigned kFarthest = 16;
-// A table costs as much as one to three look-ups of each of its values in the container. So it is
-// made when twice as many were asked for, and when it is no matter.
+// A table costs as much as some look-ups of each of its values in the container. So it is made when
+// many times as many were asked for, and when it is no matter.
 constexpr uint64 kFewestCells = 1024;
+constexpr uint64 kTimesOfItsSize = 8;
 // Bytes; what is larger is worth a word to the memory in advance.
 constexpr uint64 kNearMemory = 256 << 10;
 // How many look-ups wait for memory together.
@@ -139,19 +140,53 @@ void ProbeTable<T>::Find(const T* values, unsigned char* out, uint64 count) cons
     }
 }
 
+namespace {
+
+// The container's own look-up in steps, each of which waits for memory once for a block of values.
 template <StorageType T>
-const ProbeTable<T>* ProbeTableOnDemand<T>::Get(const SetContainer<T>& values, uint64 count) {
+void FindInContainer(const SetContainer<T>& members, const T* values, unsigned char* out,
+                     uint64 count) {
+    using Place = typename SetContainer<T>::const_local_iterator;
+    std::size_t buckets[kBlock];
+    Place places[kBlock];
+    for (uint64 i = 0; i < count; ++i) {
+        buckets[i] = members.bucket(values[i]);
+    }
+    for (uint64 i = 0; i < count; ++i) {
+        places[i] = members.begin(buckets[i]);
+    }
+    for (uint64 i = 0; i < count; ++i) {
+        const Place end = members.end(buckets[i]);
+        out[i] = std::find(places[i], end, values[i]) != end ? 1 : 0;
+    }
+}
+
+}  // namespace
+
+template <StorageType T>
+void NumberLookup<T>::Find(const SetContainer<T>& members, const T* values, unsigned char* out,
+                           uint64 count) {
+    if (const ProbeTable<T>* const table = GetTable(members, count)) {
+        return table->Find(values, out, count);
+    }
+    for (uint64 start = 0; start < count; start += kBlock) {
+        FindInContainer(members, values + start, out + start, std::min(count - start, kBlock));
+    }
+}
+
+template <StorageType T>
+const ProbeTable<T>* NumberLookup<T>::GetTable(const SetContainer<T>& members, uint64 count) {
     const uint64 asked = m_askedCount.fetch_add(count, std::memory_order_relaxed) + count;
-    if (asked < std::max<uint64>(kFewestCells, 2 * uint64{values.size()})) {
+    if (asked < std::max(kFewestCells, kTimesOfItsSize * members.size())) {
         return nullptr;
     }
-    std::call_once(m_flag, [&] { m_table.emplace(values); });
+    std::call_once(m_flag, [&] { m_table.emplace(members); });
     return m_table->IsUsable() ? &*m_table : nullptr;
 }
 
 template class ProbeTable<unsigned int>;
 template class ProbeTable<unsigned long long>;
-template class ProbeTableOnDemand<unsigned int>;
-template class ProbeTableOnDemand<unsigned long long>;
+template class NumberLookup<unsigned int>;
+template class NumberLookup<unsigned long long>;
 
 }  // namespace lum::core

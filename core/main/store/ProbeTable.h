@@ -56,30 +56,32 @@ private:
     bool m_areMembers[2] = {};
 };
 
-/// The table of a set, made when it is worth while. Sets of anything but numbers have none.
+/// Look-ups of many values in a set of numbers, by a table once it is worth while to make one.
 ///
 /// Threads: any.
 template <StorageType T>
-class ProbeTableOnDemand {
+class NumberLookup {
 public:
-    /// The table of `values`, which are the same at every call, or null as long as so few of them
-    /// were looked up that a table would cost more, `count` now to be looked up included. Null for
-    /// good if it is not usable.
-    const ProbeTable<T>* Get(const SetContainer<T>& values, uint64 count);
+    /// As ProbeTable::Find. `members` are the same at every call.
+    void Find(const SetContainer<T>& members, const T* values, unsigned char* out, uint64 count);
 
 private:
+    /// Null as long as so few values were looked up that a table would cost more, those of now
+    /// included; and for good if the table is not usable.
+    const ProbeTable<T>* GetTable(const SetContainer<T>& members, uint64 count);
+
     std::atomic<uint64> m_askedCount{0};
     std::once_flag m_flag;  // Guards the making of the table.
     std::optional<const ProbeTable<T>> m_table;
 };
 
 template <StorageType T>
-inline constexpr bool kHasProbeTable =
+inline constexpr bool kHasNumberLookup =
     std::is_same_v<T, unsigned int> || std::is_same_v<T, unsigned long long>;
 
 extern template class ProbeTable<unsigned int>;
 extern template class ProbeTable<unsigned long long>;
-extern template class ProbeTableOnDemand<unsigned int>;
-extern template class ProbeTableOnDemand<unsigned long long>;
+extern template class NumberLookup<unsigned int>;
+extern template class NumberLookup<unsigned long long>;
 
 }  // namespace lum::core

@@ -79,7 +79,7 @@ public:
 
 private:
     class SetStoreValueIterator;
-    struct NoProbeTable {};
+    struct NoLookup {};
 
     class SpecialKindIterableImpl final : public SpecialKindIterable {
     public:
@@ -111,9 +111,8 @@ private:
     const SpecialKindIterableImpl m_kindIterable;
     // Made after Validate has passed.
     std::unique_ptr<StoreValueIterableImpl> m_iterable;
-    [[no_unique_address]] mutable std::conditional_t<kHasProbeTable<T>, ProbeTableOnDemand<T>,
-                                                     NoProbeTable>
-        m_probeTable;
+    [[no_unique_address]] mutable std::conditional_t<kHasNumberLookup<T>, NumberLookup<T>, NoLookup>
+        m_lookup;
 };
 
 }  // namespace lum::core

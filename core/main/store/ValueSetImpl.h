@@ -228,14 +228,12 @@ template <StorageType T>
 void ValueSet<T>::ContainsEach(ArrayView<const T> values, ArrayView<unsigned char> out) const {
     LUM_CHECK(out.GetSize() >= values.GetSize(), LumError::OutOfBounds);
     const uint64 count = values.GetSize();
-    if constexpr (kHasProbeTable<T>) {
-        const ProbeTable<T>* const table = m_probeTable.Get(*m_values, count);
-        if (table != nullptr) {
-            return table->Find(values.GetData(), out.GetData(), count);
+    if constexpr (kHasNumberLookup<T>) {
+        m_lookup.Find(*m_values, values.GetData(), out.GetData(), count);
+    } else {
+        for (uint64 i = 0; i < count; ++i) {
+            out.GetData()[i] = Contains(values.GetData()[i]) ? 1 : 0;
         }
-    }
-    for (uint64 i = 0; i < count; ++i) {
-        out.GetData()[i] = m_values->find(values.GetData()[i]) != m_values->end() ? 1 : 0;
     }
 }
 
