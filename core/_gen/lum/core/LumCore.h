@@ -41,6 +41,7 @@
 #include "lum/core/serialize/JsonOptions.h"  // IWYU pragma: export
 #include "lum/core/serialize/JsonSerializer.h"  // IWYU pragma: export
 #include "lum/core/serialize/KeyPathSerializerCache.h"  // IWYU pragma: export
+#include "lum/core/serialize/StoreValueBinarySerializer.h"  // IWYU pragma: export
 #include "lum/core/serialize/StoreValueParser.h"  // IWYU pragma: export
 #include "lum/core/serialize/StoreValueSerializer.h"  // IWYU pragma: export
 #include "lum/core/serialize/StringBytes.h"  // IWYU pragma: export
