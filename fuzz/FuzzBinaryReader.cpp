@@ -22,6 +22,7 @@
 #include "lum/core/utility/Collation.h"
 #include "lum/core/utility/LumException.h"
 #include "lum/core/utility/LumLog.h"
+#include "tests/support/AnyLocalePool.h"
 #include "tests/support/PayloadBytes.h"
 #include "tests/support/PayloadWalk.h"
 
@@ -32,23 +33,12 @@ using lum::test::MakePayload;
 using lum::test::PayloadBytes;
 using lum::test::PayloadWalk;
 
-// Knows every locale, and compares none.
-class AnyLocalePool final : public ICollatorPool {
-public:
-    const ICollator& GetCollator(const Collation&) const override {
-        throw std::logic_error("nothing is compared here");
-    }
-    bool Equals(const Collation& a, const Collation& b) const override {
-        return a.GetLocale() == b.GetLocale();
-    }
-};
-
 bool SetUp() {
     // Refusals are the ordinary case here.
     SetLumLogger(std::make_shared<LumLogger>(
         LumLogger::WideSink(), [](LumLogLevel, const TStringCore&) {},
         [](LumLogLevel) { return false; }));
-    SetCollatorPool(std::make_shared<AnyLocalePool>());
+    SetCollatorPool(std::make_shared<lum::test::AnyLocalePool>());
     RegisterExternalType(
         61, L"kind", [](const ValueExternal&) { return std::vector<unsigned char>(); },
         [](const ArrayView<const unsigned char>&) { return nullptr; });

@@ -4,7 +4,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
-#include <stdexcept>
 #include <vector>
 
 #include "lum/core/store/ExternalTypeRegistry.h"
@@ -15,6 +14,7 @@
 #include "lum/core/types/ScalarTypes.h"
 #include "lum/core/types/TupleType.h"
 #include "lum/core/utility/Collation.h"
+#include "tests/support/AnyLocalePool.h"
 
 /// What the targets that read key paths and types share: their input as text, the kinds and locales
 /// of a host, and which names and types read back from their own text.
@@ -38,17 +38,6 @@ inline TStringCore MakeText(const std::uint8_t* data, std::size_t size) {
 inline constexpr unsigned short kWordId = 1;
 inline constexpr unsigned short kNoWordId = 2;
 
-/// Knows every locale, and compares none.
-class AnyLocalePool final : public ICollatorPool {
-public:
-    const ICollator& GetCollator(const Collation&) const override {
-        throw std::logic_error("nothing is compared here");
-    }
-    bool Equals(const Collation& a, const Collation& b) const override {
-        return a.GetLocale() == b.GetLocale();
-    }
-};
-
 inline void Register(unsigned short typeId, const TStringCore& name) {
     RegisterExternalType(
         typeId, name, [](const ValueExternal&) { return std::vector<unsigned char>(); },
@@ -57,7 +46,7 @@ inline void Register(unsigned short typeId, const TStringCore& name) {
 
 /// Once, before anything is parsed.
 inline bool SetUp() {
-    SetCollatorPool(std::make_shared<AnyLocalePool>());
+    SetCollatorPool(std::make_shared<lum::test::AnyLocalePool>());
     Register(kWordId, L"ext");
     Register(kNoWordId, L"no word");
     return true;

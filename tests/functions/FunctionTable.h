@@ -286,8 +286,6 @@ private:
                                                                          : AnyKind(random)};
         Expected<Out> expected{std::vector<CellT<Out>>(count), std::vector<SpecialKind>(count)};
         Expected<Out> last{firstCell, firstKind};
-        // A Bool comes back as 0 or 1 even if nothing was folded.
-        core::Cell<Out>::Store(last.cells[0], core::Cell<Out>::Load(firstCell[0]));
         for (lumsize_t step = 0; step < count; ++step) {
             const lumsize_t i = isForward ? step : count - 1 - step;
             auto value = Compute(model, last.cells[0], last.kinds[0], cells[i], kinds[i]);
@@ -520,6 +518,15 @@ inline std::unique_ptr<FunctionRegistry> MakeBuiltinRegistry() {
     auto registry = FunctionRegistry::Make();
     RegisterAllBuiltinFunctions(*registry);
     return registry;
+}
+
+/// A built-in of two inputs of the same type.
+inline std::unique_ptr<IRawBinaryFunctor> MakeBinary(const FunctionRegistry& registry,
+                                                     const wchar_t* name, const Type* type,
+                                                     bool isSpecial) {
+    const auto functions = registry.GetBinaryFunctions().GetRawFunctions(
+        FunctionKey(name, type, type, FunctionKey::ArgContainer::Separate));
+    return (isSpecial ? functions.GetSpecialFactory() : functions.GetRegularFactory())();
 }
 
 /// Sums, differences and products that wrap.

@@ -7,9 +7,9 @@
 #include <functional>
 #include <memory>
 #include <random>
-#include <stdexcept>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -19,11 +19,14 @@
 #include "core/main/serialize/QuotedText.h"
 #include "core/main/serialize/VtlScanner.h"
 #include "lum/core/store/ExternalTypeRegistry.h"
+#include "lum/core/store/IDataStore.h"
+#include "lum/core/store/ValueUtil.h"
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/HeterogeneousTypes.h"
 #include "lum/core/types/ScalarTypes.h"
 #include "lum/core/types/StringType.h"
 #include "lum/core/types/TupleType.h"
+#include "tests/support/AnyLocalePool.h"
 #include "tests/support/CollatorPoolGuard.h"
 #include "tests/support/LumErrorMatchers.h"
 
@@ -33,17 +36,6 @@ namespace {
 using Kind = VtlTokenKind;
 using test::CollatorPoolGuard;
 using test::FailsAs;
-
-// A pool that knows every locale, as the default one does not.
-class AnyLocalePool final : public ICollatorPool {
-public:
-    const ICollator& GetCollator(const Collation&) const override {
-        throw std::logic_error("nothing is compared here");
-    }
-    bool Equals(const Collation& a, const Collation& b) const override {
-        return a.GetLocale() == b.GetLocale();
-    }
-};
 
 // Registers the external types "ext" and "no word".
 class ExternalTypesGuard {
@@ -66,7 +58,7 @@ private:
 
 class KeyPathTextTest : public testing::Test {
 private:
-    CollatorPoolGuard m_pool{std::make_shared<AnyLocalePool>()};
+    CollatorPoolGuard m_pool{std::make_shared<test::AnyLocalePool>()};
     ExternalTypesGuard m_externalTypes;
 };
 
@@ -475,6 +467,19 @@ TEST_F(KeyPathTextTest, NestingIsLimited) {
     EXPECT_EQ(KeyPath::ParseString(wide).GetLeafSegment().ToString(), wide);
     const KeyPath path = KeyPath::ParseString(Nested(L"A<", L">", kMaxNestingLevels));
     EXPECT_EQ(path.GetLeafSegment().ToString(), Nested(L"A<", L">", kMaxNestingLevels));
+}
+
+TEST_F(KeyPathTextTest, SegmentsAreLimited) {
+    TStringCore longest = L"a";
+    for (unsigned int i = 1; i < kMaxKeyPathSegments; ++i) {
+        longest += L"/a";
+    }
+    const auto store = factory::MakeDataStore(std::unordered_map<RInternString, SV>());
+    store->AddValue(KeyPath::ParseString(longest), MakeStoreValue(IntType::Get32(), 1));
+    // What walks the tree level by level has the stack for it.
+    EXPECT_LT(StackUse([&] { store->Clone(); }), 1024u * 1024);
+    const TStringCore tooLong = longest + TStringCore(L"/a");
+    EXPECT_LUM_REPORT(UnexpectedToken, tooLong.toStdString(), "", KeyPath::ParseString(tooLong));
 }
 
 // Cache -------------------------------------------------------------------------------------------

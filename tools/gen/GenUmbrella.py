@@ -3,11 +3,9 @@
 
 usage: GenUmbrella.py [--check]     --check changes nothing and fails if committed output is stale
 """
-import pathlib
-import sys
+from generated import ROOT, bring_up_to_date
 
-ROOT = pathlib.Path(__file__).resolve().parents[2]
-OUTPUT = ROOT / "core/_gen/lum/core/LumCore.h"
+OUTPUT = "core/_gen/lum/core/LumCore.h"
 ROOTS = ["core/public", "core/_gen", "lummetrics/public", "lumsys/public"]
 
 
@@ -23,11 +21,7 @@ def main():
 /// The whole public interface of the library.
 
 {includes}"""
-    if OUTPUT.exists() and OUTPUT.read_text() == text:
-        return
-    if "--check" in sys.argv:
-        sys.exit("stale, run tools/gen/GenUmbrella.py: core/_gen/lum/core/LumCore.h")
-    OUTPUT.write_text(text)
+    bring_up_to_date({OUTPUT: text})
 
 
 if __name__ == "__main__":

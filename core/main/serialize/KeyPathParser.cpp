@@ -423,6 +423,9 @@ const KeyPath& KeyPathReader::Read(VtlScanner& scanner, TypeColon typeColon) {
 const KeyPath& KeyPathReader::ReadAnew(VtlScanner& scanner, TypeColon typeColon) {
     m_segments.clear();
     do {
+        if (m_segments.size() == kMaxKeyPathSegments) {
+            LUM_FAIL(LumError::UnexpectedToken, scanner.GetText());
+        }
         m_segments.push_back(ReadKeySegment(scanner, typeColon));
     } while (scanner.Accept(Kind::Slash));
     return m_path = KeyPath(std::vector<KeySegment>(m_segments.begin(), m_segments.end()));

@@ -12,4 +12,8 @@ inline constexpr unsigned int kMaxNestingLevels = 256;
 // but copies, walks, printing and destruction do. It takes blanks by the square of it to get there.
 inline constexpr unsigned int kMaxStatementLevels = 1000;
 
+// How many segments the text of a key path may have. Reading needs no stack for them, but each is a
+// level of the tree that a value is stored in, and values are cloned and printed level by level.
+inline constexpr unsigned int kMaxKeyPathSegments = 1000;
+
 }  // namespace lum::core

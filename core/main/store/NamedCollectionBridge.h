@@ -20,9 +20,16 @@ protected:
     virtual SV GetMember(const RInternString& key) const = 0;
 };
 
+/// Keys are names alone: what asks for special ones fails or answers that there are none.
 class KeyMapBridge : public IStoreKeyMap {
 public:
     const SV& GetValue(const RInternString& key) const final { return GetEntry(key); }
+    const Type* GetKeyType() const final;
+    bool HasSpecialKeys() const final { return false; }
+    bool HasSpecialKey(SpecialKind /*kind*/) const final { return false; }
+    lumsize_t GetSpecialKeyCount() const final;
+    const SV& GetValueForSpecialKey(SpecialKind kind) const final;
+    DictionaryCursor<SpecialKind, SV> GetSpecialEntries() const final;
 
 protected:
     virtual const SV& GetEntry(const RInternString& key) const = 0;

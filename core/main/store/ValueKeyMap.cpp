@@ -8,7 +8,6 @@
 #include "lum/core/Check.h"
 #include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/types/HeterogeneousTypes.h"
-#include "lum/core/types/StringType.h"
 
 namespace lum::core {
 namespace {
@@ -140,28 +139,12 @@ void ValueKeyMap::SetValue(RInternString key, const SV& value) {
     m_index.Put(key, itr->second);
 }
 
-const Type* ValueKeyMap::GetKeyType() const {
-    return StringType::Get();
-}
-
-const SV& ValueKeyMap::GetValueForSpecialKey(SpecialKind /*kind*/) const {
-    LUM_FAIL(LumError::SpecialKeysNotSupported);
-}
-
 const SV& ValueKeyMap::GetEntry(const RInternString& key) const {
     return MapAt(m_dict, key);
 }
 
-lumsize_t ValueKeyMap::GetSpecialKeyCount() const {
-    LUM_FAIL(LumError::SpecialKeysNotSupported);
-}
-
 DictionaryCursor<RInternString, SV> ValueKeyMap::GetEntries() const {
     return {GetKeyType(), m_dict};
-}
-
-DictionaryCursor<SpecialKind, SV> ValueKeyMap::GetSpecialEntries() const {
-    LUM_FAIL(LumError::SpecialKeysNotSupported);
 }
 
 SV factory::MakeKeyMap(std::unordered_map<RInternString, SV>&& values) {

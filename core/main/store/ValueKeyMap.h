@@ -44,13 +44,7 @@ public:
     void SetValue(RInternString key, const SV& value) override;
 
     // IStoreKeyMap
-    bool HasSpecialKeys() const override { return false; }
-    const Type* GetKeyType() const override;
-    const SV& GetValueForSpecialKey(SpecialKind kind) const override;
-    lumsize_t GetSpecialKeyCount() const override;
-    bool HasSpecialKey(SpecialKind /*kind*/) const override { return false; }
     DictionaryCursor<RInternString, SV> GetEntries() const override;
-    DictionaryCursor<SpecialKind, SV> GetSpecialEntries() const override;
 
 protected:
     SV GetMember(const RInternString& key) const override;

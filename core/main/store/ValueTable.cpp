@@ -8,7 +8,6 @@
 #include "lum/core/store/IStoreArray.h"
 #include "lum/core/store/TableFactory.h"
 #include "lum/core/types/HeterogeneousTypes.h"
-#include "lum/core/types/StringType.h"
 #include "lum/core/utility/LumLog.h"
 #include "lum/core/utility/RFormatString.h"
 
@@ -144,24 +143,8 @@ bool ValueTable::HasKey(const RInternString& key) const {
     return m_columns->GetWhole().count(key) != 0;
 }
 
-const Type* ValueTable::GetKeyType() const {
-    return StringType::Get();
-}
-
-const SV& ValueTable::GetValueForSpecialKey(SpecialKind /*kind*/) const {
-    LUM_FAIL(LumError::SpecialKeysNotSupported);
-}
-
-lumsize_t ValueTable::GetSpecialKeyCount() const {
-    LUM_FAIL(LumError::SpecialKeysNotSupported);
-}
-
 DictionaryCursor<RInternString, SV> ValueTable::GetEntries() const {
     return {GetKeyType(), m_columns->Get()};
-}
-
-DictionaryCursor<SpecialKind, SV> ValueTable::GetSpecialEntries() const {
-    LUM_FAIL(LumError::SpecialKeysNotSupported);
 }
 
 SV factory::MakeTable(Columns&& columns, SortColumns&& sortColumns) {

@@ -100,10 +100,9 @@ LUM_CORE_API Future<void> Schedule(std::function<void()> function, LaunchMode mo
 ///
 /// Cost: O(futures). The last is waited for first: it mostly ends last, and then the thread is
 /// woken once, not once a task.
-/// Errors: InvalidFutureException if a future has no task; LogicException with key 0x6618D717 if
-/// one
-///   is deferred. Both come after the wait for the others, since tasks may use what the caller's
-///   frame holds.
+/// Errors: InvalidFutureException if a future has no task; LogicException with key 0x6618D717 if one
+/// is deferred. Both come after the wait for the others, since tasks may use what the caller's
+/// frame holds.
 LUM_CORE_API bool WaitAll(const std::vector<Future<void>>& futures, unsigned long long timeLimit);
 
 }  // namespace AsyncTask

@@ -23,10 +23,9 @@ namespace lum::core {
 /// Threads: look-ups may run on any threads at once; Add needs exclusion from all other access.
 /// Ownership: keeps the addresses of keys, which must outlive it.
 /// Errors: std::bad_alloc by Add, which then has added nothing.
-/// Cost: a look-up by the one or two types of some key is a probe of a flat table. Any other, as
-/// one
-///   that needs a wild card, is a find in a hash table and a walk over the candidates. Neither
-///   allocates. Add walks over the candidates of its key; with a wild card, once for each of them.
+/// Cost: a look-up by the one or two types of some key is a probe of a flat table. Any other, as one
+/// that needs a wild card, is a find in a hash table and a walk over the candidates. Neither
+/// allocates. Add walks over the candidates of its key; with a wild card, once for each of them.
 class LUM_CORE_API FunctionOverloads {
 public:
     struct Choice {

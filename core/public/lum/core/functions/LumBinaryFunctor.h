@@ -95,6 +95,9 @@ private:
 
     template <bool kForward, bool kEmit>
     void FoldTo(CellT<Out>& accumulator, ArrayView<const CellT<In2>> inputs, CellT<Out>* outputs) {
+        if (inputs.IsEmpty()) {
+            return;  // Not even the byte of a Bool changes.
+        }
         constexpr bool kIsWide = detail::kFoldsSideBySide<In2, Out, kForward, kEmit>;
         detail::RunLoop<kIsWide, kIsStateless>(
             m_generator, [cell = &accumulator, from = inputs.GetData(), to = outputs,
@@ -207,6 +210,9 @@ private:
     void FoldTo(CellT<Out>& accumulator, SpecialKind& accumulatorSpecial,
                 ArrayView<const CellT<In2>> inputs, const SpecialKind* specialInputs,
                 CellT<Out>* outputs, SpecialKind* specialOutputs) {
+        if (inputs.IsEmpty()) {
+            return;  // Not even the byte of a Bool changes.
+        }
         constexpr bool kIsWide = detail::kFoldsSideBySide<In2, Out, kForward, kEmit>;
         detail::RunLoop<kIsWide, kIsStateless>(
             m_generator,

@@ -106,10 +106,10 @@ public:
     /// "007" names "7".
     ///
     /// Errors, the first three with the text as details: UnexpectedToken where it is no such text,
-    /// where something follows, and where types nest more than 256 levels; InvalidStoreType for the
-    /// code of a type that is longer than one character; UnknownTypeName for an unknown code; those
-    /// of making the types; std::out_of_range, "invalid unordered_map<K, T> key", for the name of
-    /// an unknown external type.
+    /// where something follows, where types nest more than 256 levels, and at more than 1,000
+    /// segments; InvalidStoreType for the code of a type that is longer than one character;
+    /// UnknownTypeName for an unknown code; those of making the types; std::out_of_range, "invalid
+    /// unordered_map<K, T> key", for the name of an unknown external type.
     static KeyPath ParseString(const TStringCore& text);
     /// The text form without types. Names that are neither words nor integers are quoted. Empty
     /// names leave no text, and at the start of the path no separator, so such paths do not read
