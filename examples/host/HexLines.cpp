@@ -29,8 +29,8 @@ void HexLines::Add(Position begin, Position end, const std::string& meaning) {
 
 std::string HexLines::Format(Position position) const {
     std::string text;
-    for (int shift = 4 * (m_digits - 1); shift >= 0; shift -= 4) {
-        text += kDigits[position >> shift & 0xF];
+    for (Position rest = position; rest != 0 || text.size() < m_digits; rest >>= 4) {
+        text.insert(text.begin(), kDigits[rest & 0xF]);
     }
     return text;
 }

@@ -37,7 +37,7 @@ private:
     void AddLine(Position begin, Position end, const std::string& meaning);
 
     lum::core::ArrayView<const unsigned char> m_bytes;
-    int m_digits;  // Of a position.
+    std::size_t m_digits;  // Of a position in the file.
     int m_level = 0;
     bool m_isQuiet = false;
     Position m_next = 0;

@@ -39,7 +39,10 @@ OutputFile::~OutputFile() {
 
 void OutputFile::Publish() {
     m_stream.close();
-    if (!m_stream || std::rename(m_draftPath.c_str(), m_path.c_str()) != 0) {
+    if (!m_stream) {
+        throw FileError(m_path, 0, "the file cannot be written");
+    }
+    if (std::rename(m_draftPath.c_str(), m_path.c_str()) != 0) {
         throw FileError(m_path, 0, std::strerror(errno));
     }
     m_draftPath.clear();

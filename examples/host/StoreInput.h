@@ -19,8 +19,8 @@ struct StoreInput {
     std::vector<lum::core::RInternString> names;
 };
 
-/// Reads a file by the ending of its name: ".json", which has to have typed keys; anything else is
-/// comma-separated text.
+/// Reads a file by the ending of its name: ".json" is text with typed keys; ".lum" is a payload,
+/// whose columns are then pages of the file; anything else is comma-separated text.
 /// Errors: UsageError for options of comma-separated text where the file is none; FileError for
 ///   whatever is wrong with the file.
 StoreInput ReadStore(const std::string& file, const CsvImportOptions& options, Progress& progress);
