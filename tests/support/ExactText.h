@@ -68,12 +68,12 @@ inline std::string ExactRow(const core::LumTuple& row) {
             parts.push_back(ExactKind(kind));
             continue;
         }
-        core::DispatchStorage(
-            row.GetNthType(i)->GetStoreType(), [&]<typename T>(core::StorageTag<T>) {
-                if constexpr (!std::is_same_v<T, core::LumTuple>) {
-                    parts.push_back(ExactStored<T>(row.GetNthValueUnsafe<T>(i)));
-                }
-            });
+        core::DispatchStorage(row.GetNthType(i)->GetStoreType(),
+                              [&]<typename T>(core::StorageTag<T>) {
+                                  if constexpr (!std::is_same_v<T, core::LumTuple>) {
+                                      parts.push_back(ExactStored<T>(row.GetNthValueUnsafe<T>(i)));
+                                  }
+                              });
     }
     return Joined(std::move(parts), /*sorted=*/false);
 }

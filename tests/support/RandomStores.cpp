@@ -187,7 +187,9 @@ SV MakeValue(Random& random, int depth) {
 void RegisterBytesKind() {
     RegisterExternalType(
         kBytesKindId, L"bytes",
-        [](const ValueExternal& value) { return dynamic_cast<const BytesValue&>(value).GetBytes(); },
+        [](const ValueExternal& value) {
+            return dynamic_cast<const BytesValue&>(value).GetBytes();
+        },
         [](const ArrayView<const unsigned char>& bytes) -> std::shared_ptr<ValueExternal> {
             return std::make_shared<BytesValue>(
                 std::vector<unsigned char>(bytes.begin(), bytes.end()));
