@@ -1,5 +1,4 @@
-// Values as bytes that were written down from the form, not by the library: it writes just these,
-// and reads them as the same values.
+#include "tests/serialize/GoldenValues.h"
 
 #include <gtest/gtest.h>
 
@@ -7,43 +6,34 @@
 #include <string>
 #include <unordered_map>
 #include <utility>
-#include <vector>
 
 #include "core/main/store/ValueCompositeArray.h"
-#include "lum/core/serialize/BinaryProtocolReader.h"
-#include "lum/core/serialize/StoreValueBinarySerializer.h"
-#include "lum/core/serialize/StoreValueParser.h"
 #include "lum/core/store/ArrayFactory.h"
-#include "lum/core/store/ExternalTypeRegistry.h"
-#include "lum/core/store/IDataStore.h"
+#include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/store/TableFactory.h"
 #include "lum/core/store/TupleFactory.h"
 #include "lum/core/store/ValueFactory.h"
+#include "lum/core/types/CollectionTypes.h"
+#include "lum/core/types/ExternalType.h"
 #include "lum/core/types/ScalarTypes.h"
 #include "lum/core/types/StringType.h"
 #include "tests/serialize/GoldenPayloads.h"
-#include "tests/support/CollatorPoolGuard.h"
 #include "tests/support/ColumnText.h"
-#include "tests/support/ExactText.h"
-#include "tests/support/FoldingCollatorPool.h"
 #include "tests/support/KeySets.h"
-#include "tests/support/PayloadBytes.h"
 #include "tests/support/RandomStores.h"
 
-namespace lum::core {
+namespace lum::test {
 namespace {
 
-using test::ColumnOf;
-using test::KeySetOf;
-using test::SetOf;
+using namespace core;
 
 Collation Fold() {
     return Collation(RInternString(L"fold"));
 }
 
 SV MakeRow(const std::string& text) {
-    return factory::MakeTuple(test::RowOf(text));
+    return factory::MakeTuple(RowOf(text));
 }
 
 SV MakeHandles(const Type* elementType, std::vector<SV> elements) {
@@ -168,7 +158,7 @@ std::vector<GoldenValue> GetGoldenValues() {
           "01000000 01000000 0a 06 0000 00000000 0df0 0df0", "01 01 0a 06 00",
           "01 01 0a 06 00 00 0df0 0df0"}},
         {"External",
-         test::MakeBytesValue({0xCA, 0xFE}),
+         MakeBytesValue({0xCA, 0xFE}),
          {"v", "bytes"},
          {"01000000 01000000 8b 000000 02000000 02 000000 02000000 cafe",
           "01000000 01000000 8b 000000 02000000 02 000000 02000000 cafe 0df0 0df0",
@@ -258,7 +248,7 @@ std::vector<GoldenValue> GetGoldenValues() {
           "01 01 0c0c01 01 02 01 01 01 01 00",
           "01 01 0c0c01 01 02 01 01 01 0df0 01 00 0df0 0df0 0df0"}},
         {"Externals",
-         MakeHandles(ExternalType::Get(test::kBytesKindId), {test::MakeBytesValue({5})}),
+         MakeHandles(ExternalType::Get(kBytesKindId), {MakeBytesValue({5})}),
          {"v", "bytes"},
          {"01000000 01000000 0c8b 0000 02000000 01 000000 01000000 02 000000 01000000 05",
           "01000000 01000000 0c8b 0000 02000000 01 000000 01000000 02 000000 01000000 05 00 0df0 "
@@ -383,48 +373,22 @@ std::vector<GoldenValue> GetGoldenValues() {
     };
 }
 
-class BinaryValueGoldenTest : public testing::Test {
-protected:
-    BinaryValueGoldenTest() { test::RegisterBytesKind(); }
-    ~BinaryValueGoldenTest() override { ClearExternalTypes(); }
+}  // namespace
 
-    // Calls `check` with each value and each of its payloads.
-    template <typename F>
-    static void ForEachPayload(const F& check) {
-        for (const GoldenValue& golden : GetGoldenValues()) {
-            for (unsigned int flags = 0; flags < 4; ++flags) {
-                SCOPED_TRACE(golden.name + std::string(" with flags ") + std::to_string(flags));
-                const test::GoldenPayload payload{golden.name, flags, golden.strings,
-                                                  golden.data[flags], nullptr};
-                check(golden.value, flags, payload.GetBytes());
-            }
+SV MakeStoreOf(const SV& value) {
+    return MakeMap(L"v", value);
+}
+
+void ForEachGoldenPayload(
+    const std::function<void(const SV&, unsigned int, const std::vector<unsigned char>&)>& check) {
+    for (const GoldenValue& golden : GetGoldenValues()) {
+        for (unsigned int flags = 0; flags < 4; ++flags) {
+            SCOPED_TRACE(golden.name + std::string(" with flags ") + std::to_string(flags));
+            const GoldenPayload payload{golden.name, flags, golden.strings, golden.data[flags],
+                                        nullptr};
+            check(golden.value, flags, payload.GetBytes());
         }
     }
-
-private:
-    test::CollatorPoolGuard m_pool{std::make_shared<test::FoldingCollatorPool>()};
-};
-
-TEST_F(BinaryValueGoldenTest, Writes) {
-    ForEachPayload(
-        [](const SV& value, unsigned int flags, const std::vector<unsigned char>& bytes) {
-            BinaryProtocolCreator creator((flags & 2) != 0, (flags & 1) != 0);
-            SerializeDataStore(creator, *factory::MakeDataStore(MakeMap(L"v", value)));
-            EXPECT_EQ(test::ToHex(creator.FinalizePayload()), test::ToHex(bytes));
-        });
 }
 
-TEST_F(BinaryValueGoldenTest, Reads) {
-    ForEachPayload([](const SV& value, unsigned int, const std::vector<unsigned char>& bytes) {
-        for (const std::size_t shift : {0u, 1u, 4u}) {
-            BinaryProtocolReader reader(test::MakePayload(bytes, shift));
-            const auto store = StoreValueParser::MakeDataStore(reader);
-            EXPECT_EQ(test::ExactText(store->GetValue(KeyPath::ParseString(L"v"))),
-                      test::ExactText(value));
-            EXPECT_EQ(reader.GetRemainingBytes(), 0u);
-        }
-    });
-}
-
-}  // namespace
-}  // namespace lum::core
+}  // namespace lum::test
