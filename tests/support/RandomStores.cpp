@@ -191,6 +191,9 @@ void RegisterBytesKind() {
             return dynamic_cast<const BytesValue&>(value).GetBytes();
         },
         [](const ArrayView<const unsigned char>& bytes) -> std::shared_ptr<ValueExternal> {
+            if (!bytes.IsEmpty() && bytes[0] == 0xFF) {
+                return nullptr;
+            }
             return std::make_shared<BytesValue>(
                 std::vector<unsigned char>(bytes.begin(), bytes.end()));
         });

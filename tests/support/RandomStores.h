@@ -7,7 +7,8 @@
 
 namespace lum::test {
 
-/// The kind of host values that random stores have: its content is bytes.
+/// The kind of host values that random stores have: its content is bytes, of which the first may
+/// not be 255 when it is read.
 inline constexpr unsigned short kBytesKindId = 62;
 void RegisterBytesKind();
 core::SV MakeBytesValue(std::vector<unsigned char> bytes);
