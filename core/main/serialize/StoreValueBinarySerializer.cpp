@@ -260,7 +260,7 @@ void BinaryValueWriter::WriteArray(const StoreValue& value) {
     m_creator.EndListType();
 }
 
-// An array without elements has none to write, but the form wants one all the same.
+// One item stands for all elements, and for those of an array without any, too.
 template <StorageType T>
 void BinaryValueWriter::WriteConstantArray(const ITypedArray<T>& values) {
     const lumsize_t count = values.GetCount();
@@ -269,14 +269,15 @@ void BinaryValueWriter::WriteConstantArray(const ITypedArray<T>& values) {
     if (values.HasSpecialValues()) {
         CheckKinds(values, LumError::CollectionArraySpecials);
         m_creator.AppendData(count == 0 ? SpecialKind::Normal : values.GetSpecialKind(0));
-    } else if (count != 0) {
-        WriteElement<T>(values.GetValue(0));
+    } else if constexpr (std::is_same_v<T, LumTuple>) {
+        // A row that only fills the place has no type of its own.
+        const LumTuple& row = values.GetValueUnchecked(0);
+        const TupleType& type = values.GetElementType()->template As<TupleType>();
+        WriteElement(count != 0 && row.GetType() == &type ? row : LumTuple(&type));
     } else if constexpr (std::is_same_v<T, SV>) {
         WriteElement<T>(values.GetValueUnchecked(0));
-    } else if constexpr (std::is_same_v<T, LumTuple>) {
-        WriteElement(LumTuple(&values.GetElementType()->template As<TupleType>()));
     } else {
-        WriteElement(T());
+        WriteElement<T>(count != 0 ? values.GetValue(0) : T());
     }
     m_creator.EndListData();
 }
