@@ -4,6 +4,7 @@
 
 #include <limits>
 #include <memory>
+#include <numeric>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -23,6 +24,7 @@
 #include "tests/support/ExactText.h"
 #include "tests/support/FoldingCollatorPool.h"
 #include "tests/support/PayloadBytes.h"
+#include "tests/support/RandomColumns.h"
 #include "tests/support/RandomStores.h"
 
 namespace lum::core {
@@ -36,6 +38,12 @@ protected:
 private:
     test::CollatorPoolGuard m_pool{std::make_shared<test::FoldingCollatorPool>()};
 };
+
+// A column of the one column, and of one more behind it whose words would go astray.
+SV MakeHandlesOf(const SV& column) {
+    const SV last = column->AsArray().GetRange(0, 3, 1);
+    return factory::MakeArray<SV>(column->GetType(), {column, last}, SortSpecOrder::UNKNOWN);
+}
 
 TEST_F(BinaryValueTest, WritesGoldenBytes) {
     test::ForEachGoldenPayload(
@@ -109,6 +117,34 @@ TEST_F(BinaryValueTest, ColumnsStandInThePayload) {
         lastShare.reset();
         EXPECT_TRUE(life.expired());
         EXPECT_EQ(test::TextOf(text), "s: a 'longer than the handle'");
+    }
+}
+
+// Large columns are not copied before the payload is made, and outlive their store until then. What
+// is written is the same as for columns that are gathered on the way: those with indices.
+TEST_F(BinaryValueTest, LargeColumns) {
+    for (const lumsize_t count : {511u, 512u, 513u, 4'097u, 9'001u}) {
+        for (const char* const type : {"b", "i", "l"}) {
+            std::vector<unsigned int> indices(count);
+            std::iota(indices.begin(), indices.end(), 0u);
+            test::Random random;
+            SV column;
+            do {
+                column = test::MakeRandomColumn(random, test::TypeOf(type), count);
+            } while (!column->AsArray().HasSpecialValues());
+            std::vector<unsigned char> payloads[2];
+            for (const SV& form : {column, column->AsArray().WithIndices(std::move(indices),
+                                                                         SortSpecOrder::UNORD)}) {
+                auto store = factory::MakeDataStore(test::MakeStoreOf(MakeHandlesOf(form)));
+                BinaryProtocolCreator creator;
+                SerializeDataStore(creator, *store);
+                store.reset();
+                payloads[form == column ? 0 : 1] = creator.FinalizePayload();
+            }
+            EXPECT_EQ(payloads[0], payloads[1]) << type << count;
+            const std::weak_ptr<StoreValue> life = std::exchange(column, nullptr);
+            EXPECT_TRUE(life.expired());
+        }
     }
 }
 
