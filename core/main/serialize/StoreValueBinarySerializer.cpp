@@ -47,7 +47,7 @@ public:
     void WriteKeyMap(const IStoreKeyMap& members);
 
 private:
-    void Write(const StoreValue& value);
+    void Write(const SV& value);
     void WriteMember(const TStringCore& name, const SV& value);
     void WriteTable(const IStoreTable& table);
     void WriteExternal(const ValueExternal& value);
@@ -57,17 +57,18 @@ private:
     template <StorageType T>
     void WriteElement(const T& element);
 
-    // A segment of elements that stand in a row.
+    // A segment of elements that stand in a row, and may be kept until the payload is made if they
+    // have an owner.
     template <typename T>
-    void WriteSegment(ArrayView<const T> elements);
+    void WriteSegment(ArrayView<const T> elements, const SV& owner = nullptr);
     template <StorageType T>
-    void WriteArray(const StoreValue& value);
+    void WriteArray(const SV& value);
     template <StorageType T>
     void WriteConstantArray(const ITypedArray<T>& values);
     template <StorageType T>
     void WriteCompositeArray(const ITypedArray<T>& values, const StoreValue& value);
     template <StorageType T>
-    void WritePlainArray(const ITypedArray<T>& values);
+    void WritePlainArray(const ITypedArray<T>& values, const SV& owner);
     template <StorageType T>
     void WriteIndexed(const ITypedArray<T>& values);
     void WriteIndexedKinds(const IStoreArray& values);
@@ -88,7 +89,8 @@ private:
 
 // Single values -----------------------------------------------------------------------------------
 
-void BinaryValueWriter::Write(const StoreValue& value) {
+void BinaryValueWriter::Write(const SV& owner) {
+    const StoreValue& value = *owner;
     if (value.IsSpecial()) {
         m_creator.AppendData(value.GetSpecialKind());
         return;
@@ -118,7 +120,7 @@ void BinaryValueWriter::Write(const StoreValue& value) {
             return WriteExternal(value.AsExternal());
         case StoreType::Array:
             return DispatchStorage(value.AsArray().GetElementType()->GetStoreType(),
-                                   [&]<typename T>(StorageTag<T>) { WriteArray<T>(value); });
+                                   [&]<typename T>(StorageTag<T>) { WriteArray<T>(owner); });
         case StoreType::Set:
             return DispatchStorage(
                 value.AsSet().GetElementType()->GetStoreType(),
@@ -137,7 +139,7 @@ void BinaryValueWriter::WriteMember(const TStringCore& name, const SV& value) {
     LUM_CHECK_NOT_NULL(value, LumError::NullSerializedValue);
     m_creator.AppendKey(name);
     m_creator.AppendKeyType(GetTaggedType(*value), value->IsSpecial());
-    Write(*value);
+    Write(value);
 }
 
 void BinaryValueWriter::WriteKeyMap(const IStoreKeyMap& members) {
@@ -209,7 +211,7 @@ void BinaryValueWriter::WriteRow(const LumTuple& row) {
 void BinaryValueWriter::WriteStored(const SV& value) {
     LUM_CHECK_NOT_NULL(value, LumError::NullSerializedValue);
     LUM_CHECK_NOT(value->IsSpecial(), LumError::CollectionArraySpecials);
-    Write(*value);
+    Write(value);
 }
 
 template <StorageType T>
@@ -228,10 +230,14 @@ void BinaryValueWriter::WriteElement(const T& element) {
 // Arrays and sets ---------------------------------------------------------------------------------
 
 template <typename T>
-void BinaryValueWriter::WriteSegment(ArrayView<const T> elements) {
+void BinaryValueWriter::WriteSegment(ArrayView<const T> elements, const SV& owner) {
     m_creator.BeginListData(LumSizeCastSafe(elements.GetSize()));
     if constexpr (std::is_arithmetic_v<T> || std::is_enum_v<T>) {
-        m_creator.AppendArray(elements);
+        if (owner != nullptr) {
+            m_creator.AppendSharedArray(elements, owner);
+        } else {
+            m_creator.AppendArray(elements);
+        }
     } else if constexpr (std::is_same_v<T, RIndirectString>) {
         m_creator.AppendStrings(elements);
     } else {
@@ -248,19 +254,19 @@ void CheckKinds(const IUniformCollection& values, LumError error) {
 }
 
 template <StorageType T>
-void BinaryValueWriter::WriteArray(const StoreValue& value) {
-    const ITypedArray<T>& values = value.AsTypedArray<T>();
+void BinaryValueWriter::WriteArray(const SV& value) {
+    const ITypedArray<T>& values = value->AsTypedArray<T>();
     if (values.IsConstant()) {
         WriteConstantArray(values);
     } else if (values.IsComposite()) {
-        WriteCompositeArray(values, value);
+        WriteCompositeArray(values, *value);
     } else {
-        WritePlainArray(values);
+        WritePlainArray(values, value);
     }
     m_creator.EndListType();
 }
 
-// An array without elements has none to write, but the form wants one all the same.
+// One item stands for all elements, and for those of an array without any, too.
 template <StorageType T>
 void BinaryValueWriter::WriteConstantArray(const ITypedArray<T>& values) {
     const lumsize_t count = values.GetCount();
@@ -269,14 +275,15 @@ void BinaryValueWriter::WriteConstantArray(const ITypedArray<T>& values) {
     if (values.HasSpecialValues()) {
         CheckKinds(values, LumError::CollectionArraySpecials);
         m_creator.AppendData(count == 0 ? SpecialKind::Normal : values.GetSpecialKind(0));
-    } else if (count != 0) {
-        WriteElement<T>(values.GetValue(0));
+    } else if constexpr (std::is_same_v<T, LumTuple>) {
+        // A row that only fills the place has no type of its own.
+        const LumTuple& row = values.GetValueUnchecked(0);
+        const TupleType& type = values.GetElementType()->template As<TupleType>();
+        WriteElement(count != 0 && row.GetType() == &type ? row : LumTuple(&type));
     } else if constexpr (std::is_same_v<T, SV>) {
         WriteElement<T>(values.GetValueUnchecked(0));
-    } else if constexpr (std::is_same_v<T, LumTuple>) {
-        WriteElement(LumTuple(&values.GetElementType()->template As<TupleType>()));
     } else {
-        WriteElement(T());
+        WriteElement<T>(count != 0 ? values.GetValue(0) : T());
     }
     m_creator.EndListData();
 }
@@ -308,21 +315,21 @@ void BinaryValueWriter::WriteCompositeArray(const ITypedArray<T>& values, const 
 }
 
 template <StorageType T>
-void BinaryValueWriter::WritePlainArray(const ITypedArray<T>& values) {
+void BinaryValueWriter::WritePlainArray(const ITypedArray<T>& values, const SV& owner) {
     const bool hasIndices = values.HasIndices();
     m_creator.BeginListType(
         BinaryListType::Array(values.HasSpecialValues(), values.GetSortOrder()));
     if (hasIndices) {
         WriteIndexed(values);
     } else {
-        WriteSegment<T>(values.GetValues());
+        WriteSegment<T>(values.GetValues(), owner);
     }
     if (values.HasSpecialValues()) {
         CheckKinds(values, LumError::CollectionArraySpecials);
         if (hasIndices) {
             WriteIndexedKinds(values);
         } else {
-            WriteSegment<SpecialKind>(values.GetSpecials());
+            WriteSegment<SpecialKind>(values.GetSpecials(), owner);
         }
     }
 }

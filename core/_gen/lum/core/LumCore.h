@@ -139,6 +139,7 @@
 #include "lumsys/Export.h"  // IWYU pragma: export
 #include "lumsys/Hash.h"  // IWYU pragma: export
 #include "lumsys/LumeraError.h"  // IWYU pragma: export
+#include "lumsys/Memory.h"  // IWYU pragma: export
 #include "lumsys/TReadWriteLock.h"  // IWYU pragma: export
 #include "lumsys/TStringCore.h"  // IWYU pragma: export
 #include "lumsys/TThreadPool.h"  // IWYU pragma: export

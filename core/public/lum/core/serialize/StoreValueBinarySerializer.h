@@ -19,7 +19,8 @@ class IDataStore;
 /// so the bytes of equal stores may differ.
 ///
 /// Threads: the store is only read; the creator belongs to this thread.
-/// Ownership: the creator copies what is written; nothing of the store is kept.
+/// Ownership: the creator keeps shares of large columns until it finalizes the payload, and copies
+///   all else. Later changes of key maps do not reach it.
 /// Errors: LumRuntimeException with
 ///   NullArgument for a store without a root;
 ///   NullSerializedValue for a member or an element that has no value, placeholders of special
@@ -33,8 +34,9 @@ class IDataStore;
 ///   those of the creator for its state;
 /// and what the host's functions for external values throw. What was written by then stays in the
 /// creator, which is good for nothing but destruction.
-/// Cost: linear; numbers without indices go by one copy of the column. Values are walked by
-/// recursion without a limit, as deep as they are nested in memory; a reader takes 256 levels.
+/// Cost: linear; numbers without indices go into the payload by one copy of the column. Values are
+/// walked by recursion without a limit, as deep as they are nested in memory; a reader takes 256
+/// levels.
 LUM_CORE_API void SerializeDataStore(BinaryProtocolCreator& creator, const IDataStore& store);
 
 }  // namespace lum::core
