@@ -1,5 +1,7 @@
 # What `cmake --install` puts into a prefix: the library, its public headers, the files for
 # find_package(lumcore CONFIG) and lumcore.pc. All of it works from wherever the prefix is moved.
+# Of a shared library, `cpack` makes two Debian packages: what programs need to run, and what it
+# takes to build them.
 
 include(CMakePackageConfigHelpers)
 
@@ -15,14 +17,16 @@ set_property(TARGET lumcore PROPERTY INTERFACE_LINK_LIBRARIES ${lum_links})
 get_target_property(lum_header_sets lumcore INTERFACE_HEADER_SETS)
 set(lum_header_arguments "")
 foreach(set ${lum_header_sets})
-    list(APPEND lum_header_arguments FILE_SET ${set} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+    list(APPEND lum_header_arguments FILE_SET ${set}
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 endforeach()
 install(TARGETS lumcore EXPORT lumcore-targets
-    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR}
-    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR}
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
+    ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development
+    RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
     ${lum_header_arguments})
-install(EXPORT lumcore-targets NAMESPACE lumcore:: DESTINATION ${lum_cmake_dir})
+install(EXPORT lumcore-targets NAMESPACE lumcore:: DESTINATION ${lum_cmake_dir}
+    COMPONENT development)
 
 configure_package_config_file(cmake/lumcore-config.cmake.in
     ${PROJECT_BINARY_DIR}/cmake/lumcore-config.cmake INSTALL_DESTINATION ${lum_cmake_dir})
@@ -32,7 +36,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/cmake/lumcore-config-vers
 install(FILES
     ${PROJECT_BINARY_DIR}/cmake/lumcore-config.cmake
     ${PROJECT_BINARY_DIR}/cmake/lumcore-config-version.cmake
-    DESTINATION ${lum_cmake_dir})
+    DESTINATION ${lum_cmake_dir} COMPONENT development)
 
 # A program that links the shared library needs nothing else. One that links the archive needs what
 # the archive needs, and pkg-config tells private needs only when asked with --static; so in a
@@ -56,4 +60,33 @@ endif()
 cmake_path(APPEND lum_pc_libdir "\${prefix}" ${CMAKE_INSTALL_LIBDIR})
 cmake_path(APPEND lum_pc_includedir "\${prefix}" ${CMAKE_INSTALL_INCLUDEDIR})
 configure_file(cmake/lumcore.pc.in ${PROJECT_BINARY_DIR}/cmake/lumcore.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/cmake/lumcore.pc DESTINATION ${lum_pkgconfig_dir})
+install(FILES ${PROJECT_BINARY_DIR}/cmake/lumcore.pc DESTINATION ${lum_pkgconfig_dir}
+    COMPONENT development)
+
+if(PROJECT_IS_TOP_LEVEL AND BUILD_SHARED_LIBS)
+    set(CPACK_GENERATOR DEB)
+    set(CPACK_PACKAGE_NAME lumcore)
+    set(CPACK_PACKAGE_VENDOR "lumcore")
+    set(CPACK_PACKAGE_CONTACT "the lumcore developers <lumcore@localhost>")
+    set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
+    set(CPACK_COMPONENTS_ALL runtime development)
+    set(CPACK_DEB_COMPONENT_INSTALL ON)
+    set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+    set(CPACK_DEBIAN_PACKAGE_PRIORITY optional)
+    # Debian names the package of a shared library by its soname.
+    get_target_property(lum_soversion lumcore SOVERSION)
+    set(lum_runtime_package liblumcore${lum_soversion})
+    set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${lum_runtime_package})
+    set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+    set(CPACK_DEBIAN_RUNTIME_PACKAGE_SHLIBDEPS ON)
+    set(CPACK_DEBIAN_RUNTIME_PACKAGE_GENERATE_SHLIBS ON)
+    set(CPACK_COMPONENT_RUNTIME_DESCRIPTION
+        "Core library of a data-transformation runtime\n What programs need to run.")
+    set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME liblumcore-dev)
+    set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
+    set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS
+        "${lum_runtime_package} (= ${PROJECT_VERSION}), libjsoncpp-dev, libtbb-dev")
+    set(CPACK_COMPONENT_DEVELOPMENT_DESCRIPTION
+        "Core library of a data-transformation runtime (development files)\n Headers, and what CMake and pkg-config have to know.")
+    include(CPack)
+endif()

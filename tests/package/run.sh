@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs the library into a prefix, moves the prefix, and lets a program outside the project use
-# it: as archive and as shared library, each through find_package and through pkg-config.
+# it: as archive and as shared library, each through find_package and through pkg-config. The same
+# again with the Debian packages, installed in a root of their own.
 #
 # The programs of the pages in docs/ and of README.md are built against it, too, and have to print
 # what the pages say.
@@ -37,13 +38,10 @@ try_page() {
         { echo "the program of $1 prints something else than the page says" >&2; return 1; }
 }
 
-# try_package KIND BUILD_FOLDER
-try_package() {
-    local kind=$1 build=$2 prefix=$work/$1/moved libraries
-    cmake --build "$build" --target lumcore --parallel "$(nproc)"
-    cmake --install "$build" --prefix "$work/$kind/first"
-    mv "$work/$kind/first" "$prefix"
-
+# use_prefix KIND PREFIX: by a program of CMake's, and by one of pkg-config's. Sets `libraries`, the folder of
+# the library.
+use_prefix() {
+    local kind=$1 prefix=$2
     cmake -G Ninja -S tests/package -B "$work/$kind/consumer" -DCMAKE_PREFIX_PATH="$prefix"
     cmake --build "$work/$kind/consumer"
     "$work/$kind/consumer/consumer"
@@ -51,6 +49,16 @@ try_package() {
     libraries=$(dirname "$(find "$prefix" -name pkgconfig)")
     compile tests/package/main.cpp "$work/$kind/by-pkg-config" "$libraries"
     LD_LIBRARY_PATH=$libraries "$work/$kind/by-pkg-config"
+}
+
+# try_package KIND BUILD_FOLDER
+try_package() {
+    local kind=$1 build=$2 prefix=$work/$1/moved libraries
+    cmake --build "$build" --target lumcore --parallel "$(nproc)"
+    cmake --install "$build" --prefix "$work/$kind/first"
+    mv "$work/$kind/first" "$prefix"
+
+    use_prefix "$kind" "$prefix"
     try_page README.md "$libraries"
     try_page docs/guide.md "$libraries"
 
@@ -61,15 +69,45 @@ try_package() {
     fi
 }
 
+# try_debian_packages BUILD_FOLDER
+try_debian_packages() {
+    local root=$work/deb/root packages=$work/deb/packages package depends libraries
+    # Nothing in the root is run, so it needs no other packages, and any user may do it. What the
+    # packages run is ldconfig, which is to leave this system alone.
+    local dpkg=(env PATH="$work/deb/bin:$PATH:/usr/sbin:/sbin" dpkg --root="$root" --force-depends
+        --force-not-root --force-script-chrootless)
+    cpack --config "$1/CPackConfig.cmake" -B "$packages"
+    mkdir -p "$root"/var/lib/dpkg/{info,triggers,updates} "$work/deb/bin"
+    touch "$root/var/lib/dpkg/status"
+    ln -s /bin/true "$work/deb/bin/ldconfig"
+    "${dpkg[@]}" --install "$packages"/liblumcore0_*.deb "$packages"/liblumcore-dev_*.deb
+    # On a real system these would be installed, too.
+    for package in liblumcore0 liblumcore-dev; do
+        dpkg-query --admindir="$root/var/lib/dpkg" -W -f '${Depends}\n' "$package" |
+            sed 's/ *([^)]*)//g; s/, */\n/g'
+    done >"$work/deb/depends"
+    for depends in libc6 libjsoncpp25 libjsoncpp-dev libtbb-dev liblumcore0; do
+        grep -qx "$depends" "$work/deb/depends" ||
+            { echo "no package depends on $depends" >&2; return 1; }
+    done
+    use_prefix deb "$root/usr"
+    "${dpkg[@]}" --purge liblumcore-dev liblumcore0
+    if [ -e "$root/usr" ]; then
+        find "$root/usr" >&2
+        echo "the files above stay when the packages are removed" >&2
+        return 1
+    fi
+}
+
 cmake --preset release
 try_package static build/release
 
-cmake --preset release -B build/package-shared -DCMAKE_BUILD_TYPE=Debug -DBUILD_SHARED_LIBS=ON \
-    -DLUM_BUILD_TESTS=OFF -DLUM_BUILD_EXAMPLES=OFF
+cmake --preset deb -B build/package-shared -DCMAKE_BUILD_TYPE=Debug
 try_package shared build/package-shared
+try_debian_packages build/package-shared
 soname=$(readelf -d "$(find "$work/shared/moved" -name liblumcore.so)" | grep SONAME)
 case $soname in
     *'[liblumcore.so.0]') ;;
     *) echo "the shared library's SONAME does not carry the major version: $soname" >&2; exit 1 ;;
 esac
-echo "The package works as archive and as shared library"
+echo "The library works as archive, as shared library and from its Debian packages"

@@ -412,8 +412,8 @@ TEST(VtlParserTest, LongTexts) {
     };
     EXPECT_EQ(ParseList(Repeat("a -> copy -> b\n", kCount), true).size(), kCount);
     EXPECT_EQ(firstLine(Repeat("a ", kCount) + "-> zip ->").GetInputs().size(), kCount);
-    EXPECT_EQ(firstLine(Repeat("a/", kCount) + "a -> copy ->").GetInputs()[0].GetCount(),
-              kCount + 1);
+    EXPECT_EQ(firstLine(Repeat("a/", 999) + "a -> copy ->").GetInputs()[0].GetCount(), 1000u);
+    EXPECT_THROW(firstLine(Repeat("a/", kCount) + "a -> copy ->"), LumRuntimeException);
     const auto argumentCount = [&](const std::string& arguments) {
         return firstLine("-> map (f" + arguments + ") ->").GetFunctionSpec()->GetArgs().size();
     };
