@@ -9,18 +9,6 @@
 
 namespace lum::core {
 
-SV BinaryValueReader::ReadKeySet(const KeySetType& type) {
-    return DispatchStorage(type.GetKeyType()->GetStoreType(), [&]<typename K>(StorageTag<K>) -> SV {
-        if constexpr (std::is_same_v<K, SV>) {
-            LUM_FAIL(LumError::IllegalKeyType);  // The type's maker takes no such keys.
-        } else {
-            return DispatchStorage(
-                type.GetElementType()->GetStoreType(),
-                [&]<typename V>(StorageTag<V>) { return ReadKeySetOf<K, V>(type); });
-        }
-    });
-}
-
 template <StorageType K>
 K BinaryValueReader::ReadKey([[maybe_unused]] const Type* type) {
     if constexpr (std::is_same_v<K, unsigned char>) {
@@ -60,6 +48,18 @@ SV BinaryValueReader::ReadKeySetOf(const KeySetType& type) {
     m_reader.EndKeySetType();
     return factory::MakeKeySet<K, V>(type.GetKeyType(), type.GetElementType(), std::move(values),
                                      std::move(specials));
+}
+
+SV BinaryValueReader::ReadKeySet(const KeySetType& type) {
+    return DispatchStorage(type.GetKeyType()->GetStoreType(), [&]<typename K>(StorageTag<K>) -> SV {
+        if constexpr (std::is_same_v<K, SV>) {
+            LUM_FAIL(LumError::IllegalKeyType);  // The type's maker takes no such keys.
+        } else {
+            return DispatchStorage(
+                type.GetElementType()->GetStoreType(),
+                [&]<typename V>(StorageTag<V>) { return ReadKeySetOf<K, V>(type); });
+        }
+    });
 }
 
 }  // namespace lum::core

@@ -397,14 +397,14 @@ void BinaryValueWriter::WriteSet(const ITypedSet<T>& values) {
 void BinaryValueWriter::WriteKeySet(const StoreValue& value) {
     const KeySetType& type = value.GetType()->As<KeySetType>();
     const KeySetEntries keySet = CollectKeySetEntries(value);
-    const auto writeKey = DispatchStorage(type.GetKeyType()->GetStoreType(),
-                                          []<typename T>(StorageTag<T>) -> StoredWriter {
-                                              return &BinaryValueWriter::WriteStoredKey<T>;
-                                          });
-    const auto writeElement = DispatchStorage(type.GetElementType()->GetStoreType(),
-                                              []<typename T>(StorageTag<T>) -> StoredWriter {
-                                                  return &BinaryValueWriter::WriteStoredElement<T>;
-                                              });
+    StoredWriter writeKey = nullptr;
+    DispatchStorage(type.GetKeyType()->GetStoreType(), [&]<typename T>(StorageTag<T>) {
+        writeKey = &BinaryValueWriter::WriteStoredKey<T>;
+    });
+    StoredWriter writeElement = nullptr;
+    DispatchStorage(type.GetElementType()->GetStoreType(), [&]<typename T>(StorageTag<T>) {
+        writeElement = &BinaryValueWriter::WriteStoredElement<T>;
+    });
     const bool hasSpecialKeys = !keySet.specialEntries.empty();
     m_creator.BeginKeySetType(hasSpecialKeys ? BinaryKeySetType::WithSpecialKeys
                                              : BinaryKeySetType::NoSpecialKeys);
