@@ -125,7 +125,7 @@ void PayloadDataDump::EndList() {
 lumsize_t PayloadDataDump::BeginSegment(const char* what) {
     Begin();
     const lumsize_t count = m_reader.BeginListData();
-    Note(m_countSize, "segment of " + std::to_string(count) + " " + what);
+    Note(m_countSize, std::string("segment of ") + what + ": " + std::to_string(count));
     return count;
 }
 
@@ -142,8 +142,8 @@ void PayloadDataDump::DumpDictionary() {
 void PayloadDataDump::DumpTable() {
     Begin();
     const lumsize_t count = m_reader.BeginTableType();
-    Note(m_countSize, "table of " + Count(count, "column", "columns") +
-                          "; the columns that it is sorted by, and their orders:");
+    Note(m_countSize,
+         "table of " + Count(count, "column", "columns") + "; first what it is sorted by, and how");
     {
         const Level level(*this);
         DumpArray(*StringType::Get());
@@ -221,7 +221,7 @@ void PayloadDataDump::DumpArray(const Type& elementType) {
 }
 
 void PayloadDataDump::DumpConstantArray(const Type& elementType, BinaryListType list) {
-    BeginSegment("elements, all of them");
+    BeginSegment("elements, all alike");
     const Level level(*this);
     if (list.HasSpecials()) {
         DumpKind();

@@ -68,18 +68,32 @@ std::optional<DumpLine> TryReadLine(const std::string& line) {
     return DumpLine{line.substr(0, 4), digits, isCut};
 }
 
-TEST_F(PayloadDumpTest, TheDocumentShowsADump) {
-    std::ifstream document(LUMHOST_WIRE_FORMAT_PAGE);
-    std::string expected;
+// The dumps of the page on the form, each with the bytes that it shows.
+struct ShownDump {
+    std::string text;
     Bytes bytes;
-    for (std::string line; std::getline(document, line);) {
-        if (const auto parts = TryReadLine(line)) {
-            expected += (expected.empty() ? "" : "\n") + line;
-            const Bytes more = lum::test::FromHex(parts->digits);
-            bytes.insert(bytes.end(), more.begin(), more.end());
+};
+
+TEST_F(PayloadDumpTest, ThePageShowsDumps) {
+    std::ifstream page(LUMHOST_WIRE_FORMAT_PAGE);
+    std::vector<ShownDump> dumps;
+    for (std::string line; std::getline(page, line);) {
+        const auto parts = TryReadLine(line);
+        if (!parts) {
+            continue;
         }
+        if (parts->position == "0000") {
+            dumps.emplace_back();
+        }
+        ShownDump& dump = dumps.back();
+        dump.text += (dump.text.empty() ? "" : "\n") + line;
+        const Bytes more = lum::test::FromHex(parts->digits);
+        dump.bytes.insert(dump.bytes.end(), more.begin(), more.end());
     }
-    EXPECT_EQ(Dump(bytes).text, expected);
+    EXPECT_FALSE(dumps.empty());
+    for (const ShownDump& dump : dumps) {
+        EXPECT_EQ(Dump(dump.bytes).text, dump.text);
+    }
 }
 
 // Line by line every byte of payloads of all kinds of values.
