@@ -4,8 +4,8 @@ namespace lumhost {
 namespace {
 
 constexpr const char* kHelp =
-    R"(lumhost: reads files into typed columns, shows and converts them, and runs functions and programs
-over them
+    R"(lumhost: reads files into typed columns, shows and converts them, and runs functions and
+programs over them
 
 usage:
   lumhost show  FILE [KEYPATH] [OPTION...]   print the columns, or one value, as JSON
@@ -67,8 +67,9 @@ constexpr const char* kConvertUsage =
 Reads FILE and writes what it holds to OUT, or what stands at KEYPATH alone, which is a key map or a
 table. The ending of OUT says in which form: .csv, .json or .lum.
 
-JSON and the binary form keep all that a store holds; the binary form keeps also how arrays are
-stored. Comma-separated text holds columns of one length and no others: of numbers, texts, dates and
+The binary form keeps all that a store holds, and how arrays are stored. JSON keeps the values, but
+for the ninth digit of a Real32, and not what is stated of the order of tables and arrays.
+Comma-separated text holds columns of one length and no others: of numbers, texts, dates and
 colours, of whose specials only Null is kept, as an empty cell. A text that looks like a number, and
 a colour, read back by --type alone.
 
