@@ -12,8 +12,10 @@ readonly golden=examples/data/demo.golden
 readonly penguins=examples/data/penguins.csv
 readonly weather=examples/data/seattle-weather.csv
 readonly program=examples/data/weather.vtl
+# Where what the demo writes stands.
+readonly written=build/demo
 # What is shown of long output.
-readonly shown_lines=12
+shown_lines=12
 readonly shown_columns=100
 
 # run_host EXPLANATION ARGUMENT...: says what comes, the command and the beginning of its output. A
@@ -31,6 +33,7 @@ run_host() {
         esac
     done
     printf '\n'
+    [ -n "$output" ] || return 0
     head -n "$shown_lines" <<<"$output" | cut -c "1-$shown_columns"
     if [ "$(wc -l <<<"$output")" -gt "$shown_lines" ] ||
         [ "$(wc -L <<<"$output")" -gt "$shown_columns" ]; then
@@ -48,6 +51,8 @@ demo() {
         show "$penguins"
     run_host "1,461 days of weather, with dates." \
         types "$weather"
+    run_host "As people look at a table." \
+        show "$weather" --table / --rows 5
     run_host "What the file says is not always what is wanted: --type overrules the inference." \
         types "$weather" --type precipitation=f --type date=s
     run_host "The form for web pages: compact, without types." \
@@ -74,6 +79,24 @@ demo() {
         --print compared --print ratio --print firstShares
     run_host "The sum of the rain up to each day." \
         run "$program" "$weather" --type date=t --print rainSoFar
+    run_host "The binary form: what was text becomes columns that need no reading any more." \
+        convert "$weather" "$written/weather.lum" --type date=t
+    run_host "The same program over it. The file is mapped, and its numbers are used in place. The
+# store goes on as a payload, with all that the program made." \
+        run "$program" "$written/weather.lum" --out "$written/results.lum" --print hottest \
+        --print difference --print hottestDates
+    run_host "The next hop finds a key map of the means," \
+        show "$written/results.lum" mean
+    run_host "and a table, which it hands on as comma-separated text." \
+        convert "$written/results.lum" "$written/days.csv" days
+    run_host "Every form reads back." \
+        show "$written/days.csv" --table / --rows 3
+    # One column, since the order of several in a payload is nobody's promise.
+    cut -d , -f 6 "$penguins" | head -n 6 >"$written/masses.csv"
+    run_host "Five penguins as a payload," \
+        convert "$written/masses.csv" "$written/masses.lum"
+    shown_lines=40 run_host "byte by byte." \
+        dump "$written/masses.lum"
 }
 
 case ${1:-} in
@@ -81,6 +104,7 @@ case ${1:-} in
     *) fail "unknown argument '$1'; usage: demo.sh [--check|--update]" ;;
 esac
 
+mkdir -p "$written"
 ./scripts/install-dependencies.sh build
 # A folder that is configured already keeps its tests; a fresh one is spared their packages.
 if [ -f build/release/build.ninja ]; then

@@ -11,7 +11,7 @@ packages_of() {
         build) echo g++ cmake ninja-build libtbb-dev libboost-dev libjsoncpp-dev ;;
         test) echo libgtest-dev ;;
         checks) echo clang-14 clang-format-14 clang-tidy-14 doxygen dpkg-dev libclang-rt-14-dev pkgconf python3 ;;
-        bench) echo libbenchmark-dev rapidjson-dev libabsl-dev libeigen3-dev re2c libprotobuf-dev libmsgpack-cxx-dev ;;
+        bench) echo libbenchmark-dev rapidjson-dev libabsl-dev libeigen3-dev re2c libprotobuf-dev libmsgpack-cxx-dev libcapnp-dev libflatbuffers-dev ;;
         fuzz) echo clang-14 libclang-rt-14-dev llvm-14 ;;
         *) fail "unknown group '$1'; there are build, test, checks, bench and fuzz" ;;
     esac

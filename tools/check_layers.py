@@ -102,6 +102,8 @@ THIRD_PARTY = {
     "Eigen/": ["bench/*"],
     "google/protobuf/": ["bench/*"],
     "msgpack": ["bench/*"],
+    "capnp/": ["bench/*"],
+    "flatbuffers/": ["bench/*"],
 }
 
 # Folders whose headers are installed, and folders that hold what they may never name.

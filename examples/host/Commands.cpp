@@ -3,14 +3,17 @@
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 
-#include "CsvImport.h"
+#include "FileForm.h"
 #include "FunctionCommands.h"
+#include "PayloadDump.h"
 #include "ProgramCommands.h"
 #include "StoreAccess.h"
+#include "StoreInput.h"
+#include "StoreOutput.h"
+#include "TableText.h"
+#include "TabularValue.h"
 #include "TextOutput.h"
-#include "TextSource.h"
 #include "lum/core/serialize/StoreValueSerializer.h"
 #include "lum/core/store/IDataStore.h"
 #include "lum/core/store/KeyPath.h"
@@ -20,6 +23,8 @@ namespace lumhost {
 namespace {
 
 using namespace lum::core;
+
+constexpr lumsize_t kRowsOfTable = 20;
 
 TStringCore FormatStore(const IDataStore& store, JsonStyle style) {
     switch (style) {
@@ -33,51 +38,72 @@ TStringCore FormatStore(const IDataStore& store, JsonStyle style) {
     return SerializeDataStore(store, JsonOptions());
 }
 
-void Show(const Options& options, const std::optional<KeyPath>& path,
-          const std::vector<NamedColumn>& columns, std::ostream& out) {
-    const std::unique_ptr<IDataStore> store = MakeStore(columns);
-    WriteLine(out, path ? SerializeValue(*FindValue(*store, *path, options.file))
-                        : FormatStore(*store, options.style));
+void ShowTable(const Options& options, const KeyPath& path, const StoreInput& input,
+               std::ostream& out) {
+    const SV value = FindValue(*input.store, path, options.file);
+    const std::string table =
+        FormatTable(TakeColumns(value, input.names, options.file, TextOf(path)),
+                    options.rows.value_or(kRowsOfTable));
+    WriteLine(out, TStringCore::fromUtf8(table));
 }
 
-void ShowTypes(const std::vector<NamedColumn>& columns, std::ostream& out) {
+void Show(const Options& options, const std::optional<KeyPath>& path, const StoreInput& input,
+          std::ostream& out) {
+    if (options.table) {
+        return ShowTable(options, *path, input, out);
+    }
+    WriteLine(out, path ? SerializeValue(*FindValue(*input.store, *path, options.file))
+                        : FormatStore(*input.store, options.style));
+}
+
+void ShowTypes(const StoreInput& input, std::ostream& out) {
     TStringCore text;
-    for (const NamedColumn& column : columns) {
+    const std::shared_ptr<IStoreKeyMap> members = input.store->GetRootKeyMap();
+    for (const RInternString& name : input.names) {
         text += text.isEmpty() ? L"" : L"\n";
-        text += KeySegment(column.name, column.values->GetType()).ToString();
+        text += KeySegment(name, members->GetValue(name)->GetType()).ToString();
     }
     WriteLine(out, text);
+}
+
+void RunOverStore(const Options& options, std::ostream& out, Progress& progress) {
+    // Before the file is read, which may take long.
+    const std::optional<std::string>& pathText = options.table ? options.table : options.keyPath;
+    const std::optional<KeyPath> path =
+        pathText ? std::optional(ParseKeyPath(*pathText)) : std::nullopt;
+    if (options.function) {
+        CheckFunctionName(options);
+    }
+    if (options.out) {
+        static_cast<void>(FormOfOutput(*options.out));
+    }
+
+    const StoreInput input = ReadStore(options.file, {options.hasHeader, options.types}, progress);
+    if (options.function) {
+        RunFunction(options, *input.store, out);
+    } else if (options.command == Command::Types) {
+        ShowTypes(input, out);
+    } else if (options.command == Command::Convert) {
+        WriteStore(*options.out, *input.store, path.value_or(KeyPath()), input.names, options.file);
+    } else {
+        Show(options, path, input, out);
+    }
 }
 
 }  // namespace
 
 void RunCommand(const Options& options, std::ostream& out, Progress& progress) {
-    if (options.command == Command::Functions) {
-        return ListFunctions(options, out);
-    }
-    if (options.command == Command::Check) {
-        return CheckProgram(options, out);
-    }
-    if (options.command == Command::Run) {
-        return RunProgramFile(options, out, progress);
-    }
-    // Before the file is read, which may take long.
-    const std::optional<KeyPath> path =
-        options.keyPath ? std::optional(ParseKeyPath(*options.keyPath)) : std::nullopt;
-    if (options.function) {
-        CheckFunctionName(options);
-    }
-
-    const std::unique_ptr<TextSource> source = OpenTextSource(options.file);
-    const std::vector<NamedColumn> columns =
-        ImportCsv(*source, {options.hasHeader, options.types}, progress);
-    progress.Finish();
-    if (options.function) {
-        RunFunction(options, columns, out);
-    } else if (options.command == Command::Types) {
-        ShowTypes(columns, out);
-    } else {
-        Show(options, path, columns, out);
+    switch (options.command) {
+        case Command::Functions:
+            return ListFunctions(options, out);
+        case Command::Check:
+            return CheckProgram(options, out);
+        case Command::Run:
+            return RunProgramFile(options, out, progress);
+        case Command::Dump:
+            return PrintPayload(options.file, out);
+        default:
+            return RunOverStore(options, out, progress);
     }
 }
 

@@ -5,6 +5,7 @@
 #include <string>
 #include <tuple>
 
+#include "AlignedText.h"
 #include "ColumnFunctions.h"
 #include "FileError.h"
 #include "Literal.h"
@@ -91,35 +92,25 @@ std::vector<SortedRow> CollectRows(const FunctionRegistry& registry) {
     return rows;
 }
 
-std::string FormatTable(const std::vector<SortedRow>& rows) {
-    std::array<std::size_t, std::tuple_size_v<Row>> widths{};
+std::string FormatRows(const std::vector<SortedRow>& rows) {
+    std::vector<TextColumn> columns(std::tuple_size_v<Row>);
     for (const SortedRow& row : rows) {
-        for (std::size_t column = 0; column < widths.size(); ++column) {
-            widths[column] = std::max(widths[column], row.cells[column].size());
+        for (std::size_t i = 0; i < columns.size(); ++i) {
+            columns[i].cells.push_back(row.cells[i]);
         }
     }
-    std::string text;
-    for (const SortedRow& row : rows) {
-        std::string line;
-        for (std::size_t column = 0; column < widths.size(); ++column) {
-            line += row.cells[column] + std::string(widths[column] - row.cells[column].size(), ' ');
-            line += "  ";
-        }
-        line.erase(line.find_last_not_of(' ') + 1);
-        text += (text.empty() ? "" : "\n") + line;
-    }
-    return text;
+    return AlignColumns(columns);
 }
 
-const SV& FindColumn(const Options& options, const std::vector<NamedColumn>& columns,
-                     const std::string& name) {
-    const auto found = std::find_if(columns.begin(), columns.end(), [&](const NamedColumn& column) {
-        return TStringCore(column.name).toStdString() == name;
-    });
-    if (found == columns.end()) {
+SV FindColumn(const Options& options, const IDataStore& store, const std::string& name) {
+    const SV column = store.TryGetValue(KeyPath(RInternString(TStringCore::fromUtf8(name))));
+    if (column == nullptr) {
         throw FileError(options.file, 0, "there is no column " + QuoteForMessage(name));
     }
-    return found->values;
+    if (column->IsSpecial() || column->GetStoreType() != StoreType::Array) {
+        throw FileError(options.file, 0, QuoteForMessage(name) + " is not a column");
+    }
+    return column;
 }
 
 // The values that the function of `query` is made from: one for each text, or a set of all.
@@ -184,7 +175,7 @@ void ListFunctions(const Options& options, std::ostream& out) {
     }
     const Row header = {"function", "inputs", "output", "forms", "flags"};
     rows.insert(rows.begin(), SortedRow{{}, header});
-    WriteLine(out, TStringCore::fromUtf8(FormatTable(rows)));
+    WriteLine(out, TStringCore::fromUtf8(FormatRows(rows)));
 }
 
 void CheckFunctionName(const Options& options) {
@@ -204,13 +195,12 @@ void CheckFunctionName(const Options& options) {
     }
 }
 
-void RunFunction(const Options& options, const std::vector<NamedColumn>& columns,
-                 std::ostream& out) {
+void RunFunction(const Options& options, const IDataStore& store, std::ostream& out) {
     const std::unique_ptr<FunctionRegistry> registry = MakeRegistry();
     const RInternString name(TStringCore::fromUtf8(*options.function));
     std::vector<SV> inputs;
     for (const std::string& column : options.columns) {
-        inputs.push_back(FindColumn(options, columns, column));
+        inputs.push_back(FindColumn(options, store, column));
     }
     const SV result = options.command == Command::Fold ? Fold(options, *registry, name, inputs[0])
                                                        : Apply(options, *registry, name, inputs);

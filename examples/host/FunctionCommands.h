@@ -2,11 +2,10 @@
 
 #include <memory>
 #include <ostream>
-#include <vector>
 
-#include "CsvImport.h"
 #include "Options.h"
 #include "lum/core/functions/FunctionRegistry.h"
+#include "lum/core/store/IDataStore.h"
 
 namespace lumhost {
 
@@ -21,11 +20,10 @@ void ListFunctions(const Options& options, std::ostream& out);
 /// command asks for, which needs no file to be read.
 void CheckFunctionName(const Options& options);
 
-/// The commands apply and fold over the columns of a file: prints the result as JSON.
+/// The commands apply and fold over the columns of a store: prints the result as JSON.
 /// Errors: UsageError for constants and initial values that cannot be read or are not called for;
 ///   FileError for a column that is not there; LumRuntimeException as ColumnFunctions has it;
 ///   std::runtime_error where `out` does not take the text.
-void RunFunction(const Options& options, const std::vector<NamedColumn>& columns,
-                 std::ostream& out);
+void RunFunction(const Options& options, const lum::core::IDataStore& store, std::ostream& out);
 
 }  // namespace lumhost

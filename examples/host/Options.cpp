@@ -1,158 +1,13 @@
 #include "Options.h"
 
 #include <algorithm>
+#include <charconv>
 #include <string_view>
+
+#include "HelpTexts.h"
 
 namespace lumhost {
 namespace {
-
-constexpr const char* kHelp =
-    R"(lumhost: shows comma-separated files as typed columns, and applies functions to them
-
-usage:
-  lumhost show  FILE.csv [KEYPATH] [OPTION...]   print the columns, or one value, as JSON
-  lumhost types FILE.csv [OPTION...]             print each column's name and type
-  lumhost functions [NAME]                       list the built-in functions
-  lumhost apply FUNCTION FILE.csv COLUMN [COLUMN] [--constant LITERAL...] [OPTION...]
-                                                 print a function's results for one or two columns
-  lumhost fold FUNCTION FILE.csv COLUMN --initial LITERAL [--scan|--scan-right] [OPTION...]
-                                                 print what a function makes of a whole column
-  lumhost run PROGRAM.vtl FILE.csv [--print KEYPATH...] [--time] [OPTION...]
-                                                 run a program over the columns
-  lumhost check PROGRAM.vtl                      read a program and print it as it was understood
-  lumhost --help
-
-'lumhost show --help' lists the options and says how types are found; the other commands take
---help as well.
-Exit status: 0 done, 1 the data is at fault, 2 the command line is at fault.
-)";
-
-constexpr const char* kShowUsage =
-    R"(usage: lumhost show FILE.csv [KEYPATH] [OPTION...]
-
-Reads FILE.csv into one key map of columns and prints it as JSON, or the value at KEYPATH alone.
-A key path is a column's name, or a column's name and a row counted from 0: weather, weather/12.
-A name that is not one word is written in single quotes: "'Body Mass (g)'/0".
-
-  --compact         print the store on one line
-  --slim            the same for web clients: keys without types, colours as integers; the value at
-                    a KEYPATH is on one line, with colours in hexadecimal, whatever the options
-)";
-
-constexpr const char* kTypesUsage =
-    R"(usage: lumhost types FILE.csv [OPTION...]
-
-Reads FILE.csv and prints each column's name and type, one to a line, in the order of the file:
-weather:A<s> is a column "weather", which is an array of strings.
-
-)";
-
-constexpr const char* kFunctionsUsage =
-    R"(usage: lumhost functions [NAME]
-
-Lists the built-in functions, all or those called NAME: the types of the inputs and of the output,
-the forms, and the flags. Symbols have to be quoted for the shell: lumhost functions "<".
-
-  regular       the form that takes plain elements
-  special       the form that takes elements with their kinds, so that Null and its like have rules
-  creator (T)   made anew for each use from values of the types T, which 'lumhost apply' takes by
-                --constant
-  stateful      carries state from element to element
-  list (T)      computes one value from a list of values, and cannot be applied to columns
-
-AnyType stands for a column of collections, and in a list for a value of any type.
-
-  --verbose         write the library's log to the standard error output
-)";
-
-constexpr const char* kApplyUsage =
-    R"(usage: lumhost apply FUNCTION FILE.csv COLUMN [COLUMN] [--constant LITERAL...] [OPTION...]
-
-Applies a function of one input to each element of a COLUMN, or one of two inputs to the elements of
-two columns pair by pair, and prints the results as a JSON array. COLUMN is the plain name of a
-column. The types of the columns choose among the functions that share a name; 'lumhost functions'
-lists them.
-
-Where a column has specials (Null), the special form of the function says what becomes of them. A
-function without one is given the other elements only, and what is special stays special in the
-result, with the same kind.
-
-  --constant LITERAL   a value that the function is made from, of the type that the function says;
-                       a function that is made from a set takes it several times, once a member
-
-)";
-
-constexpr const char* kFoldUsage =
-    R"(usage: lumhost fold FUNCTION FILE.csv COLUMN --initial LITERAL [--scan|--scan-right] [OPTION...]
-
-Walks down a COLUMN with an accumulator, which FUNCTION replaces at each element by a value made of
-both, and prints the last one as JSON. Where the column or the initial value is special, the special
-form of the function is used. A function without one is given the elements that are not special
-only; countAll, which does not look at them, is given all.
-
-  --initial LITERAL    the accumulator at the start; Null for none, where there is a special form.
-                       It has the type of the column, or, for functions that count, Int32
-  --scan               print the accumulator as it stands at each element, as an array
-  --scan-right         the same, walking up from the last element
-
-)";
-
-constexpr const char* kRunUsage =
-    R"(usage: lumhost run PROGRAM.vtl FILE.csv [--print KEYPATH...] [--time] [OPTION...]
-
-Reads FILE.csv, whose columns then stand in a store under their names, and runs the statements of
-PROGRAM.vtl, a text in UTF-8, over them; docs/vtl.md teaches the language. Then prints, as
-KEYPATH: JSON, each value that is asked for; without --print, what the program wrote, as
-lumhost types does. Statements that do not depend on each other run at once.
-
-  --print KEYPATH   print the value at the key path; may be given several times
-  --time            print for each statement its line, operator, rows, and rows per second
-
-)";
-
-constexpr const char* kCheckUsage =
-    R"(usage: lumhost check PROGRAM.vtl
-
-Reads a program and prints it as it was understood, with comments that have a line of their own.
-A statement that is none is reported as FILE:LINE:COLUMN. Nothing is run, so that a function that is
-not there is found by 'lumhost run' alone.
-
-  --verbose         write the library's log to the standard error output
-)";
-
-constexpr const char* kLiteralHelp =
-    R"(
-A LITERAL is written as a cell of the file is, or is the name of a special kind, as Null or Missing.
-Texts, dates and colours may stand in single quotes, with \\, \' and \n for a backslash, a quote and
-a line end; nothing in quotes is special, so "'Null'" is a text.
-)";
-
-constexpr const char* kImportHelp =
-    R"(  --no-header       the first row is data; the columns are called c1, c2, c3, ...
-  --type NAME=CODE  read the column NAME as the type CODE, whatever its cells look like; may be
-                    given for several columns. Codes: b Bool, i Int32, l Int64, f Real32, r Real64,
-                    s String, d Date, t DateTime, c Color
-  --verbose         write the library's log to the standard error output
-  --                what follows is no option
-
-The file is UTF-8, with fields as RFC 4180 has them: in double quotes a field may hold commas, line
-ends and doubled quotes, and blanks belong to the field. All rows have as many fields as the first
-one, and every column a name of its own. A faulty row is reported as FILE:LINE, and nothing is
-printed then.
-
-An empty cell and the cell NA are Null. In quotes they are text: "" is the empty text, or Null where
-the column is not a String, and "NA" is text.
-
-A column gets the narrowest type that all its cells fit without losing anything:
-  Bool      true, false (or True, False, TRUE, FALSE)
-  Int32     digits with an optional sign; Int64 where 32 bits are too few. Leading zeros, as in 007,
-            and numbers beyond 64 bits make the column a String
-  Real64    numbers with a decimal point or an exponent, 1.5 or 2e-3, among them integers up to 2^53
-  Date      YYYY-MM-DD, a day of the calendar in the years 400 to 23829
-  DateTime  YYYY-MM-DDTHH:MM:SS with up to four decimals, among them dates
-  String    anything else, also when no cell has a value
-Cells read as Color are eight hexadecimal digits: alpha, red, green, blue.
-)";
 
 constexpr const char* kSeeHelp = " (see 'lumhost --help')";
 
@@ -181,28 +36,6 @@ Options MakeHelp(std::string text) {
     return options;
 }
 
-std::string HelpOf(Command command) {
-    switch (command) {
-        case Command::Show:
-            return std::string(kShowUsage) + kImportHelp;
-        case Command::Types:
-            return std::string(kTypesUsage) + kImportHelp;
-        case Command::Functions:
-            return kFunctionsUsage;
-        case Command::Apply:
-            return std::string(kApplyUsage) + kImportHelp + kLiteralHelp;
-        case Command::Fold:
-            return std::string(kFoldUsage) + kImportHelp + kLiteralHelp;
-        case Command::Run:
-            return std::string(kRunUsage) + kImportHelp;
-        case Command::Check:
-            return kCheckUsage;
-        case Command::Help:
-            break;
-    }
-    return kHelp;
-}
-
 void AddType(Options& options, const std::string& text) {
     std::pair<std::string, ColumnType> type = ParseType(text);
     const bool isKnown = std::any_of(options.types.begin(), options.types.end(),
@@ -227,18 +60,35 @@ void SetFold(Options& options, FoldResult fold) {
     options.fold = fold;
 }
 
-void SetInitial(Options& options, std::string text) {
-    if (options.initial) {
-        throw UsageError("--initial is given twice");
+void SetOnce(std::optional<std::string>& setting, const char* name, std::string text) {
+    if (setting) {
+        throw UsageError(std::string(name) + " is given twice");
     }
-    options.initial = std::move(text);
+    setting = std::move(text);
+}
+
+void SetRows(Options& options, const std::string& text) {
+    lum::core::lumsize_t rows = 0;
+    const char* const end = text.data() + text.size();
+    const auto [behind, error] = std::from_chars(text.data(), end, rows);
+    if (error != std::errc() || behind != end) {
+        throw UsageError("'" + text + "' is not a number of rows" + kSeeHelp);
+    }
+    options.rows = rows;
 }
 
 Command ParseCommand(const std::string& name) {
-    constexpr std::pair<const char*, Command> kCommands[] = {
-        {"show", Command::Show},   {"types", Command::Types}, {"functions", Command::Functions},
-        {"apply", Command::Apply}, {"fold", Command::Fold},   {"run", Command::Run},
-        {"check", Command::Check}, {"--help", Command::Help}, {"-h", Command::Help}};
+    constexpr std::pair<const char*, Command> kCommands[] = {{"show", Command::Show},
+                                                             {"types", Command::Types},
+                                                             {"convert", Command::Convert},
+                                                             {"dump", Command::Dump},
+                                                             {"functions", Command::Functions},
+                                                             {"apply", Command::Apply},
+                                                             {"fold", Command::Fold},
+                                                             {"run", Command::Run},
+                                                             {"check", Command::Check},
+                                                             {"--help", Command::Help},
+                                                             {"-h", Command::Help}};
     for (const auto& [text, command] : kCommands) {
         if (name == text) {
             return command;
@@ -247,12 +97,64 @@ Command ParseCommand(const std::string& name) {
     throw UsageError("'" + name + "' is not a command" + kSeeHelp);
 }
 
-// The value of the option `name`, where it stands at `index`: behind a '=', or the next argument,
+constexpr unsigned BitOf(Command command) {
+    return 1u << static_cast<unsigned>(command);
+}
+constexpr unsigned kReadsStore = BitOf(Command::Show) | BitOf(Command::Types) |
+                                 BitOf(Command::Convert) | BitOf(Command::Apply) |
+                                 BitOf(Command::Fold) | BitOf(Command::Run);
+
+struct Flag {
+    const char* name;
+    unsigned commands;
+    void (*set)(Options&);
+};
+constexpr Flag kFlags[] = {
+    {"--verbose", ~0u, [](Options& options) { options.isVerbose = true; }},
+    {"--no-header", kReadsStore, [](Options& options) { options.hasHeader = false; }},
+    {"--compact", BitOf(Command::Show),
+     [](Options& options) { SetStyle(options, JsonStyle::Compact); }},
+    {"--slim", BitOf(Command::Show), [](Options& options) { SetStyle(options, JsonStyle::Slim); }},
+    {"--scan", BitOf(Command::Fold), [](Options& options) { SetFold(options, FoldResult::Scan); }},
+    {"--scan-right", BitOf(Command::Fold),
+     [](Options& options) { SetFold(options, FoldResult::ScanRight); }},
+    {"--time", BitOf(Command::Run), [](Options& options) { options.isTimed = true; }},
+};
+
+struct Setting {
+    const char* name;
+    const char* what;  // Of the value.
+    unsigned commands;
+    void (*set)(Options&, std::string);
+};
+constexpr Setting kSettings[] = {
+    {"--type", "NAME=CODE", kReadsStore,
+     [](Options& options, std::string text) { AddType(options, text); }},
+    {"--table", "a KEYPATH", BitOf(Command::Show),
+     [](Options& options, std::string text) {
+         SetOnce(options.table, "--table", std::move(text));
+     }},
+    {"--rows", "a number", BitOf(Command::Show),
+     [](Options& options, std::string text) { SetRows(options, text); }},
+    {"--print", "a KEYPATH", BitOf(Command::Run),
+     [](Options& options, std::string text) { options.prints.push_back(std::move(text)); }},
+    {"--out", "a FILE", BitOf(Command::Run),
+     [](Options& options, std::string text) { SetOnce(options.out, "--out", std::move(text)); }},
+    {"--constant", "a LITERAL", BitOf(Command::Apply),
+     [](Options& options, std::string text) { options.constants.push_back(std::move(text)); }},
+    {"--initial", "a LITERAL", BitOf(Command::Fold),
+     [](Options& options, std::string text) {
+         SetOnce(options.initial, "--initial", std::move(text));
+     }},
+};
+
+// The value of the option, where it stands at `index`: behind a '=', or the next argument,
 // to which `index` then moves.
-std::optional<std::string> TryTakeValue(const std::string& name, const char* what,
+std::optional<std::string> TryTakeValue(const Setting& setting,
                                         const std::vector<std::string>& arguments,
                                         std::size_t& index) {
     const std::string& argument = arguments[index];
+    const std::string name = setting.name;
     if (argument.starts_with(name + '=')) {
         return argument.substr(name.size() + 1);
     }
@@ -260,58 +162,30 @@ std::optional<std::string> TryTakeValue(const std::string& name, const char* wha
         return std::nullopt;
     }
     if (index + 1 == arguments.size()) {
-        throw UsageError(name + " needs " + what + " behind it" + kSeeHelp);
+        throw UsageError(name + " needs " + setting.what + " behind it" + kSeeHelp);
     }
     return arguments[++index];
 }
 
 // Takes in the option at `index`; false where the command has no such option.
 bool TakeOption(Options& options, const std::vector<std::string>& arguments, std::size_t& index) {
-    const std::string& argument = arguments[index];
-    const Command command = options.command;
-    if (argument == "--verbose") {
-        options.isVerbose = true;
-        return true;
-    }
-    if (command == Command::Functions || command == Command::Check) {
-        return false;
-    }
-    if (argument == "--no-header") {
-        options.hasHeader = false;
-    } else if (const auto type = TryTakeValue("--type", "NAME=CODE", arguments, index)) {
-        AddType(options, *type);
-    } else if (argument == "--compact" && command == Command::Show) {
-        SetStyle(options, JsonStyle::Compact);
-    } else if (argument == "--slim" && command == Command::Show) {
-        SetStyle(options, JsonStyle::Slim);
-    } else if (argument == "--scan" && command == Command::Fold) {
-        SetFold(options, FoldResult::Scan);
-    } else if (argument == "--scan-right" && command == Command::Fold) {
-        SetFold(options, FoldResult::ScanRight);
-    } else if (argument == "--time" && command == Command::Run) {
-        options.isTimed = true;
-    } else if (command == Command::Run) {
-        auto keyPath = TryTakeValue("--print", "a KEYPATH", arguments, index);
-        if (keyPath) {
-            options.prints.push_back(std::move(*keyPath));
+    const unsigned command = BitOf(options.command);
+    for (const Flag& flag : kFlags) {
+        if ((flag.commands & command) != 0 && arguments[index] == flag.name) {
+            flag.set(options);
+            return true;
         }
-        return keyPath.has_value();
-    } else if (command == Command::Apply) {
-        auto constant = TryTakeValue("--constant", "a LITERAL", arguments, index);
-        if (constant) {
-            options.constants.push_back(std::move(*constant));
-        }
-        return constant.has_value();
-    } else if (command == Command::Fold) {
-        auto initial = TryTakeValue("--initial", "a LITERAL", arguments, index);
-        if (initial) {
-            SetInitial(options, std::move(*initial));
-        }
-        return initial.has_value();
-    } else {
-        return false;
     }
-    return true;
+    for (const Setting& setting : kSettings) {
+        if ((setting.commands & command) == 0) {
+            continue;
+        }
+        if (auto value = TryTakeValue(setting, arguments, index)) {
+            setting.set(options, std::move(*value));
+            return true;
+        }
+    }
+    return false;
 }
 
 // The arguments that are no options, in the order in which a command takes them.
@@ -358,7 +232,10 @@ void AssignPositionals(Options& options, Positionals positionals) {
     if (options.command != Command::Functions && options.command != Command::Check) {
         options.file = positionals.Take("file");
     }
-    if (options.command == Command::Show) {
+    if (options.command == Command::Convert) {
+        options.out = positionals.Take("file to write");
+    }
+    if (options.command == Command::Show || options.command == Command::Convert) {
         options.keyPath = positionals.TryTake();
     } else if (options.command == Command::Apply || options.command == Command::Fold) {
         options.columns.push_back(positionals.Take("column"));
@@ -374,6 +251,15 @@ void AssignPositionals(Options& options, Positionals positionals) {
     }
 }
 
+void CheckTable(const Options& options) {
+    if (options.rows && !options.table) {
+        throw UsageError("--rows needs --table");
+    }
+    if (options.table && (options.keyPath || options.style != JsonStyle::Readable)) {
+        throw UsageError("--table excludes a second KEYPATH, --compact and --slim");
+    }
+}
+
 }  // namespace
 
 Options ParseOptions(const std::vector<std::string>& arguments) {
@@ -383,7 +269,7 @@ Options ParseOptions(const std::vector<std::string>& arguments) {
     Options options;
     options.command = ParseCommand(arguments[0]);
     if (options.command == Command::Help) {
-        return MakeHelp(kHelp);
+        return MakeHelp(HelpOf(Command::Help));
     }
     std::vector<std::string> positionals;
     bool takesOptions = true;
@@ -400,6 +286,7 @@ Options ParseOptions(const std::vector<std::string>& arguments) {
         }
     }
     AssignPositionals(options, Positionals(arguments[0], std::move(positionals)));
+    CheckTable(options);
     return options;
 }
 

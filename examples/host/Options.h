@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ColumnType.h"
+#include "lum/core/utility/LumSize.h"
 
 namespace lumhost {
 
@@ -16,7 +17,7 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-enum class Command { Help, Show, Types, Functions, Apply, Fold, Run, Check };
+enum class Command { Help, Show, Types, Convert, Dump, Functions, Apply, Fold, Run, Check };
 enum class JsonStyle { Readable, Compact, Slim };
 enum class FoldResult { Value, Scan, ScanRight };
 
@@ -27,11 +28,15 @@ struct Options {
     std::optional<std::string> function;  ///< of Functions, where it may be missing, Apply and Fold
     std::string program;                  ///< the file of Run and Check
     std::string file;                     ///< of all but Functions and Check
-    std::optional<std::string> keyPath;
-    std::vector<std::string> columns;    ///< one or two of Apply, one of Fold
-    std::vector<std::string> constants;  ///< given by --constant, in order
-    std::optional<std::string> initial;  ///< of Fold, which always has it
-    std::vector<std::string> prints;     ///< given by --print, in order
+    std::optional<std::string> keyPath;   ///< of Show and Convert
+    std::optional<std::string> table;     ///< the key path that Show prints as a table
+    std::optional<lum::core::lumsize_t> rows;  ///< with `table` alone
+    std::optional<std::string> out;            ///< the file of Run, where it may be missing,
+                                               ///< and Convert
+    std::vector<std::string> columns;          ///< one or two of Apply, one of Fold
+    std::vector<std::string> constants;        ///< given by --constant, in order
+    std::optional<std::string> initial;        ///< of Fold, which always has it
+    std::vector<std::string> prints;           ///< given by --print, in order
     bool isTimed = false;
     FoldResult fold = FoldResult::Value;
     JsonStyle style = JsonStyle::Readable;

@@ -7,14 +7,15 @@
 #include <utility>
 #include <vector>
 
-#include "CsvImport.h"
 #include "FileError.h"
+#include "FileForm.h"
 #include "FunctionCommands.h"
 #include "Program.h"
 #include "ProgramText.h"
 #include "StoreAccess.h"
+#include "StoreInput.h"
+#include "StoreOutput.h"
 #include "TextOutput.h"
-#include "TextSource.h"
 #include "lum/core/serialize/StoreValueSerializer.h"
 #include "lum/core/serialize/VtlSerializer.h"
 #include "lum/core/store/StoreValue.h"
@@ -84,17 +85,21 @@ void CheckProgram(const Options& options, std::ostream& out) {
 }
 
 void RunProgramFile(const Options& options, std::ostream& out, Progress& progress) {
+    if (options.out) {
+        static_cast<void>(FormOfOutput(*options.out));
+    }
     std::vector<KeyPath> prints;
     for (const std::string& print : options.prints) {
         prints.push_back(ParseKeyPath(print));
     }
     const ProgramText text = ProgramText::Read(options.program);
     const std::vector<TransformSpec> program = text.Parse(/*keepComments=*/false);
-    const std::unique_ptr<TextSource> source = OpenTextSource(options.file);
-    const std::unique_ptr<IDataStore> store =
-        MakeStore(ImportCsv(*source, {options.hasHeader, options.types}, progress));
-    progress.Finish();
-    const std::vector<StatementRun> runs = RunStatements(text, program, *store);
+    const StoreInput input = ReadStore(options.file, {options.hasHeader, options.types}, progress);
+    IDataStore& store = *input.store;
+    const std::vector<StatementRun> runs = RunStatements(text, program, store);
+    if (options.out) {
+        WriteStore(*options.out, store, KeyPath(), input.names, options.file);
+    }
 
     std::string lines;
     if (options.isTimed) {
@@ -103,11 +108,11 @@ void RunProgramFile(const Options& options, std::ostream& out, Progress& progres
         }
     }
     for (const KeyPath& print : prints) {
-        lines += print.ToString().toStdString() + ": " +
-                 SerializeValue(*FindValue(*store, print, text.GetName())).toStdString() + "\n";
+        lines += TextOf(print) + ": " +
+                 SerializeValue(*FindValue(store, print, text.GetName())).toStdString() + "\n";
     }
-    if (prints.empty()) {
-        for (const std::string& line : DescribeOutputs(program, *store)) {
+    if (prints.empty() && !options.out) {
+        for (const std::string& line : DescribeOutputs(program, store)) {
             lines += line + "\n";
         }
     }

@@ -4,8 +4,7 @@
 #include <string_view>
 
 #include "FileError.h"
-#include "TextSource.h"
-#include "Utf8.h"
+#include "TextInput.h"
 #include "lum/core/serialize/VtlParser.h"
 #include "lum/core/utility/LumException.h"
 
@@ -103,16 +102,7 @@ ProgramText::ProgramText(std::string name, const TStringCore& text)
 }
 
 ProgramText ProgramText::Read(const std::string& path) {
-    const std::unique_ptr<TextSource> source = OpenTextSource(path);
-    std::string bytes;
-    std::string buffer(1 << 16, '\0');
-    while (const std::size_t count = source->Read(buffer.data(), buffer.size())) {
-        bytes.append(buffer, 0, count);
-    }
-    if (!IsUtf8(bytes)) {
-        throw FileError(path, 0, "the text is not UTF-8");
-    }
-    return ProgramText(path, TStringCore::fromUtf8(bytes));
+    return ProgramText(path, ReadText(path));
 }
 
 std::vector<TransformSpec> ProgramText::Parse(bool keepComments) const {

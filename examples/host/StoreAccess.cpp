@@ -35,6 +35,9 @@ SV WalkTo(const IDataStore& store, const KeyPath& path) {
 }  // namespace
 
 KeyPath ParseKeyPath(const std::string& text) {
+    if (text == "/") {
+        return KeyPath();
+    }
     try {
         return KeyPath::ParseString(TStringCore::fromUtf8(text));
     } catch (const LumRuntimeException&) {
@@ -44,14 +47,17 @@ KeyPath ParseKeyPath(const std::string& text) {
     }
 }
 
+std::string TextOf(const KeyPath& path) {
+    return path.GetCount() == 0 ? "/" : path.ToString().toStdString();
+}
+
 SV FindValue(const IDataStore& store, const KeyPath& path, const std::string& file) {
     try {
         return WalkTo(store, path);
     } catch (const LumRuntimeException&) {
         // Why not, the library's log says.
-        throw FileError(
-            file, 0,
-            "there is no value at the key path " + QuoteForMessage(path.ToString().toStdString()));
+        throw FileError(file, 0,
+                        "there is no value at the key path " + QuoteForMessage(TextOf(path)));
     }
 }
 

@@ -14,8 +14,11 @@ namespace lumhost {
 /// A store in which the columns stand under their names.
 std::unique_ptr<lum::core::IDataStore> MakeStore(const std::vector<NamedColumn>& columns);
 
-/// The key path that an argument is. Errors: UsageError.
+/// The key path that an argument is; "/" is that of the store itself. Errors: UsageError.
 lum::core::KeyPath ParseKeyPath(const std::string& text);
+
+/// The text of the path as ParseKeyPath takes it.
+std::string TextOf(const lum::core::KeyPath& path);
 
 /// The value at the path; a special where an element of an array is special.
 /// Errors: FileError, for `file`, where there is none.

@@ -67,6 +67,19 @@ TEST(OptionsTest, ReadsTheCommandsOfPrograms) {
     EXPECT_EQ(ParseOptions({"check", "a.vtl"}).program, "a.vtl");
 }
 
+TEST(OptionsTest, ReadsTablesAndOutputs) {
+    const Options show = ParseOptions({"show", "--table", "a/b", "x.lum", "--rows=0"});
+    EXPECT_EQ(show.file, "x.lum");
+    EXPECT_EQ(show.table, "a/b");
+    EXPECT_EQ(show.rows, 0u);
+    const Options convert = ParseOptions({"convert", "x.csv", "y.lum", "a/b", "--type", "n=l"});
+    EXPECT_EQ(convert.file, "x.csv");
+    EXPECT_EQ(convert.out, "y.lum");
+    EXPECT_EQ(convert.keyPath, "a/b");
+    EXPECT_EQ(ParseOptions({"run", "p.vtl", "x.lum", "--out", "y.json"}).out, "y.json");
+    EXPECT_EQ(ParseOptions({"dump", "x.lum"}).file, "x.lum");
+}
+
 TEST(OptionsTest, OptionsEndAtTwoDashes) {
     const Options options = ParseOptions({"show", "--", "--help", "-x"});
     EXPECT_EQ(options.file, "--help");
@@ -75,12 +88,13 @@ TEST(OptionsTest, OptionsEndAtTwoDashes) {
 
 TEST(OptionsTest, HelpIsGivenWhateverElseStandsThere) {
     EXPECT_NE(ParseOptions({"--help"}).helpText.find("usage:"), std::string::npos);
-    for (const char* command : {"show", "types", "functions", "apply", "fold", "run", "check"}) {
+    for (const std::string command :
+         {"show", "types", "convert", "dump", "functions", "apply", "fold", "run", "check"}) {
         const Options options = ParseOptions({command, "a.csv", "--help", "--nonsense"});
         EXPECT_EQ(options.command, Command::Help);
-        EXPECT_EQ(options.helpText.find(std::string("usage: lumhost ") + command), 0u);
+        EXPECT_EQ(options.helpText.find("usage: lumhost " + command), 0u);
         EXPECT_EQ(options.helpText.find("--no-header") == std::string::npos,
-                  command == std::string("functions") || command == std::string("check"));
+                  command == "dump" || command == "functions" || command == "check");
     }
 }
 
@@ -88,6 +102,8 @@ TEST(OptionsTest, HelpFitsATerminal) {
     for (const std::vector<std::string>& arguments : {std::vector<std::string>{"--help"},
                                                       {"show", "--help"},
                                                       {"types", "--help"},
+                                                      {"convert", "--help"},
+                                                      {"dump", "--help"},
                                                       {"functions", "--help"},
                                                       {"apply", "--help"},
                                                       {"fold", "--help"},
@@ -125,6 +141,13 @@ TEST(OptionsTest, RefusesInOneClearLine) {
         {{"show", "a", "--type", "x="},
          "'' is not a type code; one of b i l f r s d t c (see 'lumhost --help')"},
         {{"show", "a", "--type", "x=i", "--type", "x=l"}, "--type is given twice for 'x'"},
+        {{"show", "a", "--rows", "5"}, "--rows needs --table"},
+        {{"show", "a", "--table", "/", "--rows", "-1"},
+         "'-1' is not a number of rows (see 'lumhost --help')"},
+        {{"show", "a", "x", "--table", "/"},
+         "--table excludes a second KEYPATH, --compact and --slim"},
+        {{"convert", "a"}, "'convert' needs the name of a file to write (see 'lumhost --help')"},
+        {{"dump", "a", "b"}, "'b' is one argument too many (see 'lumhost --help')"},
         {{"functions", "a", "b"}, "'b' is one argument too many (see 'lumhost --help')"},
         {{"functions", "--no-header"},
          "'--no-header' is not an option of functions (see 'lumhost --help')"},

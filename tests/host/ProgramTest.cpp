@@ -2,13 +2,12 @@
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
+
+#include "TemporaryFolder.h"
 
 namespace {
 
@@ -21,25 +20,24 @@ protected:
     };
 
     ProgramTest() {
-        std::filesystem::create_directories(m_folder);
         // Files are named in the folder itself, so that messages show short names.
-        std::filesystem::copy(LUMHOST_TEST_DATA, m_folder,
+        std::filesystem::copy(LUMHOST_TEST_DATA, m_folder.GetPath(),
                               std::filesystem::copy_options::recursive);
     }
-    ~ProgramTest() override { std::filesystem::remove_all(m_folder); }
 
     void WriteFile(const std::string& name, const std::string& text) const {
-        std::ofstream(m_folder / name, std::ios::binary) << text;
+        m_folder.WriteFile(name, text);
     }
 
     /// `arguments` as a shell reads them; `producer` is a command whose output is the input.
     Outcome Run(const std::string& arguments, const std::string& producer = "true",
                 const std::string& output = "out") const {
-        const std::string command = "cd '" + m_folder.string() + "' && " + producer +
+        const std::string command = "cd '" + m_folder.GetPath().string() + "' && " + producer +
                                     " | '" LUMHOST_TEST_PROGRAM "' " + arguments + " >" + output +
                                     " 2>error";
         const int status = std::system(command.c_str());
-        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadFile("out"), ReadFile("error")};
+        return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, m_folder.ReadFile("out"),
+                m_folder.ReadFile("error")};
     }
 
     static void ExpectFault(const Outcome& outcome, int status, const std::string& error) {
@@ -48,14 +46,7 @@ protected:
         EXPECT_EQ(outcome.out, "");
     }
 
-private:
-    std::string ReadFile(const std::string& name) const {
-        std::ifstream file(m_folder / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
-    }
-
-    std::filesystem::path m_folder =
-        std::filesystem::temp_directory_path() / ("lumhost_test_" + std::to_string(getpid()));
+    const lumhost::test::TemporaryFolder m_folder;
 };
 
 TEST_F(ProgramTest, ShowsAStoreInThreeStyles) {
@@ -110,6 +101,64 @@ TEST_F(ProgramTest, ListsTypesInTheOrderOfTheFile) {
               "temp_min:A<r>\n"
               "wind:A<f>\n"
               "weather:A<s>\n");
+}
+
+TEST_F(ProgramTest, ShowsTables) {
+    WriteFile("small.csv", "name,n\na b,1\n,-20\n<Null>,\n");
+    EXPECT_EQ(Run("show small.csv --table / --rows 2").out,
+              "name      n\n"
+              "------  ---\n"
+              "a b       1\n"
+              "<Null>  -20\n"
+              "... 1 more row\n");
+    ExpectFault(Run("show --table name small.csv"), 1,
+                "small.csv: what stands at \"name\" is not a table: it is of type Array\n");
+}
+
+// From hand to hand through all forms, by the endings.
+TEST_F(ProgramTest, ConvertsFiles) {
+    for (const char* arguments :
+         {"convert penguins.csv a.lum", "convert a.lum b.json", "convert b.json a.lum",
+          "convert a.lum c.csv", "convert c.csv d.json"}) {
+        const Outcome outcome = Run(arguments);
+        EXPECT_EQ(outcome.error, "") << arguments;
+        EXPECT_EQ(outcome.out, "") << arguments;
+        EXPECT_EQ(outcome.status, 0) << arguments;
+    }
+    EXPECT_EQ(m_folder.ReadFile("d.json"), Run("show penguins.csv").out);
+    for (const char* arguments : {"show FILE \"'Body Mass (g)'/3\"", "apply isNull FILE Sex",
+                                  "fold sum FILE \"Body Mass (g)\" --initial Null"}) {
+        const auto on = [&](const std::string& file) {
+            return Run(std::string(arguments).replace(std::string(arguments).find("FILE"), 4, file))
+                .out;
+        };
+        EXPECT_EQ(on("a.lum"), on("penguins.csv")) << arguments;
+        EXPECT_EQ(on("b.json"), on("penguins.csv")) << arguments;
+    }
+    ExpectFault(Run("convert none.csv out.lu"), 2,
+                "lumhost: the form of 'out.lu' is not known; its name has to end with .csv, .json "
+                "or .lum\n");
+    ExpectFault(Run("types a.lum --no-header"), 2,
+                "lumhost: --no-header and --type are for comma-separated text, which 'a.lum' is "
+                "not\n");
+}
+
+TEST_F(ProgramTest, DumpsPayloads) {
+    WriteFile("small.csv", "n\n1\n2\n");
+    Run("convert small.csv small.lum");
+    const Outcome whole = Run("dump small.lum");
+    EXPECT_EQ(whole.status, 0);
+    EXPECT_EQ(whole.error, "");
+    EXPECT_NE(whole.out.find("\n0032  0c 02                      type A<i>\n"), std::string::npos)
+        << whole.out;
+    WriteFile("small.lum", m_folder.ReadFile("small.lum").substr(0, 0x3E));
+    const Outcome damaged = Run("dump small.lum");
+    const std::string reason = "error reading outside of binary buffer bounds (error 200)\n";
+    EXPECT_EQ(damaged.status, 1);
+    EXPECT_EQ(damaged.error, "small.lum: damaged at 0x36: " + reason);
+    EXPECT_EQ(damaged.out.substr(damaged.out.rfind("\n0036")),
+              "\n0036  00 00 01 00 00 00 02 00  damaged: " + reason);
+    ExpectFault(Run("dump ."), 1, ".: this is not a regular file, and cannot be mapped\n");
 }
 
 TEST_F(ProgramTest, ListsFunctions) {
@@ -186,6 +235,11 @@ TEST_F(ProgramTest, RunsPrograms) {
     EXPECT_EQ(timed.out.find("line 2: map, 2 rows, "), 0u) << timed.out;
     EXPECT_NE(timed.out.find("\nline 3: reduce, 2 rows, "), std::string::npos) << timed.out;
     EXPECT_EQ(timed.out.substr(timed.out.rfind("\ntotal")), "\ntotal: 4\n");
+    EXPECT_EQ(Run("run small.vtl small.csv --out all.lum").out, "");
+    EXPECT_EQ(Run("show all.lum --slim").out,
+              "{\"n\":[4,[0,\"Null\"]],\"out\":{\"n\":[8,[0,\"Null\"]]},\"t\":[\"sun\",\"rain\"],"
+              "\"total\":4}\n");
+    EXPECT_EQ(Run("run small.vtl all.lum --out all.json").status, 1);  // What it writes is there.
     WriteFile("empty.vtl", "");
     EXPECT_EQ(Run("run empty.vtl small.csv").out, "");
     const Outcome check = Run("check small.vtl");

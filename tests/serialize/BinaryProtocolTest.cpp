@@ -1,9 +1,7 @@
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <functional>
 #include <memory>
-#include <regex>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -124,24 +122,6 @@ TEST_F(BinaryProtocolTest, WholePayloads) {
     for (const auto& [name, digits] : cases) {
         EXPECT_EQ(ToHex(FindGolden(name).GetBytes()), digits);
     }
-}
-
-// The dump in the document of the form: each line is a position, bytes, and what they are.
-TEST_F(BinaryProtocolTest, DocumentedPayload) {
-    std::ifstream document(LUM_SOURCE_DIR "/docs/wire-format.md");
-    const std::regex dumpLine("([0-9a-f]{4})  ((?:[0-9a-f]{2} ?)+) .*");
-    std::vector<unsigned char> bytes;
-    std::string line;
-    while (std::getline(document, line)) {
-        std::smatch parts;
-        if (std::regex_match(line, parts, dumpLine)) {
-            EXPECT_EQ(std::stoul(parts[1], nullptr, 16), bytes.size()) << line;
-            for (const unsigned char byte : FromHex(parts[2])) {
-                bytes.push_back(byte);
-            }
-        }
-    }
-    EXPECT_EQ(ToHex(bytes), ToHex(FindGolden("SortedArrayBase128").GetBytes()));
 }
 
 // A dictionary with these texts as values under the key "k".

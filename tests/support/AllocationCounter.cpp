@@ -1,5 +1,7 @@
 #include "tests/support/AllocationCounter.h"
 
+#include <malloc.h>
+
 #include <atomic>
 #include <cstdlib>
 #include <new>
@@ -7,27 +9,43 @@
 namespace {
 
 std::atomic<std::size_t> g_count{0};
+std::atomic<std::size_t> g_bytes{0};
+std::atomic<std::size_t> g_peakBytes{0};
+
+void* Allocate(std::size_t size) noexcept {
+    g_count.fetch_add(1, std::memory_order_relaxed);
+    void* const memory = std::malloc(size != 0 ? size : 1);
+    const std::size_t added = malloc_usable_size(memory);
+    const std::size_t bytes = g_bytes.fetch_add(added, std::memory_order_relaxed) + added;
+    std::size_t peak = g_peakBytes.load(std::memory_order_relaxed);
+    while (bytes > peak && !g_peakBytes.compare_exchange_weak(peak, bytes)) {
+    }
+    return memory;
+}
+
+void Free(void* memory) noexcept {
+    g_bytes.fetch_sub(malloc_usable_size(memory), std::memory_order_relaxed);
+    std::free(memory);
+}
 
 }  // namespace
 
 // The library's own sorts ask for their buffers this way.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    g_count.fetch_add(1, std::memory_order_relaxed);
-    return std::malloc(size != 0 ? size : 1);
+    return Allocate(size);
 }
 
 void* operator new(std::size_t size) {
-    g_count.fetch_add(1, std::memory_order_relaxed);
-    if (void* const memory = std::malloc(size != 0 ? size : 1)) {
+    if (void* const memory = Allocate(size)) {
         return memory;
     }
     throw std::bad_alloc();
 }
 void operator delete(void* memory) noexcept {
-    std::free(memory);
+    Free(memory);
 }
 void operator delete(void* memory, std::size_t /*size*/) noexcept {
-    std::free(memory);
+    Free(memory);
 }
 
 namespace lum::test {
@@ -36,6 +54,14 @@ AllocationCounter::AllocationCounter() : m_start(g_count.load()) {}
 
 std::size_t AllocationCounter::GetCount() const {
     return g_count.load() - m_start;
+}
+
+PeakMemory::PeakMemory() : m_start(g_bytes.load()) {
+    g_peakBytes = m_start;
+}
+
+std::size_t PeakMemory::GetBytes() const {
+    return g_peakBytes.load() - m_start;
 }
 
 }  // namespace lum::test

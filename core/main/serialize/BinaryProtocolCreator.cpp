@@ -8,6 +8,7 @@
 #include "core/main/serialize/BinaryTypeTag.h"
 #include "core/main/serialize/StringTableCreator.h"
 #include "lum/core/Check.h"
+#include "lumsys/Memory.h"
 
 namespace lum::core {
 namespace {
@@ -27,6 +28,9 @@ void AppendSection(std::vector<unsigned char>& payload, const BinaryBufferCreato
     payload.resize(AlignSection(payload.size()));
     payload.insert(payload.end(), section.GetBuffer().begin(), section.GetBuffer().end());
 }
+
+// Blocks below this are copied at once: to keep them would cost more.
+constexpr uint64 kLeastShared = 4096;
 
 void AppendCountTo(BinaryBufferCreator& buffer, lumsize_t count, bool useBase128) {
     if (useBase128) {
@@ -69,6 +73,13 @@ private:
     BinaryProtocolCreator& m_creator;
 };
 
+struct BinaryProtocolCreator::SharedBytes {
+    uint64 position;  // In the data buffer: they stand in front of what it has from there on.
+    const unsigned char* bytes;
+    uint64 count;  // A multiple of 8, so that they do not matter to the alignment of what follows.
+    std::shared_ptr<const void> owner;
+};
+
 BinaryProtocolCreator::BinaryProtocolCreator(bool useBase128, bool useChecksums)
     : m_path(L"/"),
       m_useBase128(useBase128),
@@ -83,6 +94,7 @@ BinaryProtocolCreator::~BinaryProtocolCreator() = default;
 
 void BinaryProtocolCreator::Reset() {
     m_dataBuffer = std::make_unique<BinaryBufferCreator>();
+    m_sharedBytes.clear();
     m_stringTable->ResetBuffers();
 }
 
@@ -121,15 +133,36 @@ std::vector<unsigned char> BinaryProtocolCreator::FinalizePayload() {
     header.SetValueAt(positions + 16, LumSizeCastSafe(dataPosition));
 
     std::vector<unsigned char> payload;
-    payload.reserve(LumSizeCastSafe(dataPosition + m_dataBuffer->GetLength()));
+    payload.reserve(LumSizeCastSafe(dataPosition + GetDataLength()));
+    lumsys::AdviseLargePages(payload.data(), payload.capacity());
     AppendSection(payload, header);
     if (hasStrings) {
         AppendSection(payload, indices);
         AppendSection(payload, strings);
     }
-    AppendSection(payload, *m_dataBuffer);
+    payload.resize(dataPosition);
+    AppendDataTo(payload);
     Reset();
     return payload;
+}
+
+uint64 BinaryProtocolCreator::GetDataLength() const {
+    uint64 length = m_dataBuffer->GetLength();
+    for (const SharedBytes& shared : m_sharedBytes) {
+        length += shared.count;
+    }
+    return length;
+}
+
+void BinaryProtocolCreator::AppendDataTo(std::vector<unsigned char>& payload) const {
+    const unsigned char* next = m_dataBuffer->GetBuffer().begin();
+    for (const SharedBytes& shared : m_sharedBytes) {
+        const unsigned char* const end = m_dataBuffer->GetBuffer().begin() + shared.position;
+        payload.insert(payload.end(), next, end);
+        payload.insert(payload.end(), shared.bytes, shared.bytes + shared.count);
+        next = end;
+    }
+    payload.insert(payload.end(), next, m_dataBuffer->GetBuffer().end());
 }
 
 void BinaryProtocolCreator::AppendCount(lumsize_t count) {
@@ -310,6 +343,21 @@ void BinaryProtocolCreator::AppendArray(ArrayView<const unsigned int> values) {
 }
 void BinaryProtocolCreator::AppendArray(ArrayView<const unsigned char> values) {
     AppendArrayOf(values);
+}
+
+void BinaryProtocolCreator::AppendSharedBytes(const unsigned char* bytes, uint64 count,
+                                              unsigned char wordSize,
+                                              std::shared_ptr<const void> owner) {
+    m_state->AppendArrayData(LumSizeCastSafe(count));
+    const uint64 byteCount = count * wordSize;
+    if (byteCount < kLeastShared) {
+        return m_dataBuffer->AppendLongBytes(bytes, byteCount, wordSize);
+    }
+    m_dataBuffer->Align(wordSize);
+    const uint64 sharedCount = byteCount & ~uint64{kSectionAlignment - 1};
+    m_sharedBytes.push_back(
+        {m_dataBuffer->GetBuffer().size(), bytes, sharedCount, std::move(owner)});
+    m_dataBuffer->AppendLongBytes(bytes + sharedCount, byteCount - sharedCount, 1);
 }
 
 void BinaryProtocolCreator::AppendStrings(ArrayView<const RIndirectString> values) {

@@ -9,6 +9,7 @@
 #include "core/main/serialize/BinaryTypeTag.h"
 #include "core/main/serialize/StringTableReader.h"
 #include "lum/core/Check.h"
+#include "lumsys/Memory.h"
 
 namespace lum::core {
 namespace {
@@ -336,6 +337,7 @@ std::vector<RIndirectString> BinaryProtocolReader::ReadStrings(lumsize_t count) 
     m_state->AppendArrayData(count);
     std::vector<RIndirectString> strings;
     strings.reserve(std::min<uint64>(count, m_data->GetRemaining()));
+    lumsys::AdviseLargePages(strings.data(), strings.capacity() * sizeof(RIndirectString));
     for (lumsize_t i = 0; i < count; ++i) {
         strings.emplace_back(ReadTableString());
     }

@@ -32,11 +32,13 @@ public:
         m_lastDataCount = count;
         --m_segmentCount;
         m_state = State::ExpectData;
+        m_isInSegment = true;
     }
     void EndListData() override {
         LUM_CHECK(m_state == State::ExpectData, LumError::ListDataExpected);
         LUM_CHECK(m_count == 0, LumError::ListValueCountMismatch);
         m_state = State::ExpectListStart;
+        m_isInSegment = false;
     }
     void EndList() override {
         LUM_CHECK(m_segmentCount == 0, LumError::ListSegmentCountMismatch);
@@ -62,7 +64,6 @@ private:
     }
 
     BinaryListType m_type;
-    lumsize_t m_count = 0;          // Items that are due in the open segment.
     lumsize_t m_segmentCount;       // Segments that are yet to be opened.
     lumsize_t m_lastDataCount = 0;  // Items of the last segment.
     State m_state = State::ExpectListStart;
@@ -70,7 +71,7 @@ private:
 
 class BinaryProtocolStateTracker::DictionaryProtocolState final : public BinaryProtocolState {
 public:
-    explicit DictionaryProtocolState(lumsize_t count) : m_count(count) {}
+    explicit DictionaryProtocolState(lumsize_t count) { m_count = count; }
 
     void OnBeginList() override { OnData(); }
     void OnBeginDictionary() override { OnData(); }
@@ -98,12 +99,11 @@ private:
     enum class State : unsigned char { ExpectKey = 0, ExpectTypeInfo = 1, ExpectValue = 2 };
 
     State m_state = State::ExpectKey;
-    lumsize_t m_count;  // Entries that are due.
 };
 
 class BinaryProtocolStateTracker::TableProtocolState final : public BinaryProtocolState {
 public:
-    explicit TableProtocolState(lumsize_t count) : m_count(count) {}
+    explicit TableProtocolState(lumsize_t count) { m_count = count; }
 
     void OnBeginList() override {
         LUM_CHECK(m_state == State::BeginNestedList, LumError::ListDataExpected);
@@ -140,7 +140,6 @@ private:
 
     State m_state = State::BeginNestedList;
     lumsize_t m_leadingLists = 2;  // Lists without a key that are due in front of the columns.
-    lumsize_t m_count;             // Columns that are due.
 };
 
 class BinaryProtocolStateTracker::KeySetProtocolState final : public BinaryProtocolState {
@@ -194,7 +193,6 @@ private:
 
     BinaryKeySetType m_type;
     State m_state = State::ExpectListStart;
-    lumsize_t m_count = 0;     // Entries that are due in the open segment.
     lumsize_t m_segmentCount;  // Segments that are yet to be opened.
 };
 

@@ -41,7 +41,15 @@ public:
     void EndListData() { GetTop().EndListData(); }
     void AppendKey() { GetTop().OnKey(); }
     void AppendKeyType() { GetTop().OnKeyType(); }
-    void AppendData() { GetTop().OnData(); }
+    // Most events are items of lists, which are only counted.
+    void AppendData() {
+        BinaryProtocolState& top = GetTop();
+        if (top.m_isInSegment) {
+            --top.m_count;
+        } else {
+            top.OnData();
+        }
+    }
     void AppendArrayData(lumsize_t count) { GetTop().OnArrayData(count); }
 
     bool HasStates() const noexcept { return m_top != nullptr; }
@@ -73,6 +81,9 @@ private:
         virtual void OnKeyType() { Refuse(); }
         virtual void OnData() { Refuse(); }
         virtual void OnArrayData(lumsize_t) { Refuse(); }
+
+        lumsize_t m_count = 0;       // Items, entries or columns that are due.
+        bool m_isInSegment = false;  // Then OnData does nothing but count.
 
     protected:
         [[noreturn]] static void Refuse();

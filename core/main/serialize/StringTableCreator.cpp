@@ -10,11 +10,36 @@ namespace {
 
 constexpr std::size_t kFirstPlaceCount = 256;
 
+// Products with odd numbers of no pattern carry each bit upwards; the folds bring it down.
+constexpr uint64 kOdd = 0x9E3779B97F4A7C15;
+constexpr uint64 kLastOdd = 0xD6E8FEB86659FD93;
+
+unsigned int Fold(uint64 hash) {
+    return static_cast<unsigned int>((hash ^ hash >> 32) * kLastOdd >> 32);
+}
+
+// Word by word. A text of more than 12 units has three words at least, and the last one overlaps.
+unsigned int HashOfLong(const TStringCore& text) {
+    const auto* const bytes = reinterpret_cast<const unsigned char*>(text.data());
+    const std::size_t byteCount = text.length() * sizeof(char16_t);
+    uint64 hash = byteCount;
+    const auto add = [&](const unsigned char* from) {
+        uint64 word;
+        std::memcpy(&word, from, sizeof(word));
+        hash = (hash ^ word) * kOdd;
+        hash ^= hash >> 32;
+    };
+    for (std::size_t i = 0; i + sizeof(uint64) < byteCount; i += sizeof(uint64)) {
+        add(bytes + i);
+    }
+    add(bytes + byteCount - sizeof(uint64));
+    return Fold(hash);
+}
+
 // Of the units. Short text is hashed as three words, whatever its length.
 unsigned int HashOf(const TStringCore& text) {
     if (text.length() > TStringCore::kInlineCapacity) {
-        const uint64 hash = text.hash();
-        return static_cast<unsigned int>(hash ^ hash >> 32);
+        return HashOfLong(text);
     }
     std::array<uint64, 3> words{};
     static_assert(sizeof(words) == TStringCore::kInlineCapacity * sizeof(char16_t));
@@ -24,11 +49,8 @@ unsigned int HashOf(const TStringCore& text) {
     } else {
         std::memcpy(words.data(), text.data(), text.length() * sizeof(char16_t));
     }
-    // Products with odd numbers of no pattern carry each bit upwards; the folds bring it down.
-    uint64 hash = words[0] * 0x9E3779B97F4A7C15 ^ (words[1] ^ text.length()) * 0xC2B2AE3D27D4EB4F ^
-                  words[2] * 0x165667B19E3779F9;
-    hash = (hash ^ hash >> 32) * 0xD6E8FEB86659FD93;
-    return static_cast<unsigned int>(hash >> 32);
+    return Fold(words[0] * kOdd ^ (words[1] ^ text.length()) * 0xC2B2AE3D27D4EB4F ^
+                words[2] * 0x165667B19E3779F9);
 }
 
 }  // namespace

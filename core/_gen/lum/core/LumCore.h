@@ -41,6 +41,7 @@
 #include "lum/core/serialize/JsonOptions.h"  // IWYU pragma: export
 #include "lum/core/serialize/JsonSerializer.h"  // IWYU pragma: export
 #include "lum/core/serialize/KeyPathSerializerCache.h"  // IWYU pragma: export
+#include "lum/core/serialize/StoreValueBinarySerializer.h"  // IWYU pragma: export
 #include "lum/core/serialize/StoreValueParser.h"  // IWYU pragma: export
 #include "lum/core/serialize/StoreValueSerializer.h"  // IWYU pragma: export
 #include "lum/core/serialize/StringBytes.h"  // IWYU pragma: export
@@ -140,6 +141,7 @@
 #include "lumsys/Export.h"  // IWYU pragma: export
 #include "lumsys/Hash.h"  // IWYU pragma: export
 #include "lumsys/LumeraError.h"  // IWYU pragma: export
+#include "lumsys/Memory.h"  // IWYU pragma: export
 #include "lumsys/TReadWriteLock.h"  // IWYU pragma: export
 #include "lumsys/TStringCore.h"  // IWYU pragma: export
 #include "lumsys/TThreadPool.h"  // IWYU pragma: export

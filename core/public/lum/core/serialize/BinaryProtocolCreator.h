@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "lum/core/Export.h"
@@ -31,7 +32,9 @@ class Type;
 /// empty string loses it and cannot be read: such a payload is to be avoided.
 ///
 /// Threads: a creator belongs to one thread at a time.
-/// Ownership: the creator copies what it is given; a payload belongs to the caller.
+/// Ownership: the creator copies what it is given, or shares it where told; a payload belongs to
+/// the
+///   caller.
 /// Units: counts are elements. Words are little-endian, and stand at multiples of their size from
 ///   the start of the data.
 /// Errors: LumRuntimeException, reported, with the code named below. A failed event may have been
@@ -49,8 +52,9 @@ public:
     virtual ~BinaryProtocolCreator();
 
     /// The payload of all events since the last one; the creator is then ready for the next.
-    /// Cost: one copy of the data. Errors: ProtocolStateMismatch while a container is open;
-    /// EmptyPayload without any event; OutOfRange where the payload would pass 2^32 - 1 bytes.
+    /// Cost: one copy of the data. What was shared is let go. Errors: ProtocolStateMismatch while a
+    /// container is open; EmptyPayload without any event; OutOfRange where the payload would pass
+    /// 2^32 - 1 bytes.
     virtual std::vector<unsigned char> FinalizePayload();
 
     /// A list: one segment after another, each BeginListData, its items, EndListData. How many
@@ -135,9 +139,19 @@ public:
     /// Items of a segment of a list: writes what an AppendData for each would write, with one look
     /// at the state. Errors: those of AppendArray.
     void AppendStrings(ArrayView<const RIndirectString> values);
+    /// Items of a segment of a list in one block that is copied once, by FinalizePayload: `owner`
+    /// keeps them until then, and they must not change. Writes what AppendArray would write, and
+    /// does as it does with small blocks. Errors: those of AppendArray.
+    template <typename T>
+    void AppendSharedArray(ArrayView<const T> values, std::shared_ptr<const void> owner) {
+        AppendSharedBytes(reinterpret_cast<const unsigned char*>(values.GetData()),
+                          values.GetSize(), sizeof(T), std::move(owner));
+    }
 
 private:
     class TypeCreator;
+    // Bytes that stand elsewhere, and their place in the data.
+    struct SharedBytes;
 
     void Reset();
     void AppendChecksum();
@@ -149,6 +163,10 @@ private:
     void AppendDataOf(T value);
     template <typename T>
     void AppendArrayOf(ArrayView<const T> values);
+    void AppendSharedBytes(const unsigned char* bytes, uint64 count, unsigned char wordSize,
+                           std::shared_ptr<const void> owner);
+    uint64 GetDataLength() const;
+    void AppendDataTo(std::vector<unsigned char>& payload) const;
 
     const unsigned short m_version = BinaryProtocol::Version;
     const TStringCore m_path;
@@ -157,6 +175,7 @@ private:
     const std::unique_ptr<IBinaryProtocolTypeWriter> m_typeCreator;
     const std::unique_ptr<BinaryProtocolStateTracker> m_state;
     std::unique_ptr<BinaryBufferCreator> m_dataBuffer;
+    std::vector<SharedBytes> m_sharedBytes;  // By their places.
     const std::unique_ptr<StringTableCreator> m_stringTable;
 };
 

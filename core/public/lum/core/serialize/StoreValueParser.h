@@ -9,10 +9,13 @@
 
 namespace lum::core {
 
+class BinaryProtocolReader;
 class IDataStore;
 class IJsonObject;
 
-/// Values and stores from the JSON text that StoreValueSerializer writes. The text says nothing of
+/// Values and stores from the JSON text that StoreValueSerializer writes, and stores from payloads.
+/// What follows is told of the text; the operation tells it of payloads.
+/// The text says nothing of
 /// types but in the keys of dictionaries, which are key segments with the type of their value:
 /// {"a:A<i>":[1,2]}. From there on, the type says how an item is read.
 ///
@@ -61,6 +64,35 @@ LUM_CORE_API SV MakeKeyMap(const TStringCore& json);
 /// Errors: also NullArgument for a null type or object.
 LUM_CORE_API SV MakeStoreValueFromJsonObject(const Type* type,
                                              const std::shared_ptr<IJsonObject>& object);
+
+/// A store from the root dictionary of the reader's payload, as SerializeDataStore writes it. The
+/// reader then stands behind the root, ready for the next payload of its stream.
+///
+/// Values come back in the form that was written: numbers as views into the payload, constant and
+/// composite arrays as such, statements of order with them. Of members, keys and entries under one
+/// name or key the first counts.
+///
+/// Threads: the reader belongs to this thread; the values may be read on any.
+/// Ownership: the store is the caller's. Columns of numbers and of kinds, and composite arrays'
+///   indices, keep the payload's buffer alive, whatever becomes of the reader and of the caller's
+///   share; all else is copied out of it.
+/// Errors: nothing partial is given; the reader is good for nothing but destruction then. A payload
+///   may be any bytes. LumRuntimeException with the codes of BinaryProtocolReader and
+///   InvalidStoreType; NormalBoxedSpecial for a special value that is none, IllegalSpecialKind for
+///   a kind without a name, but not within a column of kinds; InvalidListType for a list that is
+///   not of the type's kind, ExpectedTuple for one that is no row, Unspecified for a row of another
+///   size; ListValueCountMismatch for a composite array with segments of unlike length;
+///   NestedCollectionSpecials for special collections in an array; InvalidBinaryData for values
+///   that nest deeper than 256 levels, for an index of a composite array outside of its runs, for
+///   an external value that the host does not make, and, with "corrupt table sort metadata", for a
+///   table's statement of order that is none; those of making the value, such as
+///   SpecialsSizeMismatch, ColumnSizeMismatch, TableColumnNotArray, and OutOfRange for runs of 2^32
+///   elements and more; those of the hash of strings, as without a collator pool. Also what
+///   BinaryProtocolReader and the host's functions for external values throw.
+/// Cost: O(1) a column of numbers, whatever its length; else linear in the payload, but for keys
+///   and members whose hashes a hostile payload chose to collide. A payload takes at most 64 KiB
+///   and 256 times its size of memory, beside what is remembered of names and types.
+LUM_CORE_API std::shared_ptr<IDataStore> MakeDataStore(BinaryProtocolReader& reader);
 
 }  // namespace StoreValueParser
 
