@@ -19,7 +19,7 @@ namespace {
 class InstructionSetTest : public testing::Test {
 protected:
     void SetUp() override {
-        if (!detail::g_hasAvx2) {
+        if (!detail::kHasAvx2) {
             GTEST_SKIP() << "the processor has one instruction set";
         }
     }

@@ -72,26 +72,31 @@ void RegisterSpecialConversions(RegistryOfUnaryFunctions& registry, const wchar_
 }  // namespace
 
 void RegisterConversionFunctions(RegistryOfUnaryFunctions& registry) {
-    using namespace FunctionNames;
-    RegisterConversions<int, long long, float, double>(registry, TO_INT32);
-    RegisterConversions<long long, int, float, double>(registry, TO_INT64);
-    RegisterConversions<float, int, long long, double>(registry, TO_REAL32);
-    RegisterSpecialConversions<float, double>(registry, TO_REAL32);
-    RegisterConversions<double, int, long long, float, double>(registry, TO_REAL64);
-    RegisterSpecialConversions<double, bool, long long, double>(registry, TO_REAL64);
+    RegisterConversions<int, long long, float, double>(registry, FunctionNames::TO_INT32);
+    RegisterConversions<long long, int, float, double>(registry, FunctionNames::TO_INT64);
+    RegisterConversions<float, int, long long, double>(registry, FunctionNames::TO_REAL32);
+    RegisterSpecialConversions<float, double>(registry, FunctionNames::TO_REAL32);
+    RegisterConversions<double, int, long long, float, double>(registry, FunctionNames::TO_REAL64);
+    RegisterSpecialConversions<double, bool, long long, double>(registry, FunctionNames::TO_REAL64);
 
-    RegisterFunction<DateTimeToReal>(registry, KeyOf<LumDateTime>(TO_REAL64), TypeOf<double>());
-    RegisterFunction<DateTimeToRealSpecial>(registry, KeyOf<LumDateTime>(TO_REAL64),
+    RegisterFunction<DateTimeToReal>(registry, KeyOf<LumDateTime>(FunctionNames::TO_REAL64),
+                                     TypeOf<double>());
+    RegisterFunction<DateTimeToRealSpecial>(registry, KeyOf<LumDateTime>(FunctionNames::TO_REAL64),
                                             TypeOf<double>());
     ForEachType<int, long long>([&]<typename T>() {
-        RegisterFunction<ToColor<T>>(registry, KeyOf<T>(TO_COLOR), TypeOf<LumColor>());
+        RegisterFunction<ToColor<T>>(registry, KeyOf<T>(FunctionNames::TO_COLOR),
+                                     TypeOf<LumColor>());
     });
-    RegisterFunction<ToDateTime>(registry, KeyOf<double>(TO_DATETIME), TypeOf<LumDateTime>());
+    RegisterFunction<ToDateTime>(registry, KeyOf<double>(FunctionNames::TO_DATETIME),
+                                 TypeOf<LumDateTime>());
 
-    RegisterFunction<GetMonth>(registry, KeyOf<LumDateTime>(GET_MONTH), TypeOf<int>());
-    RegisterFunction<GetYear>(registry, KeyOf<LumDateTime>(GET_YEAR), TypeOf<int>());
-    RegisterFunction<GetISOWeek>(registry, KeyOf<LumDateTime>(GET_ISO_WEEK), TypeOf<int>());
-    RegisterFunction<GetISOYear>(registry, KeyOf<LumDateTime>(GET_ISO_YEAR), TypeOf<int>());
+    RegisterFunction<GetMonth>(registry, KeyOf<LumDateTime>(FunctionNames::GET_MONTH),
+                               TypeOf<int>());
+    RegisterFunction<GetYear>(registry, KeyOf<LumDateTime>(FunctionNames::GET_YEAR), TypeOf<int>());
+    RegisterFunction<GetISOWeek>(registry, KeyOf<LumDateTime>(FunctionNames::GET_ISO_WEEK),
+                                 TypeOf<int>());
+    RegisterFunction<GetISOYear>(registry, KeyOf<LumDateTime>(FunctionNames::GET_ISO_YEAR),
+                                 TypeOf<int>());
 }
 
 }  // namespace lum::core

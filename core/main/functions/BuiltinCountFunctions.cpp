@@ -49,19 +49,19 @@ void RegisterCount(RegistryOfBinaryFunctions& registry, const wchar_t* name) {
 }  // namespace
 
 void RegisterCountFunctions(RegistryOfBinaryFunctions& registry) {
-    using namespace FunctionNames;
     ForEachType<int, long long, float, double, RIndirectString, LumDateTime, bool, SV>(
         [&]<typename T>() {
-            RegisterFunction<CountAll<T>>(registry, KeyOf<int, T>(COUNT_ALL), TypeOf<int>());
+            RegisterFunction<CountAll<T>>(registry, KeyOf<int, T>(FunctionNames::COUNT_ALL),
+                                          TypeOf<int>());
         });
     ForEachType<int, long long, float, double>([&]<typename T>() {
-        RegisterCount<T, &IsNormal<T>>(registry, COUNT);
-        RegisterCount<T, &IsNegative<T>>(registry, COUNT_NEGATIVES);
+        RegisterCount<T, &IsNormal<T>>(registry, FunctionNames::COUNT);
+        RegisterCount<T, &IsNegative<T>>(registry, FunctionNames::COUNT_NEGATIVES);
     });
     ForEachType<int, long long, float, double, RIndirectString, LumDateTime, bool>(
         [&]<typename T>() {
-            RegisterCount<T, &IsSpecial<T>>(registry, COUNT_SPECIALS);
-            RegisterCount<T, &IsNull<T>>(registry, COUNT_NULLS);
+            RegisterCount<T, &IsSpecial<T>>(registry, FunctionNames::COUNT_SPECIALS);
+            RegisterCount<T, &IsNull<T>>(registry, FunctionNames::COUNT_NULLS);
         });
 }
 

@@ -35,17 +35,16 @@ void RegisterBest(RegistryOfBinaryFunctions& registry, const wchar_t* name) {
 }  // namespace
 
 void RegisterReduceFunctions(RegistryOfBinaryFunctions& registry) {
-    using namespace FunctionNames;
-    RegisterBest<BestOf::Least>(registry, MIN);
-    RegisterBest<BestOf::Greatest>(registry, MAX);
+    RegisterBest<BestOf::Least>(registry, FunctionNames::MIN);
+    RegisterBest<BestOf::Greatest>(registry, FunctionNames::MAX);
     ForEachType<int, long long, float, double>([&]<typename T>() {
-        RegisterFunction<Sum<T>>(registry, KeyOf<T, T>(SUM), TypeOf<T>());
-        RegisterFunction<SumOfNormal<T>>(registry, KeyOf<T, T>(SUM), TypeOf<T>());
+        RegisterFunction<Sum<T>>(registry, KeyOf<T, T>(FunctionNames::SUM), TypeOf<T>());
+        RegisterFunction<SumOfNormal<T>>(registry, KeyOf<T, T>(FunctionNames::SUM), TypeOf<T>());
     });
 
-    RegisterFunction<And>(registry, KeyOf<bool, bool>(AND), TypeOf<bool>());
-    RegisterFunction<Or>(registry, KeyOf<bool, bool>(OR), TypeOf<bool>());
-    RegisterFunction<Xor>(registry, KeyOf<bool, bool>(XOR), TypeOf<bool>());
+    RegisterFunction<And>(registry, KeyOf<bool, bool>(FunctionNames::AND), TypeOf<bool>());
+    RegisterFunction<Or>(registry, KeyOf<bool, bool>(FunctionNames::OR), TypeOf<bool>());
+    RegisterFunction<Xor>(registry, KeyOf<bool, bool>(FunctionNames::XOR), TypeOf<bool>());
 }
 
 }  // namespace lum::core

@@ -93,31 +93,34 @@ void RegisterIs(RegistryOfMultinaryFunctions& registry) {
 }  // namespace
 
 void RegisterSetValueMultiFunctions(RegistryOfMultinaryFunctions& registry) {
-    using namespace FunctionNames;
     ForEachType<int, long long, float, double>([&]<typename T>() {
-        RegisterFunction<Calculate<ADD, T, &Add<T>>>(registry, KeyOf<T, T>(ADD), TypeOf<T>());
-        RegisterFunction<Calculate<SUBTRACT, T, &Subtract<T>>>(registry, KeyOf<T, T>(SUBTRACT),
-                                                               TypeOf<T>());
+        RegisterFunction<Calculate<FunctionNames::ADD, T, &Add<T>>>(
+            registry, KeyOf<T, T>(FunctionNames::ADD), TypeOf<T>());
+        RegisterFunction<Calculate<FunctionNames::SUBTRACT, T, &Subtract<T>>>(
+            registry, KeyOf<T, T>(FunctionNames::SUBTRACT), TypeOf<T>());
     });
     ForEachType<int, long long, double>([&]<typename T>() {
-        RegisterFunction<Calculate<MULTIPLY, T, &Multiply<T>>>(registry, KeyOf<T, T>(MULTIPLY),
-                                                               TypeOf<T>());
-        RegisterFunction<Calculate<DIVIDE, T, &DivideUnchecked<T>>>(registry, KeyOf<T, T>(DIVIDE),
-                                                                    TypeOf<T>());
+        RegisterFunction<Calculate<FunctionNames::MULTIPLY, T, &Multiply<T>>>(
+            registry, KeyOf<T, T>(FunctionNames::MULTIPLY), TypeOf<T>());
+        RegisterFunction<Calculate<FunctionNames::DIVIDE, T, &DivideUnchecked<T>>>(
+            registry, KeyOf<T, T>(FunctionNames::DIVIDE), TypeOf<T>());
     });
-    RegisterFunction<And<AND>>(registry, KeyOf<bool, bool>(AND), TypeOf<bool>());
+    RegisterFunction<And<FunctionNames::AND>>(registry, KeyOf<bool, bool>(FunctionNames::AND),
+                                              TypeOf<bool>());
     ForEachType<long long, double>([&]<typename T>() {
-        RegisterFunction<Select<MIN, T, &IsLess>>(registry, KeyOf<T, T>(MIN), TypeOf<T>());
-        RegisterFunction<Select<MAX, T, &IsGreater>>(registry, KeyOf<T, T>(MAX), TypeOf<T>());
+        RegisterFunction<Select<FunctionNames::MIN, T, &IsLess>>(
+            registry, KeyOf<T, T>(FunctionNames::MIN), TypeOf<T>());
+        RegisterFunction<Select<FunctionNames::MAX, T, &IsGreater>>(
+            registry, KeyOf<T, T>(FunctionNames::MAX), TypeOf<T>());
     });
-    RegisterComparison<EQUAL_TO, &IsEqual>(registry);
-    RegisterComparison<NOT_EQUAL_TO, &IsNotEqual>(registry);
-    RegisterComparison<LESS_THAN, &IsLess>(registry);
-    RegisterComparison<LESS_THAN_OR_EQUAL, &IsLessOrEqual>(registry);
-    RegisterComparison<GREATER_THAN, &IsGreater>(registry);
-    RegisterComparison<GREATER_THAN_OR_EQUAL, &IsGreaterOrEqual>(registry);
-    RegisterIs<IS_TRUE, true>(registry);
-    RegisterIs<IS_FALSE, false>(registry);
+    RegisterComparison<FunctionNames::EQUAL_TO, &IsEqual>(registry);
+    RegisterComparison<FunctionNames::NOT_EQUAL_TO, &IsNotEqual>(registry);
+    RegisterComparison<FunctionNames::LESS_THAN, &IsLess>(registry);
+    RegisterComparison<FunctionNames::LESS_THAN_OR_EQUAL, &IsLessOrEqual>(registry);
+    RegisterComparison<FunctionNames::GREATER_THAN, &IsGreater>(registry);
+    RegisterComparison<FunctionNames::GREATER_THAN_OR_EQUAL, &IsGreaterOrEqual>(registry);
+    RegisterIs<FunctionNames::IS_TRUE, true>(registry);
+    RegisterIs<FunctionNames::IS_FALSE, false>(registry);
 }
 
 }  // namespace lum::core

@@ -49,16 +49,16 @@ void RegisterBothForms(RegistryOfBinaryFunctions& registry, const wchar_t* name)
 }  // namespace
 
 void RegisterZipWithFunctions(RegistryOfBinaryFunctions& registry) {
-    using namespace FunctionNames;
     ForEachType<int, long long, float, double>([&]<typename T>() {
-        RegisterBothForms<T, &Add<T>>(registry, ADD);
-        RegisterBothForms<T, &Subtract<T>>(registry, SUBTRACT);
-        RegisterBothForms<T, &Multiply<T>>(registry, MULTIPLY);
-        RegisterFunction<Divide<T>>(registry, KeyOf<T, T>(DIVIDE), TypeOf<T>());
-        RegisterFunction<DivideOrNull<T>>(registry, KeyOf<T, T>(DIVIDE), TypeOf<T>());
+        RegisterBothForms<T, &Add<T>>(registry, FunctionNames::ADD);
+        RegisterBothForms<T, &Subtract<T>>(registry, FunctionNames::SUBTRACT);
+        RegisterBothForms<T, &Multiply<T>>(registry, FunctionNames::MULTIPLY);
+        RegisterFunction<Divide<T>>(registry, KeyOf<T, T>(FunctionNames::DIVIDE), TypeOf<T>());
+        RegisterFunction<DivideOrNull<T>>(registry, KeyOf<T, T>(FunctionNames::DIVIDE),
+                                          TypeOf<T>());
     });
     ForEachType<int, long long>([&]<typename T>() {
-        RegisterFunction<BitOr<T>>(registry, KeyOf<T, T>(BITOR), TypeOf<T>());
+        RegisterFunction<BitOr<T>>(registry, KeyOf<T, T>(FunctionNames::BITOR), TypeOf<T>());
     });
 }
 

@@ -3,9 +3,9 @@
 namespace lum::core::detail {
 
 #ifdef __x86_64__
-const bool g_hasAvx2 = __builtin_cpu_supports("avx2") != 0;
+const bool kHasAvx2 = __builtin_cpu_supports("avx2") != 0;
 #else
-const bool g_hasAvx2 = false;
+const bool kHasAvx2 = false;
 #endif
 
 }  // namespace lum::core::detail

@@ -79,10 +79,10 @@ private:
     void AlignUnchecked(std::uintptr_t wordSize) noexcept {
         m_pos = m_start + ((m_pos - m_start + (wordSize - 1)) & ~(wordSize - 1));
     }
-    template <unsigned int WordSize>
+    template <unsigned int kWordSize>
     const unsigned char* Take(uint64 size) {
-        static_assert(WordSize == 1 || WordSize == 2 || WordSize == 4 || WordSize == 8);
-        AlignUnchecked(WordSize);
+        static_assert(kWordSize == 1 || kWordSize == 2 || kWordSize == 4 || kWordSize == 8);
+        AlignUnchecked(kWordSize);
         LUM_CHECK(m_pos <= m_bufferEnd, LumError::BufferReadOutOfBounds);
         LUM_CHECK_TEXT("((size_t)(m_bufferEnd - m_pos) >= size)", m_bufferEnd - m_pos >= size,
                        LumError::BufferReadOutOfBounds);

@@ -109,7 +109,7 @@ TStringCore BinaryProtocolReader::NextPayload(const std::shared_ptr<ISharedArray
     const auto flags = header.Read<unsigned int>();
     m_useBase128 = (flags & kBase128Flag) != 0;
     m_useChecksums = (flags & kChecksumsFlag) != 0;
-    const TStringCore path = header.ReadStringBytes(ReadBase128Data(header));
+    TStringCore path = header.ReadStringBytes(ReadBase128Data(header));
 
     const auto strIndicesPos = header.Read<buffersize_t>();
     const auto strIndicesLen = header.Read<buffersize_t>();

@@ -26,7 +26,7 @@ LUM_VECTORIZE_BEGIN
 namespace lum::core::detail {
 
 /// Whether the processor has AVX2; false until the library's static objects are made.
-extern LUM_CORE_API const bool g_hasAvx2;
+extern LUM_CORE_API const bool kHasAvx2;
 
 #ifdef __x86_64__
 /// `flatten` pulls what the loop calls into this function, where it may use the instructions. By
@@ -42,7 +42,7 @@ template <typename Loop>
 template <typename Loop>
 LUM_ALWAYS_INLINE inline void RunOnBestInstructionSet(const Loop& loop) {
 #ifdef __x86_64__
-    if (g_hasAvx2) {
+    if (kHasAvx2) {
         return RunWithAvx2(loop);
     }
 #endif
