@@ -176,12 +176,13 @@ TEST_F(BinaryValueRefusalTest, Nesting) {
             for (int i = 0; i < depth; ++i) {
                 data += level;
             }
+            data += end;
             test::OnSmallStack([&] {
-                if (depth <= kLimit / valuesALevel) {
-                    EXPECT_EQ(ReadData(data + end)->GetValue(KeyPath())->GetCount(), 1u);
+                if (depth * valuesALevel <= kLimit) {
+                    EXPECT_EQ(ReadData(data)->GetValue(KeyPath())->GetCount(), 1u);
                 } else {
                     EXPECT_LUM_REPORT(InvalidBinaryData, "", "(m_level < kMaxNestingLevels)",
-                                      ReadData(data + end));
+                                      ReadData(data));
                 }
             });
         }
