@@ -191,7 +191,8 @@ TEST_F(BinaryValueDamageTest, MemoryOfManySmallValues) {
 TEST_F(BinaryValueDamageTest, MemoryOfTypes) {
     std::string data = "ac02";  // 300 entries under one name.
     for (int i = 0; i < 300; ++i) {
-        const std::string scale = test::ToHex(std::string(1, static_cast<char>(i % 128)));
+        const std::string scale =
+            test::ToHex(std::vector<unsigned char>{static_cast<unsigned char>(i % 128)});
         data += "01 4c" + Repeat("0c", 200) + (i < 128 ? "84" : "85") + "21" + scale + "01";
     }
     EXPECT_EQ(Read(MakeBytes(data), 0)->GetValue(KeyPath())->GetCount(), 1u);

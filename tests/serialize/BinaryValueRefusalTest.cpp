@@ -67,6 +67,8 @@ TEST_F(BinaryValueRefusalTest, Data) {
         // Kinds.
         {"42 0a", LumError::IllegalSpecialKind, isKind},
         {"42 00", LumError::NormalBoxedSpecial, "(m_specialKind) != (SpecialKind::Normal)"},
+        {"0c 8a 02 00 0c 05 00", LumError::NormalBoxedSpecial,
+         "(kind != SpecialKind::Normal || count == 0)"},
         {"0c 02 0c 05 ff", LumError::IllegalSpecialKind, isKind},
         {"0d 02 0d 00 01 0a", LumError::IllegalSpecialKind, isKind},
         {"0e 01 01 02 00 01 0a 00", LumError::IllegalSpecialKind, isKind},
@@ -176,12 +178,13 @@ TEST_F(BinaryValueRefusalTest, Nesting) {
             for (int i = 0; i < depth; ++i) {
                 data += level;
             }
+            data += end;
             test::OnSmallStack([&] {
-                if (depth <= kLimit / valuesALevel) {
-                    EXPECT_EQ(ReadData(data + end)->GetValue(KeyPath())->GetCount(), 1u);
+                if (depth * valuesALevel <= kLimit) {
+                    EXPECT_EQ(ReadData(data)->GetValue(KeyPath())->GetCount(), 1u);
                 } else {
                     EXPECT_LUM_REPORT(InvalidBinaryData, "", "(m_level < kMaxNestingLevels)",
-                                      ReadData(data + end));
+                                      ReadData(data));
                 }
             });
         }

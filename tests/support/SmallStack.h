@@ -9,10 +9,23 @@
 
 namespace lum::test {
 
+#if defined(__SANITIZE_ADDRESS__)
+#define LUM_TEST_LARGE_FRAMES
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define LUM_TEST_LARGE_FRAMES
+#endif
+#endif
+
 /// Runs `work` on a thread with a stack of 256 KiB, where whatever recurses as deep as its input
-/// ends the program. An exception comes through.
+/// ends the program; four times that under AddressSanitizer, which puts guards between the locals
+/// of a function. An exception comes through.
 inline void OnSmallStack(const std::function<void()>& work) {
+#if defined(LUM_TEST_LARGE_FRAMES)
+    constexpr std::size_t kStackSize = 1 << 20;
+#else
     constexpr std::size_t kStackSize = 256 << 10;
+#endif
     struct Job {
         const std::function<void()>& work;
         std::exception_ptr failure;

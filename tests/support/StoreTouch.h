@@ -34,7 +34,7 @@ public:
 
 private:
     static constexpr core::lumsize_t kMostWalked = 4096;
-    static constexpr core::uint64 kMostSpelt = 100'000;
+    static constexpr core::uint64 kMostSpelt = 10'000;
 
     template <typename F>
     static void Attempt(const F& function) {

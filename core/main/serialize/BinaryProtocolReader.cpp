@@ -1,6 +1,7 @@
 #include "lum/core/serialize/BinaryProtocolReader.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 
@@ -338,8 +339,20 @@ std::vector<RIndirectString> BinaryProtocolReader::ReadStrings(lumsize_t count) 
     std::vector<RIndirectString> strings;
     strings.reserve(std::min<uint64>(count, m_data->GetRemaining()));
     lumsys::AdviseLargePages(strings.data(), strings.capacity() * sizeof(RIndirectString));
-    for (lumsize_t i = 0; i < count; ++i) {
-        strings.emplace_back(ReadTableString());
+    // The table is larger than the cache where there are many strings, so a batch of them is on its
+    // way before the first is looked at.
+    constexpr lumsize_t kBatch = 32;
+    std::array<const TStringCore*, kBatch> batch;
+    for (lumsize_t left = count; left > 0;) {
+        const lumsize_t length = std::min(left, kBatch);
+        for (lumsize_t i = 0; i < length; ++i) {
+            batch[i] = &ReadTableString();
+            __builtin_prefetch(batch[i]);
+        }
+        for (lumsize_t i = 0; i < length; ++i) {
+            strings.emplace_back(*batch[i]);
+        }
+        left -= length;
     }
     return strings;
 }

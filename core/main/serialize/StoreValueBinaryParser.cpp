@@ -45,7 +45,26 @@ SV BinaryValueReader::MakeStoreValue(const std::pair<const Type*, bool>& typeAnd
     return value;
 }
 
+// Collections nest, so what their readers take of the stack counts; single values are read
+// elsewhere.
 SV BinaryValueReader::ReadNormalValue(const Type* type) {
+    switch (type->GetStoreType()) {
+        case StoreType::Array:
+            return ReadArray(&type->As<CollectionType>());
+        case StoreType::Set:
+            return ReadSet(&type->As<CollectionType>());
+        case StoreType::KeySet:
+            return ReadKeySet(type->As<KeySetType>());
+        case StoreType::KeyMap:
+            return ReadKeyMap();
+        case StoreType::Table:
+            return ReadTable();
+        default:
+            return ReadScalar(type);
+    }
+}
+
+SV BinaryValueReader::ReadScalar(const Type* type) {
     switch (type->GetStoreType()) {
         case StoreType::Bool:
             return factory::MakeBool(m_reader.ReadBool());
@@ -74,18 +93,9 @@ SV BinaryValueReader::ReadNormalValue(const Type* type) {
             return factory::MakeTuple(ReadRow(&type->As<TupleType>()));
         case StoreType::External:
             return ReadExternal(type->As<ExternalType>());
-        case StoreType::Array:
-            return ReadArray(&type->As<CollectionType>());
-        case StoreType::Set:
-            return ReadSet(&type->As<CollectionType>());
-        case StoreType::KeySet:
-            return ReadKeySet(type->As<KeySetType>());
-        case StoreType::KeyMap:
-            return ReadKeyMap();
-        case StoreType::Table:
-            return ReadTable();
+        default:
+            LUM_FAIL(LumError::InvalidStoreType);
     }
-    LUM_FAIL(LumError::InvalidStoreType);
 }
 
 // Key maps and tables -----------------------------------------------------------------------------

@@ -45,6 +45,7 @@ private:
     lumsize_t PlanRoom(lumsize_t count);
 
     SV ReadNormalValue(const Type* type);
+    [[gnu::noinline]] SV ReadScalar(const Type* type);
     SpecialKind ReadKind();
     std::unique_ptr<Members> ReadMembers(lumsize_t count);
     SV ReadTable();

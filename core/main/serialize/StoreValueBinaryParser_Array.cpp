@@ -106,9 +106,15 @@ SV BinaryValueReader::ReadConstantArray(const CollectionType* type, BinaryListTy
               LumError::InvalidListType);
     const Type* const elementType = type->GetElementType();
     const lumsize_t count = m_reader.BeginListData();
-    SV array = binListType.HasSpecials()
-                   ? factory::MakeConstantArray<T>(elementType, count, ReadKind())
-                   : factory::MakeConstantArray<T>(elementType, ReadElement<T>(elementType), count);
+    SV array;
+    if (binListType.HasSpecials()) {
+        const SpecialKind kind = ReadKind();
+        // There would be elements without a value.
+        LUM_CHECK(kind != SpecialKind::Normal || count == 0, LumError::NormalBoxedSpecial);
+        array = factory::MakeConstantArray<T>(elementType, count, kind);
+    } else {
+        array = factory::MakeConstantArray<T>(elementType, ReadElement<T>(elementType), count);
+    }
     m_reader.EndListData();
     return array;
 }

@@ -9,6 +9,7 @@ namespace lum::core {
 namespace {
 
 constexpr std::size_t kFirstPlaceCount = 256;
+constexpr std::size_t kHandlesAPlace = 2;
 
 // Products with odd numbers of no pattern carry each bit upwards; the folds bring it down.
 constexpr uint64 kOdd = 0x9E3779B97F4A7C15;
@@ -55,11 +56,32 @@ unsigned int HashOf(const TStringCore& text) {
 
 }  // namespace
 
-StringTableCreator::StringTableCreator() : m_places(kFirstPlaceCount) {
+StringTableCreator::StringTableCreator()
+    : m_byHandle(kHandlesAPlace * kFirstPlaceCount), m_places(kFirstPlaceCount) {
     ResetBuffers();
 }
 
 unsigned int StringTableCreator::Add(const TStringCore& text) {
+    static_assert(sizeof(TStringCore) == 32);
+    std::array<uint64, 4> words;
+    std::memcpy(words.data(), static_cast<const void*>(&text), sizeof(words));
+    const unsigned int hash = Fold(words[0] * kOdd ^ words[1] * 0xC2B2AE3D27D4EB4F ^
+                                   words[2] * 0x165667B19E3779F9 ^ words[3]);
+    const std::size_t slot = hash & (m_byHandle.size() - 1);
+    for (const std::size_t tried : {slot, slot ^ 1}) {
+        const unsigned int index = m_byHandle[tried];
+        if (index != 0 && std::memcmp(static_cast<const void*>(&m_known[index - 1]), words.data(),
+                                      sizeof(words)) == 0) {
+            return index;
+        }
+    }
+    const unsigned int index = AddText(text);
+    const std::size_t newSlot = hash & (m_byHandle.size() - 1);  // It may have grown.
+    m_byHandle[m_byHandle[newSlot] == 0 ? newSlot : newSlot ^ 1] = index;
+    return index;
+}
+
+unsigned int StringTableCreator::AddText(const TStringCore& text) {
     const unsigned int hash = HashOf(text);
     const unsigned int known = FindPlace(text, hash).index;
     if (known != 0) {
@@ -101,6 +123,7 @@ void StringTableCreator::Grow() {
         }
     }
     m_places = std::move(places);
+    m_byHandle.assign(kHandlesAPlace * m_places.size(), 0);
 }
 
 void StringTableCreator::ResetBuffers() {

@@ -34,11 +34,17 @@ private:
         unsigned int index = 0;  // 0 where the place is free.
     };
 
+    // Where the handle itself is not known.
+    unsigned int AddText(const TStringCore& text);
     unsigned int GetNextIndex() const { return LumSizeCastSafe(m_known.size() + 1); }
     // The place of `text`, or the free one where it belongs.
     Place& FindPlace(const TStringCore& text, unsigned int hash);
     void Grow();
 
+    // Indices by the bytes of handles: copies of one handle, as columns are full of, are the same
+    // bytes, whether the text stands in them or in a block, which a known string keeps from
+    // changing. Two places are tried, and the second one is taken over.
+    std::vector<unsigned int> m_byHandle;
     std::vector<Place> m_places;  // A power of two, at least twice as many as there are strings.
     std::vector<TStringCore> m_known;  // By index, from 1 on.
     std::shared_ptr<BinaryBufferCreator> m_strings;

@@ -78,7 +78,7 @@ LUM_CORE_API SV MakeStoreValueFromJsonObject(const Type* type,
 ///   share; all else is copied out of it.
 /// Errors: nothing partial is given; the reader is good for nothing but destruction then. A payload
 ///   may be any bytes. LumRuntimeException with the codes of BinaryProtocolReader and
-///   InvalidStoreType; NormalBoxedSpecial for a special value that is none, IllegalSpecialKind for
+///   InvalidStoreType; NormalBoxedSpecial for special values that are none, IllegalSpecialKind for
 ///   a kind without a name, but not within a column of kinds; InvalidListType for a list that is
 ///   not of the type's kind, ExpectedTuple for one that is no row, Unspecified for a row of another
 ///   size; ListValueCountMismatch for a composite array with segments of unlike length;
