@@ -15,7 +15,7 @@ import sys
 FOLDERS = ["lumsys", "lummetrics", "core", "examples", "tests", "fuzz", "bench"]
 INCLUDE_FOLDERS = [
     "core/public", "core/_gen", "lumsys/public", "lummetrics/public", "core/_gen_private", ".",
-    "examples/host",
+    "examples/host", "examples/engine",
 ]
 FLAGS = [
     "-std=c++20", "-fsyntax-only", "-fno-strict-aliasing", "-Wall", "-Wextra", "-Wpedantic",
