@@ -234,5 +234,16 @@ TEST_F(BuiltinMultinaryTest, Bools) {
                 [&](const Values& one) { return !fetch(one[0]); });
 }
 
+TEST_F(BuiltinMultinaryTest, RefuseNothing) {
+    const Types longs = {IntType::Get64(), IntType::Get64()};
+    const SV number = MakeStoreValue(IntType::Get64(), 1LL);
+    for (const wchar_t* const name : {EQUAL_TO, LESS_THAN}) {
+        EXPECT_LUM_ERROR(NullArgument, "", Get<bool>(name, longs)({number, nullptr}));
+    }
+    for (const wchar_t* const name : {MIN, ADD}) {
+        EXPECT_LUM_ERROR(NullArgument, "", Get<long long>(name, longs)({nullptr, number}));
+    }
+}
+
 }  // namespace
 }  // namespace lum::core::functions_test

@@ -54,6 +54,47 @@ TEST_F(BinaryValueTest, WritesGoldenBytes) {
         });
 }
 
+// A host may look at the events on their way, one by one.
+class CountingCreator final : public BinaryProtocolCreator {
+public:
+    using BinaryProtocolCreator::AppendArray;
+    using BinaryProtocolCreator::AppendData;
+    void AppendData(const TStringCore& value) override {
+        ++stringCount;
+        BinaryProtocolCreator::AppendData(value);
+    }
+    void AppendArray(ArrayView<const unsigned int> values) override {
+        ++blockCount;
+        BinaryProtocolCreator::AppendArray(values);
+    }
+    int stringCount = 0;
+    int blockCount = 0;
+};
+
+class CountingReader final : public BinaryProtocolReader {
+public:
+    using BinaryProtocolReader::BinaryProtocolReader;
+    const TStringCore& ReadString() override {
+        ++stringCount;
+        return BinaryProtocolReader::ReadString();
+    }
+    int stringCount = 0;
+};
+
+TEST_F(BinaryValueTest, SubclassesSeeEachEvent) {
+    CountingCreator creator;
+    const auto store = factory::MakeDataStore(
+        std::unordered_map<RInternString, SV>({{RInternString(L"i"), test::ColumnOf("i: 1 2 3")},
+                                               {RInternString(L"s"), test::ColumnOf("s: a b")}}));
+    SerializeDataStore(creator, *store);
+    EXPECT_EQ(creator.stringCount, 2);
+    EXPECT_EQ(creator.blockCount, 1);
+    CountingReader reader(test::MakePayload(creator.FinalizePayload()));
+    EXPECT_EQ(test::ExactText(StoreValueParser::MakeDataStore(reader)->GetValue(KeyPath())),
+              test::ExactText(store->GetValue(KeyPath())));
+    EXPECT_EQ(reader.stringCount, 2);
+}
+
 TEST_F(BinaryValueTest, ReadsGoldenBytes) {
     test::ForEachGoldenPayload(
         [](const SV& value, unsigned int, const std::vector<unsigned char>& bytes) {

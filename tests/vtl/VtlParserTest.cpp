@@ -134,6 +134,8 @@ TEST(VtlParserTest, Literals) {
     const LiteralCase cases[] = {
         {":true:b", BoolType::Get(), "true"},
         {":+3:i", IntType::Get32(), "3"},
+        {"::i 3", IntType::Get32(), "3"},
+        {":-:i 3", IntType::Get32(), "-3"},
         {":- 3 : i", IntType::Get32(), "-3"},
         {":99999999999:i", IntType::Get32(), "1215752191"},
         {":-2147483648:i", IntType::Get32(), "-2147483648"},
@@ -245,6 +247,7 @@ TEST(VtlParserTest, RefusedLines) {
         {"-> constant :1:i 2 -> x", LumError::UnexpectedToken, kLine},
         {"-> constant :1 2:i -> x", LumError::UnexpectedToken, kLine},
         {"-> constant ::i -> x", LumError::CannotParseInt32},
+        {"-> constant ::s b/c -> z", LumError::UnexpectedToken, kLine},
         // Types.
         {"-> map :: (f) -> x", LumError::UnexpectedToken, kLine},
         {"-> constant :1:ii -> x", LumError::InvalidStoreType, kLine},

@@ -43,10 +43,10 @@ bool IsFalse(bool element) {
 
 // Drops repetitions: true for what differs from the element before it.
 template <FunctionElement T>
-class KeepOnlyFirst {
+class KeepOnlyFirstFunctor {
 public:
     // A creator, so that every use has a state of its own.
-    explicit KeepOnlyFirst(const std::vector<SV>& /*values*/) {}
+    explicit KeepOnlyFirstFunctor(const std::vector<SV>& /*values*/) {}
 
     bool operator()(const T& element) {
         if (m_last.has_value() && AreEqual(*m_last, element)) {
@@ -92,8 +92,8 @@ void RegisterFilterFunctions(RegistryOfUnaryFunctions& registry) {
     RegisterFunction<IsFalse>(registry, KeyOf<bool>(FunctionNames::KEEP_ONLY_FALSE), output);
 
     ForEachType<RIndirectString, int, long long, SV>([&]<typename T>() {
-        RegisterFunction<KeepOnlyFirst<T>>(registry, KeyOf<T>(FunctionNames::KEEP_ONLY_FIRST),
-                                           output);
+        RegisterFunction<KeepOnlyFirstFunctor<T>>(registry,
+                                                  KeyOf<T>(FunctionNames::KEEP_ONLY_FIRST), output);
     });
 }
 

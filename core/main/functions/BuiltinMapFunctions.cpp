@@ -55,6 +55,9 @@ private:
     T m_constant;
 };
 
+template <FunctionElement T>
+using AddFunctor = WithConstant<T, &Add<T>>;
+
 template <typename T>
 class DivideByConstant {
 public:
@@ -112,7 +115,9 @@ class IsInSet {
 public:
     explicit IsInSet(const std::vector<SV>& values) : m_set(values) {}
     bool operator()(const T& element) const { return m_set.Contains(element) == kIsMember; }
-    void ApplyColumn(const CellT<T>* cells, unsigned char* out, uint64 count) const {
+    // Looking up a string may fail, and then what was computed before it has to stand.
+    void ApplyColumn(const CellT<T>* cells, unsigned char* out, uint64 count) const
+        requires(!std::is_same_v<T, RIndirectString>) {
         m_set.ContainsEach(cells, out, count);
         if constexpr (!kIsMember) {
             for (uint64 index = 0; index < count; ++index) {
@@ -135,8 +140,8 @@ void RegisterArithmetic(RegistryOfUnaryFunctions& registry) {
         RegisterFunction<Increase<T>>(registry, KeyOf<T>(FunctionNames::INC), type);
         RegisterFunction<Decrease<T>>(registry, KeyOf<T>(FunctionNames::DEC), type);
         RegisterFunction<Negate<T>>(registry, KeyOf<T>(FunctionNames::NEGATE), type);
-        RegisterFunction<WithConstant<T, &Add<T>>>(registry, KeyOf<T>(FunctionNames::ADD_CONSTANT),
-                                                   type, {type});
+        RegisterFunction<AddFunctor<T>>(registry, KeyOf<T>(FunctionNames::ADD_CONSTANT), type,
+                                        {type});
         RegisterFunction<WithConstant<T, &Multiply<T>>>(
             registry, KeyOf<T>(FunctionNames::MULTIPLY_CONSTANT), type, {type});
         RegisterFunction<DivideByConstant<T>>(registry, KeyOf<T>(FunctionNames::DIVIDE_CONSTANT),

@@ -23,11 +23,22 @@ void CheckOneValue(const Values& values, const wchar_t* name) {
     LUM_CHECK(values.size() == 1, LumError::OneInputNeeded, name);
 }
 
+const StoreValue& Checked(const SV& value) {
+    LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
+    return *value;
+}
+
+template <typename T>
+T Fetch(const SV& value) {
+    Checked(value);
+    return FetchStoreValue<T>(value);
+}
+
 // kOperation of two numbers.
 template <Name kName, typename T, auto kOperation>
 T Calculate(const Values& values) {
     CheckTwoValues(values, kName);
-    return kOperation(FetchStoreValue<T>(values[0]), FetchStoreValue<T>(values[1]));
+    return kOperation(Fetch<T>(values[0]), Fetch<T>(values[1]));
 }
 
 // Does not test the divisor, unlike the division of columns.
@@ -39,26 +50,27 @@ T DivideUnchecked(const T& dividend, const T& divisor) {
 template <Name kName>
 bool And(const Values& values) {
     CheckTwoValues(values, kName);
-    return FetchStoreValue<bool>(values[0]) && FetchStoreValue<bool>(values[1]);
+    return Fetch<bool>(values[0]) && Fetch<bool>(values[1]);
 }
 
 // The first number where kIsBetter(first, second), else the second.
 template <Name kName, typename T, Comparison kIsBetter>
 T Select(const Values& values) {
     CheckTwoValues(values, kName);
-    return FetchStoreValue<T>(kIsBetter(*values[0], *values[1]) ? values[0] : values[1]);
+    return FetchStoreValue<T>(kIsBetter(Checked(values[0]), Checked(values[1])) ? values[0]
+                                                                                : values[1]);
 }
 
 template <Name kName, Comparison kCompare>
 bool Compare(const Values& values) {
     CheckTwoValues(values, kName);
-    return kCompare(*values[0], *values[1]);
+    return kCompare(Checked(values[0]), Checked(values[1]));
 }
 
 template <Name kName, bool kExpected>
 bool Is(const Values& values) {
     CheckOneValue(values, kName);
-    return FetchStoreValue<bool>(values[0]) == kExpected;
+    return Fetch<bool>(values[0]) == kExpected;
 }
 
 bool IsEqual(const StoreValue& a, const StoreValue& b) {

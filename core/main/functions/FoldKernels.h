@@ -11,7 +11,8 @@
 namespace lum::core {
 
 // The functions of an accumulator and an element whose folds have a quicker way than an element at
-// a time. Each gives the very result of that plain walk, the bits of zeros and NaN included.
+// a time. Each gives the very result of that plain walk, the bits of zeros and NaN included; but a
+// special sum makes a signalling NaN a quiet one even where it skips every element.
 
 // accumulator + element.
 template <typename T>

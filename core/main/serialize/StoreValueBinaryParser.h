@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <type_traits>
+#include <typeinfo>
 #include <unordered_map>
 #include <utility>
 #include <vector>
@@ -29,7 +30,9 @@ class TupleType;
 class BinaryValueReader {
 public:
     explicit BinaryValueReader(BinaryProtocolReader& reader)
-        : m_reader(reader), m_room(reader.GetRemainingBytes()) {}
+        : m_reader(reader),
+          m_hasOwnReads(typeid(reader) != typeid(BinaryProtocolReader)),
+          m_room(m_hasOwnReads ? kRoomOfOthers : reader.GetRemainingBytes()) {}
 
     SV ReadKeyMap();
     // A value of a type, or with true a special value of it.
@@ -68,6 +71,8 @@ private:
     // A segment of elements. Numbers and kinds stay in the payload.
     template <typename T>
     std::shared_ptr<const RawData> ReadSegment(const Type* elementType);
+    template <StorageType T>
+    std::vector<T> ReadElements(const Type* elementType, lumsize_t count);
     SV ReadSet(const CollectionType* type);
     template <StorageType T>
     SV ReadSetOf(const Type* elementType);
@@ -78,7 +83,11 @@ private:
     template <StorageType K, StorageType V>
     SV ReadKeySetOf(const KeySetType& type);
 
+    // What a subclass reads from need not be the payload.
+    static constexpr uint64 kRoomOfOthers = 65536;
+
     BinaryProtocolReader& m_reader;
+    const bool m_hasOwnReads;  // A subclass, which is to see each read.
     uint64 m_room;             // Of the payload's bytes, those that no count was granted.
     unsigned int m_level = 0;  // How many values the next one stands in, the root aside.
 };

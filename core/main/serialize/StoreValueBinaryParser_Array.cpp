@@ -59,6 +59,21 @@ SV BinaryValueReader::ReadArray(const CollectionType* type) {
     return array;
 }
 
+template <StorageType T>
+std::vector<T> BinaryValueReader::ReadElements(const Type* elementType, lumsize_t count) {
+    if constexpr (std::is_same_v<T, RIndirectString>) {
+        if (!m_hasOwnReads) {
+            return m_reader.ReadStrings(count);
+        }
+    }
+    std::vector<T> elements;
+    elements.reserve(PlanRoom(count));
+    for (lumsize_t i = 0; i < count; ++i) {
+        elements.push_back(ReadElement<T>(elementType));
+    }
+    return elements;
+}
+
 template <typename T>
 std::shared_ptr<const RawData> BinaryValueReader::ReadSegment(
     [[maybe_unused]] const Type* elementType) {
@@ -67,15 +82,8 @@ std::shared_ptr<const RawData> BinaryValueReader::ReadSegment(
     if constexpr (std::is_arithmetic_v<T> || std::is_enum_v<T>) {
         segment = std::make_shared<const UnmanagedRawData<T>>(m_reader.GetSharedBufferReference(),
                                                               ReadBlock<T>(m_reader, count));
-    } else if constexpr (std::is_same_v<T, RIndirectString>) {
-        segment = std::make_shared<const VectorRawData<T>>(m_reader.ReadStrings(count));
     } else {
-        std::vector<T> elements;
-        elements.reserve(PlanRoom(count));
-        for (lumsize_t i = 0; i < count; ++i) {
-            elements.push_back(ReadElement<T>(elementType));
-        }
-        segment = std::make_shared<const VectorRawData<T>>(std::move(elements));
+        segment = std::make_shared<const VectorRawData<T>>(ReadElements<T>(elementType, count));
     }
     m_reader.EndListData();
     return segment;

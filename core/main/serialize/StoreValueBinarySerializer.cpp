@@ -4,6 +4,7 @@
 #include <array>
 #include <memory>
 #include <type_traits>
+#include <typeinfo>
 #include <vector>
 
 #include "core/main/serialize/KeySetEntries.h"
@@ -42,7 +43,8 @@ const Type* GetTaggedType(const StoreValue& value) {
 // hold, elements of a segment by WriteElement.
 class BinaryValueWriter {
 public:
-    explicit BinaryValueWriter(BinaryProtocolCreator& creator) : m_creator(creator) {}
+    explicit BinaryValueWriter(BinaryProtocolCreator& creator)
+        : m_creator(creator), m_hasOwnEvents(typeid(creator) != typeid(BinaryProtocolCreator)) {}
 
     void WriteKeyMap(const IStoreKeyMap& members);
 
@@ -84,6 +86,7 @@ private:
     void WriteStoredElement(const void* stored);
 
     BinaryProtocolCreator& m_creator;
+    const bool m_hasOwnEvents;         // A subclass, which is to see each event.
     std::vector<SpecialKind> m_kinds;  // Of the row that is begun; kept for its room.
 };
 
@@ -233,13 +236,19 @@ template <typename T>
 void BinaryValueWriter::WriteSegment(ArrayView<const T> elements, const SV& owner) {
     m_creator.BeginListData(LumSizeCastSafe(elements.GetSize()));
     if constexpr (std::is_arithmetic_v<T> || std::is_enum_v<T>) {
-        if (owner != nullptr) {
+        if (owner != nullptr && !m_hasOwnEvents) {
             m_creator.AppendSharedArray(elements, owner);
         } else {
             m_creator.AppendArray(elements);
         }
     } else if constexpr (std::is_same_v<T, RIndirectString>) {
-        m_creator.AppendStrings(elements);
+        if (m_hasOwnEvents) {
+            for (const RIndirectString& element : elements) {
+                m_creator.AppendData(element.GetRString());
+            }
+        } else {
+            m_creator.AppendStrings(elements);
+        }
     } else {
         for (const T& element : elements) {
             WriteElement(element);
@@ -276,10 +285,10 @@ void BinaryValueWriter::WriteConstantArray(const ITypedArray<T>& values) {
         CheckKinds(values, LumError::CollectionArraySpecials);
         m_creator.AppendData(count == 0 ? SpecialKind::Normal : values.GetSpecialKind(0));
     } else if constexpr (std::is_same_v<T, LumTuple>) {
-        // A row that only fills the place has no type of its own.
+        // A row that only fills the place has no members of its own.
         const LumTuple& row = values.GetValueUnchecked(0);
         const TupleType& type = values.GetElementType()->template As<TupleType>();
-        WriteElement(count != 0 && row.GetType() == &type ? row : LumTuple(&type));
+        WriteElement(count != 0 && row.GetCount() != 0 ? row : LumTuple(&type));
     } else if constexpr (std::is_same_v<T, SV>) {
         WriteElement<T>(values.GetValueUnchecked(0));
     } else {

@@ -35,8 +35,9 @@ SV MakeSetOf(const Type* elementType, const IJsonObject& object) {
         readValues(**arrayEnumerator);
         ++arrayEnumerator;
         LUM_CHECK_NOT(arrayEnumerator == arrayEnd, LumError::NestedSpecialsExpected);
-        CheckIsArray(**arrayEnumerator);
-        for (const JsonItem& item : (*arrayEnumerator)->AsArray()) {
+        const JsonItem specials = *arrayEnumerator;  // The loop needs it to stay.
+        CheckIsArray(*specials);
+        for (const JsonItem& item : specials->AsArray()) {
             kinds->insert(ReadSpecialKind(*item));
         }
         ++arrayEnumerator;

@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <memory>
-#include <optional>
 #include <string_view>
 #include <utility>
 
@@ -45,26 +44,18 @@ bool IsSign(const VtlToken& token) {
     return token.Is(Kind::Plus) || token.Is(Kind::Minus);
 }
 
-// A literal stands before the type that says how to read it. So it is skipped, the type is read,
-// and only then the literal. Most are one token, which is kept; for the others the scanner goes
-// back, and goes on behind the type.
+// A literal stands before the type that says how to read it. So its tokens are skipped and kept,
+// the type is read, and then they come again, in front of what stands behind the type. Most
+// literals are one token, which nothing need be put back for.
 class TypedLiteral {
 public:
     // The scanner stands behind the colon of the literal.
     explicit TypedLiteral(VtlScanner& scanner) : m_scanner(scanner), m_first(scanner.PeekNext()) {
-        if (IsLiteralPart(m_first) && !IsSign(m_first)) {
+        if (IsLiteralPart(m_first)) {
             scanner.Next();
-            m_isOneToken = !IsLiteralPart(scanner.PeekNext());
-            if (!m_isOneToken) {
-                scanner.PushBack(m_first);
-            }
-        }
-        if (!m_isOneToken) {
-            m_literal = scanner.GetState();
             while (IsLiteralPart(scanner.PeekNext())) {
-                scanner.Next();
+                m_further.push_back(scanner.Next());
             }
-            m_literalEnd = scanner.GetCurrent().GetEnd();
         }
         if (scanner.PeekIs(Kind::Invalid)) {
             LUM_FAIL(LumError::UnexpectedToken, scanner.GetText());
@@ -81,32 +72,25 @@ public:
     // The type behind the literal; null where there is none.
     const Type* GetType() const { return m_type; }
 
-    // The value, which may be read but once. What was skipped and is no part of it comes next, and
-    // only then what stands behind the type.
+    // The value, which may be read but once.
     SV Read(const Type* type) {
-        if (m_isOneToken) {
+        if (!IsLiteralPart(m_first)) {
+            return ReadVtlLiteral(m_scanner, type);
+        }
+        if (m_further.empty() && !IsSign(m_first)) {
             return m_scanner.ReadAgain(m_first, [&] { return ReadVtlLiteral(m_scanner, type); });
         }
-        VtlScanner::State behindType = m_scanner.GetState();
-        m_scanner.SetState(std::move(*m_literal));
-        SV value = ReadVtlLiteral(m_scanner, type);
-        std::vector<VtlToken> left;
-        while (m_scanner.PeekNext().GetStart() < m_literalEnd) {
-            left.push_back(m_scanner.Next());
+        for (; !m_further.empty(); m_further.pop_back()) {
+            m_scanner.PushBack(m_further.back());
         }
-        m_scanner.SetState(std::move(behindType));
-        for (; !left.empty(); left.pop_back()) {
-            m_scanner.PushBack(left.back());
-        }
-        return value;
+        m_scanner.PushBack(m_first);
+        return ReadVtlLiteral(m_scanner, type);
     }
 
 private:
     VtlScanner& m_scanner;
     const VtlToken m_first;
-    bool m_isOneToken = false;
-    std::optional<VtlScanner::State> m_literal;  // Where it begins; for more than one token.
-    unsigned int m_literalEnd = 0;
+    std::vector<VtlToken> m_further;
     const Type* m_type = nullptr;
 };
 

@@ -216,9 +216,9 @@ void ParseVtlPayload(const TStringCore& text, std::vector<TransformSpec>& transf
     const auto find = [&text](const TStringCore& wanted, long long from) {
         return text.find(wanted, static_cast<std::size_t>(from));
     };
-    constexpr auto graphMarkerLen = static_cast<long long>(kGraphMarker.size());
-    constexpr auto updKeysMarkerLen = static_cast<long long>(kKeysMarker.size());
-    constexpr auto vtlMarkerLen = static_cast<long long>(kVtlMarker.size());
+    const auto graphMarkerLen = static_cast<long long>(kGraphMarker.size());
+    const auto updKeysMarkerLen = static_cast<long long>(kKeysMarker.size());
+    const auto vtlMarkerLen = static_cast<long long>(kVtlMarker.size());
 
     // A section begins at the line feed behind its marker, so that the one before the next marker
     // is found where the section is empty.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <mutex>
 #include <type_traits>
 #include <unordered_set>
 
@@ -109,8 +110,8 @@ private:
     const std::shared_ptr<const Values> m_values;
     const std::shared_ptr<const Kinds> m_specials;
     const SpecialKindIterableImpl m_kindIterable;
-    // Made after Validate has passed.
-    std::unique_ptr<StoreValueIterableImpl> m_iterable;
+    mutable std::once_flag m_iterableFlag;  // Guards the making of the iterable.
+    mutable std::unique_ptr<StoreValueIterableImpl> m_iterable;
     [[no_unique_address]] mutable std::conditional_t<kHasNumberLookup<T>, NumberLookup<T>, NoLookup>
         m_lookup;
 };

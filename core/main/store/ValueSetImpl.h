@@ -105,7 +105,6 @@ ValueSet<T>::ValueSet(const CollectionType* type, std::shared_ptr<const Values> 
       m_specials(std::move(specials)),
       m_kindIterable(m_specials.get()) {
     Validate();
-    m_iterable = std::make_unique<StoreValueIterableImpl>(GetElementType(), m_values, m_specials);
 }
 
 template <StorageType T>
@@ -116,9 +115,7 @@ ValueSet<T>::ValueSet(const ValueSet& other)
       m_type(other.m_type),
       m_values(other.m_values),
       m_specials(other.m_specials),
-      m_kindIterable(m_specials.get()),
-      m_iterable(std::make_unique<StoreValueIterableImpl>(GetElementType(), m_values, m_specials)) {
-}
+      m_kindIterable(m_specials.get()) {}
 
 template <StorageType T>
 void ValueSet<T>::Validate() const {
@@ -183,6 +180,10 @@ bool ValueSet<T>::HasKey(const RInternString& /*key*/) const {
 
 template <StorageType T>
 const IUniformCollection::StoreValueIterable& ValueSet<T>::GetStoreValueIterable() const {
+    std::call_once(m_iterableFlag, [this] {
+        m_iterable =
+            std::make_unique<StoreValueIterableImpl>(GetElementType(), m_values, m_specials);
+    });
     return *m_iterable;
 }
 

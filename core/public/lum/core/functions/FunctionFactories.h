@@ -32,8 +32,9 @@ using UnaryCreatorFactory = std::unique_ptr<IRawUnaryFunctor> (*)(const std::vec
 /// Makes a functor of two inputs: an IBinaryFunctor or an IBinarySpecialFunctor.
 using BinaryFunctionFactory = std::unique_ptr<IRawBinaryFunctor> (*)();
 using BinaryCreatorFactory = std::unique_ptr<IRawBinaryFunctor> (*)(const std::vector<SV>&);
-/// The function itself: one result of a list of values. `Out` is the element type of the output
-/// type: int, long long, float, double or bool.
+/// The function itself: one result of a list of values. The built-in ones fail with NullArgument
+/// for a null pointer among those that they look at. `Out` is the element type of the output type:
+/// int, long long, float, double or bool.
 template <typename Out>
 using MultinaryFunction = Out (*)(const std::vector<SV>&);
 

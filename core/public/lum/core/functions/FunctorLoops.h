@@ -27,7 +27,9 @@ inline constexpr bool kFoldsSideBySide = kHavePlainCells<In, Out>&& kForward && 
 /// the choice of an instruction set.
 template <bool kIsPlain, bool kIsStateless, typename Generator, typename Loop>
 LUM_ALWAYS_INLINE inline void RunLoop(Generator& generator, const Loop& loop) {
-    if constexpr (!kIsStateless || !std::is_trivially_copyable_v<Generator>) {
+    constexpr std::size_t kMostCopied = 64;  // Bytes; what is larger is no matter of registers.
+    if constexpr (!kIsStateless || !std::is_trivially_copyable_v<Generator> ||
+                  sizeof(Generator) > kMostCopied) {
         loop(generator);
     } else if constexpr (kIsPlain) {
         RunOnBestInstructionSet([loop, copy = generator]() LUM_ALWAYS_INLINE { loop(copy); });

@@ -57,7 +57,7 @@ public:
 
     virtual Out Apply(const In1& input1, const In2& input2) = 0;
     /// outputs[i] becomes Apply(inputs1[i], inputs2[i]), from index 0 up. The outputs may be the
-    /// memory of an input, but must not overlap one otherwise.
+    /// memory of an input with cells of their type or width, but must not overlap one otherwise.
     virtual void ApplyVector(ArrayView<const CellT<In1>> inputs1,
                              ArrayView<const CellT<In2>> inputs2,
                              ArrayView<CellT<Out>> outputs) = 0;

@@ -25,7 +25,8 @@ public:
     /// Whether GetFunction would find the query; false where it is ambiguous.
     virtual bool HasFunction(const FunctionKey& query) const = 0;
     /// What the query finds among the functions of all registries, as FunctionOverloads tells.
-    /// Errors: AmbiguousOverload, FunctionNotFound, with the text of the query.
+    /// Errors: AmbiguousOverload, FunctionNotFound, with the text of the query; instead of either,
+    /// what FunctionKey::ToString throws for a query that has no text.
     virtual const FunctionInfo& GetFunction(const FunctionKey& query) const = 0;
 };
 

@@ -38,8 +38,8 @@ public:
     using IRawUnaryFunctor::ApplyRaw;
 
     virtual Out Apply(const In& input) = 0;
-    /// outputs[i] becomes Apply(inputs[i]), from index 0 up. The two may be the same memory, but
-    /// must not overlap otherwise.
+    /// outputs[i] becomes Apply(inputs[i]), from index 0 up. The two may be the same memory where
+    /// they have cells of one type or of one width, but must not overlap otherwise.
     virtual void ApplyVector(ArrayView<const CellT<In>> inputs, ArrayView<CellT<Out>> outputs) = 0;
 };
 

@@ -12,8 +12,8 @@ namespace lum::core {
 /// A copy of what a unary or a binary registry holds under a key, with factories of their true
 /// types. `RawFunctor` is what they make, IRawUnaryFunctor or IRawBinaryFunctor.
 ///
-/// An entry has factories of one kind: those of a creator take values. The factory of a form that
-/// the entry does not have, and of the other kind, is null.
+/// An entry has factories of one kind, that of its first registration: those of a creator take
+/// values. The factory of a form that the entry does not have, and of the other kind, is null.
 ///
 /// Threads: one object may be read on any threads at once.
 /// Ownership: a value.

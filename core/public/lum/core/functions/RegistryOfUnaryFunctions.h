@@ -20,6 +20,8 @@ public:
     /// Adds a form to the entry of the key, whose first registration makes the entry, fixes its
     /// output type and flags, and tells the callback. `creatorInputTypes` are those of the values
     /// that a creator takes.
+    /// A second form is not compared with the first: it has to be of the same kind, creator or not,
+    /// and of the same output type, or calling it is undefined.
     /// Errors, nothing being registered: UnaryInputCount unless the key has one input;
     ///   EmptyOutputType without an output type; FunctionExists, SpecialFunctionExists where the
     ///   entry has that form. Where the callback throws, or the factory is null, which is

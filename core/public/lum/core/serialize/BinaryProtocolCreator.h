@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <type_traits>
 #include <utility>
 #include <vector>
 
@@ -33,13 +34,13 @@ class Type;
 ///
 /// Threads: a creator belongs to one thread at a time.
 /// Ownership: the creator copies what it is given, or shares it where told; a payload belongs to
-/// the
-///   caller.
+///   the caller.
 /// Units: counts are elements. Words are little-endian, and stand at multiples of their size from
 ///   the start of the data.
 /// Errors: LumRuntimeException, reported, with the code named below. A failed event may have been
-///   written in part: the creator is then good for nothing but destruction. Every event that needs
-///   an open container fails with ProtocolStateMismatch where there is none.
+///   written in part: the creator is then good for nothing but destruction. An event that the open
+///   container never takes, or that needs one where none is open, fails with ProtocolStateMismatch;
+///   one that it takes, but not now, with the code of what is due.
 /// Cost: an event appends to a buffer; a new string is hashed and copied, a known one only hashed.
 class LUM_CORE_API BinaryProtocolCreator {
 public:
@@ -59,8 +60,8 @@ public:
 
     /// A list: one segment after another, each BeginListData, its items, EndListData. How many
     /// segments there are follows from the type.
-    /// Errors: InvalidListType; where the container outside is not ready for a list, the code that
-    /// AppendData would give there.
+    /// Errors: InvalidListType; where the container outside is not ready for a list,
+    /// ListDataExpected in a list and in a table, else the code that AppendData would give there.
     virtual void BeginListType(BinaryListType type);
     /// Errors: ListSegmentCountMismatch, ListStartExpected.
     virtual void EndListType();
@@ -104,8 +105,8 @@ public:
     void AppendKey(const T*) = delete;
 
     /// The type of the value behind a key, and whether that value is a special.
-    /// Errors: DictionaryTypeInfoExpected where no type is due; NullArgument; those of
-    /// ExternalType::GetExternalTypeName.
+    /// Errors: DictionaryTypeInfoExpected in a dictionary or a table where no type is due;
+    /// NullArgument; those of ExternalType::GetExternalTypeName.
     virtual void AppendKeyType(const Type* type, bool isSpecial);
 
     /// An item of a segment, or the value of a dictionary or key set.
@@ -137,13 +138,15 @@ public:
     virtual void AppendArray(ArrayView<const unsigned char> values);
 
     /// Items of a segment of a list: writes what an AppendData for each would write, with one look
-    /// at the state. Errors: those of AppendArray.
+    /// at the state. Not for subclasses that have events of their own: SerializeDataStore calls
+    /// this and the next on a BinaryProtocolCreator itself alone. Errors: those of AppendArray.
     void AppendStrings(ArrayView<const RIndirectString> values);
     /// Items of a segment of a list in one block that is copied once, by FinalizePayload: `owner`
     /// keeps them until then, and they must not change. Writes what AppendArray would write, and
     /// does as it does with small blocks. Errors: those of AppendArray.
     template <typename T>
     void AppendSharedArray(ArrayView<const T> values, std::shared_ptr<const void> owner) {
+        static_assert(std::is_arithmetic_v<T> || std::is_enum_v<T>);
         AppendSharedBytes(reinterpret_cast<const unsigned char*>(values.GetData()),
                           values.GetSize(), sizeof(T), std::move(owner));
     }

@@ -36,15 +36,15 @@ class Type;
 ///   good while the reader lives.
 /// Units: counts are elements.
 /// Errors: LumRuntimeException, reported, with the code named below; LumLogicException for a key
-/// set
-///   of no known type, std::out_of_range for a kind of value that nobody registered. A payload may
-///   be any bytes: whatever is wrong with it is refused in this way, and nothing is allocated by a
-///   count that the payload's own length does not bear out. After a failure the reader is good for
-///   nothing but destruction. Every read can fail with BufferReadOutOfBounds at the end of the
-///   payload, and with ProtocolStateMismatch where no container is open; those of strings with
-///   InvalidStringIndex; those of counts and strings with OutOfRange. Where a state is wrong, the
-///   codes are those of the creator's operation of the same name, keys failing as AppendKey and
-///   single values as AppendData.
+///   set of no known type, std::out_of_range for a kind of value that nobody registered,
+///   std::length_error for a text of more than 2^30 bytes. A payload may be any bytes: whatever is
+///   wrong with it is refused in this way, and nothing is allocated by a count that the payload's
+///   own length does not bear out. After a failure the reader is good for nothing but destruction.
+///   Every read can fail with BufferReadOutOfBounds at the end of the payload, and with
+///   ProtocolStateMismatch where no container is open; those of strings with InvalidStringIndex;
+///   those of counts and strings with OutOfRange. Where a state is wrong, the codes are those of
+///   the creator's operation of the same name, keys failing as AppendKey and single values as
+///   AppendData.
 /// Cost: columns are views into the payload. Only where the data does not stand at a multiple of 8
 ///   in memory is it copied, once, when the payload is opened. Strings are decoded when the payload
 ///   that brings them is opened, each once a stream.
@@ -120,7 +120,8 @@ public:
     virtual std::shared_ptr<ISharedDataBuffer> GetSharedBufferReference() const;
 
     /// `count` items of a segment of a list: what a ReadString for each would give, with one look
-    /// at the state.
+    /// at the state. Not for subclasses that have reads of their own: StoreValueParser calls this
+    /// and the next on a BinaryProtocolReader itself alone.
     std::vector<RIndirectString> ReadStrings(lumsize_t count);
     /// How many bytes of the payload were not read yet. Each item takes at least one, so no count
     /// beyond this can be true.

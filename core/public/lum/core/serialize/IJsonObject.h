@@ -35,8 +35,8 @@ public:
         virtual ~ArrayIterable() = default;
         virtual JsonIterator<std::shared_ptr<IJsonObject>> begin() const = 0;
         virtual JsonIterator<std::shared_ptr<IJsonObject>> end() const = 0;
-        /// How many items there are. Cost: O(1).
-        virtual std::size_t GetCount() const = 0;
+        /// How many items to make room for; 0 where that takes longer than O(1) to know.
+        virtual std::size_t GetCount() const { return 0; }
     };
 
     /// The entries by the order of their keys' UTF-8 bytes, whatever their order in the text. Of

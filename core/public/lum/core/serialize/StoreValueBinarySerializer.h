@@ -25,8 +25,8 @@ class IDataStore;
 ///   NullArgument for a store without a root;
 ///   NullSerializedValue for a member or an element that has no value, placeholders of special
 ///   elements included;
-///   CollectionArraySpecials for a special value among the elements that an array, a set or a key
-///   set stores as values, since only kinds of their own have room there, and for arrays of
+///   CollectionArraySpecials for a special value among the elements that an array, a set, a row or
+///   a key set stores as values, since only kinds of their own have room there, and for arrays of
 ///   collections with kinds; TupleSetSpecials for sets of rows with kinds;
 ///   NotTypedArray, NotTypedSet, NotKeyedCollection for a collection of numbers, strings or rows
 ///   that are stored as values; OutOfBounds for an array with an index outside of its storage;

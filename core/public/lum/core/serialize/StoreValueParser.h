@@ -15,9 +15,9 @@ class IJsonObject;
 
 /// Values and stores from the JSON text that StoreValueSerializer writes, and stores from payloads.
 /// What follows is told of the text; the operation tells it of payloads.
-/// The text says nothing of
-/// types but in the keys of dictionaries, which are key segments with the type of their value:
-/// {"a:A<i>":[1,2]}. From there on, the type says how an item is read.
+///
+/// The text says nothing of types but in the keys of dictionaries, which are key segments with the
+/// type of their value: {"a:A<i>":[1,2]}. From there on, the type says how an item is read.
 ///
 /// A value's string that is a name of a special kind is the special value of the expected type; one
 /// that is a word or a quoted literal stands for its text. Elements of arrays, sets and key sets
@@ -49,8 +49,9 @@ class IJsonObject;
 ///   special element; CollectionArraySpecials where elements cannot be special;
 ///   NestedSpecialsExpected, UnexpectedSetContent for sets; UnexpectedKeySetContent,
 ///   NestedSpecialsExpected for key sets; TupleSizeMismatch for too few members of a row;
-///   CannotParseSpecialKind; those of the typed readers for dates, colours, bytes and keys; those
-///   of making the value, such as ColumnSizeMismatch.
+///   CannotParseSpecialKind; NullArgument for an external value that the host does not make; those
+///   of the typed readers for dates, colours, bytes and keys; those of making the value, such as
+///   ColumnSizeMismatch.
 ///   std::out_of_range, "invalid vector subscript", for too many members of a row. The exceptions
 ///   of IJsonObject for a number or string that is none. What the host's functions throw.
 /// Cost: linear in the text; a column is read without an object for each element. Stack and time

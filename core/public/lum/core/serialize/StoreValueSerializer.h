@@ -37,9 +37,11 @@
 ///   InvalidDateTime for a date out of range, but below a special kind the default date is written
 ///   for it; OutOfBounds for an array with an index outside of its storage; IllegalSpecialKind for
 ///   a kind without a name; CollectionArraySpecials and TupleSetSpecials for special elements
-///   beside rows and collections; UnsupportedPrimitiveKey, plain, with the store type's name, for
-///   what has no text; and what the host's functions for external values throw. std::length_error
-///   beyond 2^30 units. The text of a writer that was given is of no use then.
+///   beside rows and collections; NotTypedArray, NotTypedSet, NotKeyedCollection for a collection
+///   of numbers, strings or rows that are stored as values; UnsupportedPrimitiveKey, plain, with
+///   the store type's name, for what has no text; and what the host's functions for external values
+///   throw. std::length_error beyond 2^30 units. The text of a writer that was given is of no use
+///   then.
 /// Cost: linear in the text; numbers and strings of a column go from its storage into the text
 ///   without an object or a call for each. Sets, key sets, key maps and tables are sorted. Values
 ///   are walked by recursion without a limit, as deep as they are nested in memory.

@@ -19,7 +19,12 @@ namespace lum::core {
 /// Threads: every operation runs on any threads at once.
 /// Ownership: tables made from this one share its columns' storage.
 /// Units: rows; columns have the order of the hash map that holds them.
-/// Errors: those of IStoreArray for row ranges and indices, and as told.
+/// Errors: those of IStoreArray for row ranges and indices; from both, ExpectedArray where a column
+///   is a special value, and ColumnSizeMismatch where columns of several forms answer a range
+///   beyond the end differently; and as told.
+/// Cost: O(columns) for a table made from this one, and no value is copied: a range of rows of
+/// plain
+///   columns is cut when somebody first asks for a column.
 class LUM_CORE_API IStoreTable {
 public:
     using Columns = std::unordered_map<RInternString, SV>;

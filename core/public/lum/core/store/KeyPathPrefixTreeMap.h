@@ -22,7 +22,9 @@ namespace lum::core {
 /// Ownership: a node owns its children. Nodes stay where they are until the tree is destroyed, so
 ///   pointers to them are good as long; but the node that a tree is moved to is another one.
 /// Units: paths are whole ones, from the root, in results; a path of no segments is this node.
-/// Errors: std::bad_alloc; the tree stays as it was.
+/// Errors: std::bad_alloc; the tree stays as it was, but for CopyFrom, which keeps the paths that
+/// it
+///   inserted by then.
 /// Cost: one look-up by number a segment. A path in a result costs its length, so that what asks
 ///   for all paths of one long chain costs the square of its length in time and memory. Nothing
 ///   recurses, destruction included: a path may have any length.

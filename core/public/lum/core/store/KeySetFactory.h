@@ -28,7 +28,8 @@ namespace lum::core::factory {
 /// Ownership: the key set takes over both containers. Clones share them.
 /// Errors, the containers being lost: IllegalKeyType, IllegalElementType where no key set may have
 ///   such keys or elements; NullArray for null values; NullSpecials; TypeMismatchExpected where `K`
-///   or `V` does not store the type, as SV does any; CollationMismatch.
+///   or `V` does not store the type, as SV does any; CollationMismatch; LumLogicException
+///   Unspecified where a row is a reference that has no block.
 /// Cost: no entry is copied; O(1), but for rows, each of which is looked at. A look-up is one hash
 ///   probe, and fails as the keys' hash and equality do.
 template <StorageType K, StorageType V>

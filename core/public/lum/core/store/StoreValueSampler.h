@@ -15,7 +15,8 @@ namespace lum::core {
 ///
 /// Threads: any; a key map must not change meanwhile. Ownership: arrays share their storage with
 ///   the sample, which keeps it alive.
-/// Errors: NotKeyedCollection for a key set of arrays that stores its keys as SV;
+/// Errors: NotKeyedCollection for a key set of arrays that stores its keys as SV; ExpectedArray for
+///   a table with a special value for a column;
 ///   ColumnSizeMismatch for no rows of a table in which some columns have indices and some have
 ///   not.
 /// Cost: O(columns and members); no element is copied, but for the numbers of runs and indices.

@@ -30,10 +30,10 @@ LUM_CORE_API SV MakeStoreValue(const Type* type, C value);
 template <StorageType T>
 LUM_CORE_API SV MakeStoreValueFromStorageType(const Type* type, const T& stored);
 
-/// The native value of `value`. `C` is one of the types of MakeStoreValue, unsigned char (a Bool),
-/// TStringCore, or a const reference to RIndirectString, LumTuple or SV, good while the value
-/// lives; or unsigned int or unsigned long long, which give the bits as they are stored. Errors:
-/// those of the accessor of StoreValue; for the two bit forms IllegalOperation.
+/// The native value of `value`, which may not be null. `C` is one of the types of MakeStoreValue,
+/// unsigned char (a Bool), TStringCore, or a const reference to RIndirectString, LumTuple or SV,
+/// good while the value lives; or unsigned int or unsigned long long, which give the bits as they
+/// are stored. Errors: those of the accessor of StoreValue; for the two bit forms IllegalOperation.
 template <typename C>
 LUM_CORE_API C FetchStoreValue(const SV& value);
 

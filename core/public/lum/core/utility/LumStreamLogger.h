@@ -17,8 +17,7 @@ namespace lum::core {
 /// Threads: writes on the thread that logs, without a lock: a host that logs from several threads
 ///   gives it a stream that guards itself.
 /// Ownership: refers to the stream, which lives longer. The logger that GetLumLogger gives refers
-/// to
-///   this object, which therefore lives until another one is installed.
+///   to this object, which therefore lives until another one is installed.
 /// Errors: those of the stream, where the host has made it throw.
 class LUM_CORE_API LumStreamLogger {
 public:
