@@ -1,10 +1,8 @@
 #include <gtest/gtest.h>
-#include <pthread.h>
 
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <functional>
 #include <memory>
 #include <random>
 #include <string>
@@ -29,6 +27,7 @@
 #include "tests/support/AnyLocalePool.h"
 #include "tests/support/CollatorPoolGuard.h"
 #include "tests/support/LumErrorMatchers.h"
+#include "tests/support/SmallStack.h"
 
 namespace lum::core {
 namespace {
@@ -397,61 +396,24 @@ TStringCore Nested(const TStringCore& open, const TStringCore& close, unsigned i
     return text;
 }
 
-constexpr std::size_t kStackSize = 2 << 20;
-constexpr unsigned char kUntouched = 0xA5;
-
-// The bytes of its stack that a thread touches in all with `work`: those that look different then.
-[[gnu::no_sanitize_address]] std::size_t StackUse(std::function<void()> work) {
-    const std::unique_ptr<unsigned char[]> block(new unsigned char[2 * kStackSize]);
-    void* start = block.get();
-    std::size_t space = 2 * kStackSize;
-    std::align(4096, kStackSize, start, space);
-    unsigned char* const stack = static_cast<unsigned char*>(start);
-    std::fill_n(stack, kStackSize, kUntouched);
-
-    pthread_attr_t attributes;
-    pthread_attr_init(&attributes);
-    pthread_attr_setstack(&attributes, stack, kStackSize);
-    pthread_t thread;
-    const int failure = pthread_create(
-        &thread, &attributes,
-        [](void* argument) -> void* {
-            (*static_cast<std::function<void()>*>(argument))();
-            return nullptr;
-        },
-        &work);
-    pthread_attr_destroy(&attributes);
-    if (failure != 0) {
-        throw std::runtime_error("no thread");
-    }
-    pthread_join(thread, nullptr);
-    std::size_t untouched = 0;
-    while (untouched < kStackSize && stack[untouched] == kUntouched) {
-        ++untouched;
-    }
-    return kStackSize - untouched;
-}
-
 TEST_F(KeyPathTextTest, NestingIsLimited) {
     const std::pair<const wchar_t*, const wchar_t*> forms[] = {
         {L"A<", L">"}, {L"S<", L">"},   {L"K<", L",i>"}, {L"K<i,", L">"},
         {L"P{", L"}"}, {L"M{b:", L"}"}, {L"T{b:", L"}"}, {L"A<M{'b':s,c:", L"}>"},
     };
-    const std::size_t usedIdly = StackUse([] {});  // By the thread itself.
     for (const auto& [open, close] : forms) {
         // Sets, key sets, tuples and tables cannot be nested in themselves, which their types say
         // when the innermost level has been read.
         const unsigned int perForm = open == std::wstring_view(L"A<M{'b':s,c:") ? 2 : 1;
         const TStringCore deepest = Nested(open, close, (kMaxNestingLevels - 1) / perForm + 1);
         std::string failure;
-        const std::size_t used = StackUse([&] {
+        test::OnSmallStack([&] {
             try {
                 KeyPath::ParseString(deepest);
             } catch (const LumException& exception) {
                 failure = exception.GetDetails().toStdString();
             }
         });
-        EXPECT_LT(used - usedIdly, 256u * 1024) << TStringCore(open);
         EXPECT_EQ(failure.find("unexpected token"), std::string::npos) << failure;
 
         const TStringCore tooDeep = Nested(open, close, kMaxNestingLevels + 1);
@@ -477,7 +439,7 @@ TEST_F(KeyPathTextTest, SegmentsAreLimited) {
     const auto store = factory::MakeDataStore(std::unordered_map<RInternString, SV>());
     store->AddValue(KeyPath::ParseString(longest), MakeStoreValue(IntType::Get32(), 1));
     // What walks the tree level by level has the stack for it.
-    EXPECT_LT(StackUse([&] { store->Clone(); }), 1024u * 1024);
+    test::OnSmallStack([&] { store->Clone(); });
     const TStringCore tooLong = longest + TStringCore(L"/a");
     EXPECT_LUM_REPORT(UnexpectedToken, tooLong.toStdString(), "", KeyPath::ParseString(tooLong));
 }
