@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <string_view>
 #include <vector>
 
 #include "fuzz/FuzzNames.h"
@@ -14,14 +15,23 @@ inline bool ReadsBack(const KeyPath& path) {
     return NamesReadBack(path) && TypesReadBack(path);
 }
 
+/// A quoted text is written up to its first NUL.
+inline bool IsCut(const TStringCore& text) {
+    return text.view().find(u'\0') != std::u16string_view::npos;
+}
+
 /// Special values of rows and of the like have no text at all.
 inline bool ReadsBack(const StoreValue& value) {
     const StoreType type = value.GetStoreType();
-    return IsPrimitiveStoreType(type) && type != StoreType::External && ReadsBack(*value.GetType());
+    return IsPrimitiveStoreType(type) && type != StoreType::External &&
+           ReadsBack(*value.GetType()) &&
+           !(type == StoreType::String && !value.IsSpecial() &&
+             IsCut(value.AsString().GetRString()));
 }
 
 inline bool ReadsBack(const FunctionSpec& function) {
-    return std::all_of(function.GetArgs().begin(), function.GetArgs().end(),
+    return !IsCut(function.GetName().GetValue()) &&
+           std::all_of(function.GetArgs().begin(), function.GetArgs().end(),
                        [](const ValueSpec& argument) {
                            return argument.IsKey() ? ReadsBack(argument.GetKeyPath())
                                                    : ReadsBack(*argument.GetValue());
