@@ -9,7 +9,7 @@ source "$(dirname "${BASH_SOURCE[0]}")/steps.sh"
 packages_of() {
     case $1 in
         build) echo g++ cmake ninja-build libtbb-dev libboost-dev libjsoncpp-dev ;;
-        test) echo libgtest-dev ;;
+        test) echo libgmock-dev libgtest-dev ;;
         checks) echo clang-14 clang-format-14 clang-tidy-14 doxygen dpkg-dev libclang-rt-14-dev pkgconf python3 ;;
         bench) echo libbenchmark-dev rapidjson-dev libabsl-dev libeigen3-dev re2c libprotobuf-dev libmsgpack-cxx-dev libcapnp-dev libflatbuffers-dev ;;
         fuzz) echo clang-14 libclang-rt-14-dev llvm-14 ;;
