@@ -4,6 +4,7 @@
 #include <memory>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include "core/main/serialize/KeyPathParser.h"
 #include "core/main/serialize/NestingLimit.h"
