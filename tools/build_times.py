@@ -3,8 +3,9 @@
 
 usage: build_times.py [--limit SECONDS] [BUILD_FOLDER]
 
-The last build's log is the sieve: what took longer there than the limit is compiled once more,
-alone, and judged by the processor time, since a busy machine stretches the logged times.
+The last build's log is the sieve: what took longer there than the limit is compiled again, alone,
+and judged by the processor time, since a busy machine stretches the logged times. It stretches
+processor time as well, though less, so that the best of a few compilations counts.
 """
 
 import argparse
@@ -25,6 +26,9 @@ def logged_seconds(build):
             start, end, _, output, _ = line.rstrip("\n").split("\t")
             seconds[output] = (int(end) - int(start)) / 1000
     return seconds
+
+
+COMPILATIONS = 3
 
 
 def measure(words, folder):
@@ -53,7 +57,10 @@ def main():
     for entry in commands:
         words = shlex.split(entry["command"])
         if seconds.get(words[words.index("-o") + 1], 0) > arguments.limit:
-            spent = measure(words, entry["directory"])
+            spent = float("inf")
+            for _ in range(COMPILATIONS):
+                if spent > arguments.limit:
+                    spent = min(spent, measure(words, entry["directory"]))
             if spent > arguments.limit:
                 slow.append((spent, os.path.relpath(entry["file"])))
     for spent, name in sorted(slow, reverse=True):
