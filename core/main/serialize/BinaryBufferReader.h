@@ -49,6 +49,17 @@ public:
         return byteCount == 0 ? nullptr : reinterpret_cast<const T*>(Take<sizeof(T)>(byteCount));
     }
 
+    // The next 8 bytes, the first in the lowest place; false where fewer are left. Nothing moves.
+    bool PeekWord(uint64& word) const noexcept {
+        if (GetRemaining() < sizeof(word)) {
+            return false;
+        }
+        std::memcpy(&word, GetPointer(), sizeof(word));
+        return true;
+    }
+    // The caller has compared the count with what is left.
+    void Skip(unsigned int byteCount) noexcept { m_pos += byteCount; }
+
     // Errors: OutOfRange beyond 32 bits.
     unsigned int ReadBase128() {
         if (m_pos < m_bufferEnd) {

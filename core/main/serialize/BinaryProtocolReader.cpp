@@ -68,16 +68,51 @@ T ReadValue(BinaryBufferReader& reader) {
 }  // namespace
 
 // Reads tags as they come: the event that they are part of was announced before.
+//
+// The columns of a table mostly have few types, and those of one type stand side by side. So the
+// last tag of few bytes is kept with what it means, and where the same bytes come again nothing is
+// read or looked up. No tag is the beginning of another. One with a text in it is not kept: the
+// padding around the number of the text depends on where it stands.
 class BinaryProtocolReader::TypeReader final : public IBinaryProtocolTypeReader {
 public:
     explicit TypeReader(BinaryProtocolReader& reader) : m_reader(reader) {}
 
+    std::pair<const Type*, bool> ReadTag() {
+        BinaryBufferReader& data = *m_reader.m_data;
+        const uint64 before = data.GetRemaining();
+        uint64 bytes = 0;
+        const bool isKnowable = data.PeekWord(bytes);
+        if (isKnowable && m_tagLength != 0 && (bytes & GetMask(m_tagLength)) == m_tag) {
+            data.Skip(m_tagLength);
+            return m_type;
+        }
+        m_hasText = false;
+        const std::pair<const Type*, bool> type = ReadTypeTag(*this);
+        const uint64 length = before - data.GetRemaining();
+        if (isKnowable && !m_hasText && length <= sizeof(bytes)) {
+            m_tagLength = static_cast<unsigned int>(length);
+            m_tag = bytes & GetMask(m_tagLength);
+            m_type = type;
+        }
+        return type;
+    }
+
     signed char RawReadInt8() override { return m_reader.m_data->Read<signed char>(); }
     unsigned char RawReadUInt8() override { return m_reader.m_data->Read<unsigned char>(); }
-    const TStringCore& RawReadString() override { return m_reader.ReadTableString(); }
+    const TStringCore& RawReadString() override {
+        m_hasText = true;
+        return m_reader.ReadTableString();
+    }
 
 private:
+    // Of the first `byteCount` bytes of a word, 1 to 8.
+    static uint64 GetMask(unsigned int byteCount) { return ~uint64{0} >> (64 - 8 * byteCount); }
+
     BinaryProtocolReader& m_reader;
+    bool m_hasText = false;        // Whether the tag that is being read has a text.
+    unsigned int m_tagLength = 0;  // Of the tag that is kept, in bytes; 0 for none.
+    uint64 m_tag = 0;
+    std::pair<const Type*, bool> m_type;
 };
 
 BinaryProtocolReader::BinaryProtocolReader()
@@ -264,7 +299,7 @@ SpecialKind BinaryProtocolReader::ReadSpecialKey() {
 
 std::pair<const Type*, bool> BinaryProtocolReader::ReadKeyType() {
     m_state->AppendKeyType();
-    return ReadTypeTag(*m_typeReader);
+    return m_typeReader->ReadTag();
 }
 
 template <typename T>

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/main/utility/PackagedArrayView.h"
 #include "lum/core/serialize/BinaryProtocolReader.h"
 #include "lum/core/store/SortSpecOrder.h"
 #include "lum/core/store/StorageTypes.h"
@@ -20,7 +21,6 @@ namespace lum::core {
 class CollectionType;
 class ExternalType;
 class KeySetType;
-class RawData;
 class TupleType;
 
 // Reads values from the payload that a reader stands in; see StoreValueParser::MakeDataStore. A
@@ -70,7 +70,7 @@ private:
     SV ReadCompositeArray(const CollectionType* type, BinaryListType binListType);
     // A segment of elements. Numbers and kinds stay in the payload.
     template <typename T>
-    std::shared_ptr<const RawData> ReadSegment(const Type* elementType);
+    PackagedArrayView<T> ReadSegment(const Type* elementType);
     template <StorageType T>
     std::vector<T> ReadElements(const Type* elementType, lumsize_t count);
     SV ReadSet(const CollectionType* type);

@@ -1,6 +1,7 @@
 #include <algorithm>
 
 #include "core/main/serialize/StoreValueBinaryParser.h"
+#include "core/main/store/ValueArray.h"
 #include "core/main/store/ValueCompositeArray.h"
 #include "core/main/store/ValueSet.h"
 #include "lum/core/Check.h"
@@ -28,13 +29,14 @@ ArrayView<const T> ReadBlock(BinaryProtocolReader& reader, lumsize_t count) {
 
 // Indices are compared with the elements once, here, since no read of an element tests them again.
 template <typename T>
-void CheckIndices(const std::vector<ValueCompositeArrayRange<T>>& ranges, const RawData& indices) {
+void CheckIndices(const std::vector<ValueCompositeArrayRange<T>>& ranges,
+                  ArrayView<const unsigned int> indices) {
     uint64 elementCount = 0;
     for (const ValueCompositeArrayRange<T>& range : ranges) {
         elementCount += range.count;
     }
     unsigned int largest = 0;
-    for (const unsigned int index : indices.ViewAs<unsigned int>()) {
+    for (const unsigned int index : indices) {
         largest = std::max(largest, index);
     }
     LUM_CHECK(indices.GetSize() == 0 || largest < elementCount, LumError::InvalidBinaryData);
@@ -75,15 +77,14 @@ std::vector<T> BinaryValueReader::ReadElements(const Type* elementType, lumsize_
 }
 
 template <typename T>
-std::shared_ptr<const RawData> BinaryValueReader::ReadSegment(
-    [[maybe_unused]] const Type* elementType) {
+PackagedArrayView<T> BinaryValueReader::ReadSegment([[maybe_unused]] const Type* elementType) {
     const lumsize_t count = m_reader.BeginListData();
-    std::shared_ptr<const RawData> segment;
+    PackagedArrayView<T> segment;
     if constexpr (std::is_arithmetic_v<T> || std::is_enum_v<T>) {
-        segment = std::make_shared<const UnmanagedRawData<T>>(m_reader.GetSharedBufferReference(),
-                                                              ReadBlock<T>(m_reader, count));
+        segment = PackagedArrayView<T>(std::make_shared<const UnmanagedRawData<T>>(
+            m_reader.GetSharedBufferReference(), ReadBlock<T>(m_reader, count)));
     } else {
-        segment = std::make_shared<const VectorRawData<T>>(ReadElements<T>(elementType, count));
+        segment = PackagedArrayView<T>(ReadElements<T>(elementType, count));
     }
     m_reader.EndListData();
     return segment;
@@ -98,13 +99,19 @@ SV BinaryValueReader::ReadPlainArray(const CollectionType* type, BinaryListType 
                        type->GetElementType()->TryAs<CollectionType>() == nullptr,
                        LumError::NestedCollectionSpecials);
     }
-    std::shared_ptr<const RawData> values = ReadSegment<T>(type->GetElementType());
-    std::shared_ptr<const RawData> specials;
+    PackagedArrayView<T> values = ReadSegment<T>(type->GetElementType());
+    PackagedArrayView<SpecialKind> specials;
     if (binListType.HasSpecials()) {
         specials = ReadSegment<SpecialKind>(nullptr);
     }
-    return factory::MakeArray<T>(type->GetElementType(), std::move(values), std::move(specials),
-                                 binListType.GetSortOrder());
+    if constexpr (std::is_same_v<T, LumTuple>) {
+        return factory::MakeArray<T>(type->GetElementType(), values.TakeStorage(),
+                                     specials.TakeStorage(), binListType.GetSortOrder());
+    } else {
+        return std::make_shared<ValueArray<T>>(type, std::move(values), std::move(specials),
+                                               PackagedArrayView<unsigned int>(),
+                                               binListType.GetSortOrder());
+    }
 }
 
 // A few bytes may state any count, and nothing is made for each element.
@@ -152,8 +159,8 @@ SV BinaryValueReader::ReadCompositeArray(const CollectionType* type, BinaryListT
     m_reader.EndListData();
     PackagedArrayView<unsigned int> indices;
     if (binListType.HasIndices()) {
-        indices = PackagedArrayView<unsigned int>(ReadSegment<unsigned int>(nullptr));
-        CheckIndices(ranges, *indices.GetStorage());
+        indices = ReadSegment<unsigned int>(nullptr);
+        CheckIndices(ranges, indices.GetView());
     }
     return std::make_shared<ValueCompositeArray<T>>(
         type, PackagedArrayView<ValueCompositeArrayRange<T>>(std::move(ranges)), indices,

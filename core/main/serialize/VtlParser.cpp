@@ -230,12 +230,12 @@ TransformSpec ParseVtlLine(const TStringCore& text) {
 }
 
 std::vector<TransformSpec> ParseVtlList(const TStringCore& text, bool keepComments) {
-    return ReadVtlStatements(text.view(), text.end(), keepComments);
+    KnownKeyPaths known;
+    return ReadVtlStatements(text.view(), text.end(), keepComments, known);
 }
 
 std::vector<TransformSpec> ReadVtlStatements(std::u16string_view text, const char16_t* readableEnd,
-                                             bool keepComments) {
-    KnownKeyPaths known;
+                                             bool keepComments, KnownKeyPaths& known) {
     StatementReader statements(&known);
     Program parser;
     VtlLines lines(text);

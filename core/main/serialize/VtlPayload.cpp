@@ -84,7 +84,8 @@ std::size_t CountEdges(std::u16string_view section) {
 class SectionReader {
 public:
     // `textEnd` is the end of the whole text, which the sections are parts of.
-    explicit SectionReader(const char16_t* textEnd) : m_textEnd(textEnd) {}
+    SectionReader(const char16_t* textEnd, KnownKeyPaths& known)
+        : m_textEnd(textEnd), m_known(known) {}
 
     std::vector<GraphEdge> ReadEdges(std::u16string_view section);
     std::unordered_set<KeyPath> ReadKeys(std::u16string_view section);
@@ -101,7 +102,7 @@ private:
 
     const char16_t* const m_textEnd;
     KeyPathReader m_keys;
-    KnownKeyPaths m_known;         // Keys of edges.
+    KnownKeyPaths& m_known;
     std::vector<lumsize_t> m_ids;  // Of the list that is being read.
 };
 
@@ -117,8 +118,33 @@ void SectionReader::ForEachLine(std::u16string_view section, const Read& read) {
     }
 }
 
+// Takes the numbers at the start of `units` that are few digits and a comma right behind them.
+// Gives the number of units taken.
+std::size_t TakePlainIds(std::u16string_view units, std::vector<lumsize_t>& ids) {
+    constexpr std::size_t kMostDigits = 9;
+    std::size_t taken = 0;
+    while (true) {
+        lumsize_t id = 0;
+        std::size_t at = taken;
+        for (; at < units.size() && at - taken <= kMostDigits && units[at] >= u'0' &&
+               units[at] <= u'9';
+             ++at) {
+            id = id * 10 + (units[at] - u'0');
+        }
+        if (at == taken || at - taken > kMostDigits || at == units.size() || units[at] != u',') {
+            return taken;
+        }
+        ids.push_back(id);
+        taken = at + 1;
+    }
+}
+
 const std::vector<lumsize_t>& SectionReader::ReadIds(VtlScanner& scanner) {
     m_ids.clear();
+    // Nearly all stand plainly, and are not worth two tokens each.
+    if (const std::size_t taken = TakePlainIds(scanner.GetRest(), m_ids)) {
+        scanner.SkipRest(taken);
+    }
     while (scanner.PeekIs(Kind::IntegerLiteral)) {
         m_ids.push_back(LumSizeCastSafe(static_cast<uint64>(scanner.Next().GetInteger())));
         scanner.Expect(Kind::Comma);
@@ -237,12 +263,13 @@ void ParseVtlPayload(const TStringCore& text, std::vector<TransformSpec>& transf
         return text.view().substr(static_cast<std::size_t>(start),
                                   static_cast<std::size_t>(end - start));
     };
-    SectionReader reader(text.end());
+    KnownKeyPaths known;
+    SectionReader reader(text.end(), known);
     edges = reader.ReadEdges(section(graphStart + graphMarkerLen, graphEnd));
     updatableKeys = reader.ReadKeys(section(updKeysStart + updKeysMarkerLen, updKeysEnd));
     transforms = ReadVtlStatements(
         section(vtlStart + vtlMarkerLen + 1, static_cast<long long>(text.length())), text.end(),
-        /*keepComments=*/false);
+        /*keepComments=*/false, known);
 }
 
 }  // namespace lum::core

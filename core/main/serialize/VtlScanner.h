@@ -156,6 +156,13 @@ public:
         }
         return m_units.substr(next.GetStart());
     }
+    // The units behind the current token; nothing where tokens behind it were looked at. And going
+    // on behind the first `count` of them, which end there with a token, as Skip does.
+    std::u16string_view GetRest() const noexcept {
+        return m_state.hasAhead ? std::u16string_view()
+                                : m_units.substr(m_state.cursor.GetPosition());
+    }
+    void SkipRest(std::size_t count) noexcept { GoTo(m_state.cursor.GetPosition() + count); }
     // Up to where the text's memory may be read, as UnitRange takes it.
     const char16_t* GetReadableEnd() const noexcept { return m_state.cursor.GetReadableEnd(); }
     // Goes on behind the first `count` of the units that PeekUnits has just given, which end there

@@ -9,6 +9,8 @@
 
 namespace lum::core {
 
+class KnownKeyPaths;
+
 // The statements of a program as a part of a larger text, for which TransformsToString and
 // ParseVtlList would copy them. Errors and cost are theirs.
 
@@ -16,8 +18,9 @@ namespace lum::core {
 void AppendVtlStatements(TStringCore& out, const std::vector<TransformSpec>& transforms,
                          bool includeComments, KeyPathSerializerCache& cache);
 
-// Of units that may be read up to `readableEnd`.
+// Of units that may be read up to `readableEnd`. Keys are shared with those that are `known` from
+// what stands before, and become known themselves.
 std::vector<TransformSpec> ReadVtlStatements(std::u16string_view text, const char16_t* readableEnd,
-                                             bool keepComments);
+                                             bool keepComments, KnownKeyPaths& known);
 
 }  // namespace lum::core

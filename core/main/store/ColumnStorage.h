@@ -17,13 +17,14 @@ template <StorageType T>
 class ColumnStorage {
 public:
     /// `kinds` may be null; else it has the size of `values`.
-    ColumnStorage(const PackagedArrayView<T>& values, const PackagedArrayView<SpecialKind>& kinds)
-        : m_owner(MakeOwner(values.GetStorage(), kinds.GetStorage())),
-          m_valueBlock(values.GetStorage().get()),
+    ColumnStorage(PackagedArrayView<T> values, PackagedArrayView<SpecialKind> kinds)
+        : m_valueBlock(values.GetStorage().get()),
           m_kindBlock(kinds.GetStorage().get()),
           m_values(values.GetData()),
           m_kinds(kinds.GetData()),
-          m_size(values.GetSize()) {}
+          m_size(values.GetSize()) {
+        m_owner = MakeOwner(values.TakeStorage(), kinds.TakeStorage());
+    }
     /// `count` elements of `other` from `startIndex` on, which the caller has compared with the
     /// size.
     ColumnStorage(const ColumnStorage& other, lumsize_t startIndex, lumsize_t count) noexcept
@@ -58,9 +59,10 @@ private:
     using Block = std::shared_ptr<const RawData>;
     using Owner = std::shared_ptr<const void>;
 
-    static Owner MakeOwner(const Block& values, const Block& kinds) {
-        return kinds == nullptr ? Owner(values)
-                                : std::make_shared<const std::pair<Block, Block>>(values, kinds);
+    static Owner MakeOwner(Block&& values, Block&& kinds) {
+        return kinds == nullptr ? Owner(std::move(values))
+                                : std::make_shared<const std::pair<Block, Block>>(std::move(values),
+                                                                                  std::move(kinds));
     }
 
     template <typename Element>

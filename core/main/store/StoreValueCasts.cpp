@@ -20,7 +20,10 @@ const Interface& CastTo(const StoreValue& value, LumError error) {
 
 template <StorageType T>
 const ITypedArray<T>& detail::CastToTypedArray(const StoreValue& value) {
-    return CastTo<ITypedArray<T>>(value, LumError::NotTypedArray);
+    const IStoreArray* const array = value.FindArray();
+    LUM_CHECK_TEXT("(p) != nullptr", array != nullptr && array->GetStorageKind() == kStorageKind<T>,
+                   LumError::NotTypedArray);
+    return static_cast<const ITypedArray<T>&>(*array);
 }
 
 template <StorageType T>

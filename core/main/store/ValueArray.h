@@ -21,9 +21,9 @@ class ValueArray final : public StoreValue, public IStoreCollection, public ITyp
 public:
     /// `specials` and `indices` may be null views.
     /// Errors: those of factory::MakeArray.
-    ValueArray(const CollectionType* type, const PackagedArrayView<T>& values,
-               const PackagedArrayView<SpecialKind>& specials,
-               const PackagedArrayView<unsigned>& indices, SortSpecOrder order);
+    ValueArray(const CollectionType* type, PackagedArrayView<T> values,
+               PackagedArrayView<SpecialKind> specials, const PackagedArrayView<unsigned>& indices,
+               SortSpecOrder order);
     /// Shares the storage; states no order.
     ValueArray(const ValueArray& other);
 
@@ -47,6 +47,7 @@ public:
     const IStoreCollection& AsCollection() const override { return *this; }
     const IUniformCollection& AsUniformCollection() const override { return *this; }
     const IStoreArray& AsArray() const override { return *this; }
+    const IStoreArray* FindArray() const noexcept override { return this; }
     std::unique_ptr<StoreValue> Clone() const override;
 
     // IStoreCollection: the key is a decimal index. A read gives the stored value whatever its
@@ -103,6 +104,10 @@ public:
 private:
     enum class IndexRange : unsigned char { Unknown, Inside, NotAllInside };
 
+    // Gives the type. Its name is that of the field, whose checks these are.
+    static const CollectionType* CheckParts(const CollectionType* m_type,
+                                            const PackagedArrayView<T>& values,
+                                            const PackagedArrayView<SpecialKind>& specials);
     /// The place of an element in the storage.
     lumsize_t GetStoredIndex(lumsize_t index) const {
         return HasIndices() ? GetIndices()[index] : index;

@@ -15,15 +15,20 @@
 namespace lum::core {
 
 template <StorageType T>
-ValueArray<T>::ValueArray(const CollectionType* type, const PackagedArrayView<T>& values,
-                          const PackagedArrayView<SpecialKind>& specials,
+ValueArray<T>::ValueArray(const CollectionType* type, PackagedArrayView<T> values,
+                          PackagedArrayView<SpecialKind> specials,
                           const PackagedArrayView<unsigned>& indices, SortSpecOrder order)
-    : m_type(type),
-      m_storage(values, specials),
+    : m_type(CheckParts(type, values, specials)),
+      m_storage(std::move(values), std::move(specials)),
       m_indexBlock(indices.GetStorage()),
       m_indices(indices.GetData()),
-      m_count(indices.IsNull() ? values.GetSize() : indices.GetSize()),
-      m_order(order) {
+      m_count(indices.IsNull() ? m_storage.GetSize() : indices.GetSize()),
+      m_order(order) {}
+
+template <StorageType T>
+const CollectionType* ValueArray<T>::CheckParts(const CollectionType* m_type,
+                                                const PackagedArrayView<T>& values,
+                                                const PackagedArrayView<SpecialKind>& specials) {
     LUM_CHECK_NOT_NULL(m_type, LumError::NullArgument);
     LUM_CHECK_TEXT("!(m_values.IsNull())", !values.IsNull(), LumError::NullArray);
     if constexpr (!std::is_same_v<T, SV>) {
@@ -31,13 +36,13 @@ ValueArray<T>::ValueArray(const CollectionType* type, const PackagedArrayView<T>
         LUM_CHECK(StorageTypeTraits<StorageT>::IsMatchingType(m_type->GetElementType()),
                   LumError::TypeMismatchExpected);
     }
-    if (specials.IsNull()) {
-        return;
+    if (!specials.IsNull()) {
+        LUM_CHECK_NOT(IsCollectionStoreType(m_type->GetElementType()->GetStoreType()),
+                      LumError::NestedCollectionSpecials);
+        LUM_CHECK_TEXT("(m_specials.GetSize() == m_values.GetSize())",
+                       specials.GetSize() == values.GetSize(), LumError::SpecialsSizeMismatch);
     }
-    LUM_CHECK_NOT(IsCollectionStoreType(m_type->GetElementType()->GetStoreType()),
-                  LumError::NestedCollectionSpecials);
-    LUM_CHECK_TEXT("(m_specials.GetSize() == m_values.GetSize())",
-                   specials.GetSize() == values.GetSize(), LumError::SpecialsSizeMismatch);
+    return m_type;
 }
 
 template <StorageType T>

@@ -32,6 +32,7 @@ public:
     const IStoreCollection& AsCollection() const override { return *this; }
     const IUniformCollection& AsUniformCollection() const override { return *this; }
     const IStoreArray& AsArray() const override { return *this; }
+    const IStoreArray* FindArray() const noexcept override { return this; }
     std::unique_ptr<StoreValue> Clone() const override;
 
     // IStoreCollection: the key is a decimal index. A read gives the value whatever the kind.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <concepts>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -23,6 +24,10 @@ public:
             m_view = m_storage->ViewAs<T>();
         }
     }
+    /// A block of `T` by its own type, which needs no look at its width.
+    template <std::derived_from<TypedRawData<T>> Block>
+    explicit PackagedArrayView(std::shared_ptr<const Block> storage)
+        : m_storage(std::move(storage)), m_view(static_cast<const Block&>(*m_storage).GetView()) {}
     explicit PackagedArrayView(std::vector<T>&& elements)
         : PackagedArrayView(std::make_shared<const VectorRawData<T>>(std::move(elements))) {}
     /// `length` elements of `other` from `startIndex` on, which the caller has compared with the
@@ -39,6 +44,8 @@ public:
     bool IsNull() const noexcept { return m_storage == nullptr; }
     lumsize_t GetSize() const noexcept { return static_cast<lumsize_t>(m_view.GetSize()); }
     const std::shared_ptr<const RawData>& GetStorage() const noexcept { return m_storage; }
+    /// The storage, which the view no longer shares: it is good while the storage lives.
+    std::shared_ptr<const RawData> TakeStorage() noexcept { return std::move(m_storage); }
     /// Where the view begins in the storage.
     lumsize_t GetStartIndex() const noexcept { return m_startIndex; }
 

@@ -7,46 +7,40 @@
 
 namespace lum::core {
 
-ValueSpec::ValueSpec(SV value) : m_value(std::move(value)) {
-    LUM_CHECK_NOT_NULL(m_value, LumError::ValueSpecHoldsKey);
+ValueSpec::ValueSpec(SV value) {
+    LUM_CHECK_TEXT("(m_value) != nullptr", value != nullptr, LumError::ValueSpecHoldsKey);
+    m_content = std::move(value);
 }
 
-ValueSpec::ValueSpec(const KeyPath& path) {
+ValueSpec::ValueSpec(const KeyPath& path) : m_content(path) {
     LUM_CHECK_NOT(path.IsEmpty(), LumError::ValueSpecHoldsValue);
-    m_keyPath = std::make_unique<KeyPath>(path);
-}
-
-ValueSpec::ValueSpec(const ValueSpec& other)
-    : m_value(other.m_value),
-      m_keyPath(other.m_keyPath ? std::make_unique<KeyPath>(*other.m_keyPath) : nullptr) {}
-
-ValueSpec& ValueSpec::operator=(const ValueSpec& other) {
-    return *this = ValueSpec(other);
 }
 
 ValueSpec::~ValueSpec() = default;
 
 bool ValueSpec::IsKey() const {
-    if (m_keyPath) {
+    if (std::holds_alternative<KeyPath>(m_content)) {
         return true;
     }
-    LUM_INVARIANT_NOT_NULL(m_value, LumError::Unspecified);
+    LUM_INVARIANT_TEXT("(m_value) != nullptr", std::holds_alternative<SV>(m_content),
+                       LumError::Unspecified);
     return false;
 }
 
 const SV& ValueSpec::GetValue() const {
-    LUM_CHECK_NOT_NULL(m_value, LumError::ValueSpecHoldsKey);
-    return m_value;
+    const SV* const value = std::get_if<SV>(&m_content);
+    LUM_CHECK_TEXT("(m_value) != nullptr", value != nullptr, LumError::ValueSpecHoldsKey);
+    return *value;
 }
 
 const KeyPath& ValueSpec::GetKeyPath() const {
-    LUM_CHECK_NOT_NULL(m_keyPath, LumError::ValueSpecHoldsValue);
-    return *m_keyPath;
+    const KeyPath* const path = std::get_if<KeyPath>(&m_content);
+    LUM_CHECK_TEXT("(m_keyPath) != nullptr", path != nullptr, LumError::ValueSpecHoldsValue);
+    return *path;
 }
 
 KeyPath& ValueSpec::GetKeyPath() {
-    LUM_CHECK_NOT_NULL(m_keyPath, LumError::ValueSpecHoldsValue);
-    return *m_keyPath;
+    return const_cast<KeyPath&>(std::as_const(*this).GetKeyPath());
 }
 
 }  // namespace lum::core

@@ -11,7 +11,8 @@
 /// details, which is evaluated only after the check has failed.
 ///
 /// The text of the condition reaches the log, and callers match on it: rewording a check changes
-/// behaviour. Where the reported text must differ from the code, LUM_CHECK_TEXT takes it.
+/// behaviour. Where the reported text must differ from the code, LUM_CHECK_TEXT and
+/// LUM_INVARIANT_TEXT take it.
 ///
 /// Cost: a compare and a jump to an out-of-line function; nothing is formatted on the good path.
 
@@ -36,16 +37,17 @@
 /// Reports and fails, with no condition.
 #define LUM_FAIL(...) ::lum::core::detail::FailRuntime({__FILE__, __LINE__, ""}, __VA_ARGS__)
 
+#define LUM_INVARIANT_TEXT(text, condition, ...) \
+    (static_cast<bool>(condition)                \
+         ? static_cast<void>(0)                  \
+         : ::lum::core::detail::FailLogic({__FILE__, __LINE__, text}, __VA_ARGS__))
+
 /// Reports "(condition)" and throws LumLogicException.
 #define LUM_INVARIANT(condition, ...) \
-    (static_cast<bool>(condition)     \
-         ? static_cast<void>(0)       \
-         : ::lum::core::detail::FailLogic({__FILE__, __LINE__, "(" #condition ")"}, __VA_ARGS__))
+    LUM_INVARIANT_TEXT("(" #condition ")", (condition), __VA_ARGS__)
 /// Reports "(pointer) != nullptr" and throws LumLogicException.
-#define LUM_INVARIANT_NOT_NULL(pointer, ...)                \
-    ((pointer) != nullptr ? static_cast<void>(0)            \
-                          : ::lum::core::detail::FailLogic( \
-                                {__FILE__, __LINE__, "(" #pointer ") != nullptr"}, __VA_ARGS__))
+#define LUM_INVARIANT_NOT_NULL(pointer, ...) \
+    LUM_INVARIANT_TEXT("(" #pointer ") != nullptr", (pointer) != nullptr, __VA_ARGS__)
 
 namespace lum::core::detail {
 

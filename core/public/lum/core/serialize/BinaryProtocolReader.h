@@ -19,7 +19,6 @@ namespace lum::core {
 
 class BinaryBufferReader;
 class BinaryProtocolStateTracker;
-class IBinaryProtocolTypeReader;
 class StringTableReader;
 class Type;
 
@@ -149,7 +148,7 @@ private:
     unsigned short m_version = 0;
     bool m_useBase128 = false;
     bool m_useChecksums = false;
-    const std::unique_ptr<IBinaryProtocolTypeReader> m_typeReader;
+    const std::unique_ptr<TypeReader> m_typeReader;
     const std::unique_ptr<BinaryProtocolStateTracker> m_state;
     std::unique_ptr<BinaryBufferReader> m_data;
     const std::unique_ptr<StringTableReader> m_strings;

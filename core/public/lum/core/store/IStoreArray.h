@@ -9,6 +9,7 @@
 #include "lum/core/store/RawDataView.h"
 #include "lum/core/store/SortSpecOrder.h"
 #include "lum/core/store/SpecialKind.h"
+#include "lum/core/store/StorageTypes.h"
 #include "lum/core/store/TemporaryRawData.h"
 
 namespace lum::core {
@@ -115,6 +116,8 @@ public:
     virtual SV GetRange(lumsize_t startIndex, lumsize_t length, unsigned step) const = 0;
     /// What was stated of the order; ASC for every constant array.
     virtual SortSpecOrder GetSortOrder() const = 0;
+    /// Which ITypedArray the array is: kStorageKind of its `T`.
+    virtual StorageKind GetStorageKind() const noexcept = 0;
 };
 
 /// An array whose elements come through indices that a caller may see.

@@ -12,6 +12,7 @@ namespace lum::core {
 template <typename T>
 class LUM_CORE_API ITypedArray : public IStoreArray {
 public:
+    StorageKind GetStorageKind() const noexcept final { return kStorageKind<T>; }
     /// A cursor at the first element, without and with the kinds. Cost: O(1); the first one of a
     /// composite array with indices looks up where each element stands, and keeps it.
     virtual ArrayCursor<T> GetAdapter() const = 0;

@@ -16,7 +16,12 @@ class LumTuple;
 namespace detail {
 template <typename T, typename... Types>
 inline constexpr bool kIsOneOf = (std::is_same_v<T, Types> || ...);
-}
+template <typename T, typename... Types>
+inline constexpr unsigned kPlaceAmong = 0;
+template <typename T, typename First, typename... Rest>
+inline constexpr unsigned kPlaceAmong<T, First, Rest...> =
+    std::is_same_v<T, First> ? 0 : 1 + kPlaceAmong<T, Rest...>;
+}  // namespace detail
 
 /// The six types that columns are stored in: unsigned char for Bool; unsigned int for Int32, Real32
 /// and Color; unsigned long long for Int64, Real64, Date and DateTime; RIndirectString; LumTuple;
@@ -24,6 +29,13 @@ inline constexpr bool kIsOneOf = (std::is_same_v<T, Types> || ...);
 template <typename T>
 concept StorageType = detail::kIsOneOf<T, unsigned char, unsigned int, unsigned long long,
                                        RIndirectString, LumTuple, SV>;
+
+/// The storage type of a collection at run time, for a cast to its typed interface.
+enum class StorageKind : unsigned {};
+template <StorageType T>
+inline constexpr StorageKind kStorageKind{
+    detail::kPlaceAmong<T, unsigned char, unsigned int, unsigned long long, RIndirectString,
+                        LumTuple, SV>};
 
 /// Whether `T` is the storage of a type. Arrays and sets of SV hold elements of any type all the
 /// same.

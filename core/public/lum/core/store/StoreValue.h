@@ -109,8 +109,8 @@ public:
     bool FuzzyIsLessThan(const StoreValue& other) const;
     bool FuzzyIsGreaterThan(const StoreValue& other) const { return other.FuzzyIsLessThan(*this); }
 
-    /// The typed interface of a collection. Cost: a cross-cast, so once a column.
-    /// Errors: NotTypedArray, NotTypedSet, NotKeyedCollection.
+    /// The typed interface of a collection. Cost: two calls for an array, else a cross-cast, so
+    /// once a column. Errors: NotTypedArray, NotTypedSet, NotKeyedCollection.
     template <StorageType T>
     const ITypedArray<T>& AsTypedArray() const {
         return detail::CastToTypedArray<T>(*this);
@@ -135,6 +135,11 @@ protected:
     virtual int FuzzyCompareImpl(const StoreValue& other) const;
 
 private:
+    template <StorageType T>
+    friend const ITypedArray<T>& detail::CastToTypedArray(const StoreValue& value);
+
+    /// The array that the value is, or null.
+    virtual const IStoreArray* FindArray() const noexcept { return nullptr; }
     [[noreturn]] void FailAccess(LumError error) const;
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <memory>
+#include <variant>
 
 #include "lum/core/Export.h"
 #include "lum/core/store/KeyPath.h"
@@ -25,8 +25,8 @@ public:
     /// A key. Errors: ValueSpecHoldsValue where path.IsEmpty(), which looks at the last name alone.
     explicit ValueSpec(const KeyPath& path);
 
-    ValueSpec(const ValueSpec& other);
-    ValueSpec& operator=(const ValueSpec& other);
+    ValueSpec(const ValueSpec& other) = default;
+    ValueSpec& operator=(const ValueSpec& other) = default;
     ValueSpec(ValueSpec&& other) noexcept = default;
     ValueSpec& operator=(ValueSpec&& other) noexcept = default;
     ~ValueSpec();
@@ -41,8 +41,7 @@ public:
     KeyPath& GetKeyPath();
 
 private:
-    SV m_value;
-    std::unique_ptr<KeyPath> m_keyPath;
+    std::variant<std::monostate, SV, KeyPath> m_content;
 };
 
 }  // namespace lum::core
