@@ -40,7 +40,7 @@ void AddComparisons(FunctionTable& table) {
                                                                         Constants<T>(), keepKind);
     });
     table.AddWithConstant<ElementWithKind<bool>(LumDateTime, SpecialKind), LumDateTime>(
-        GREATER_THAN_OR_EQUAL, EdgeCells<LumDateTime>(), keepKind);
+        GREATER_THAN_OR_EQUAL, Column<LumDateTime>::EdgeCells(), keepKind);
 }
 
 namespace {

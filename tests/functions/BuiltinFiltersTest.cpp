@@ -4,6 +4,7 @@
 
 #include "lum/core/store/StoreValue.h"
 #include "tests/functions/BuiltinTables.h"
+#include "tests/support/ColumnText.h"
 #include "tests/support/LumErrorMatchers.h"
 
 namespace lum::core::functions_test {
@@ -54,8 +55,8 @@ void AddFilters(FunctionTable& table) {
     table.Add(KEEP_ONLY_TRUE, [](bool element) { return element; });
     table.Add(KEEP_ONLY_FALSE, [](bool element) { return !element; });
     ForTypes<RIndirectString, int, long long, SV>([&]<typename T>() {
-        table.AddCreator<bool(T)>(KEEP_ONLY_FIRST, {}, {{{}, IsRepeated<T>()}},
-                                  Options{.isStateful = true});
+        table.AddCreator(KEEP_ONLY_FIRST, {}, {MakeUse<bool(T)>({}, IsRepeated<T>())},
+                         Options{.isStateful = true});
     });
 }
 

@@ -26,7 +26,7 @@ bool IsMember(const T& element, const std::vector<CellT<T>>& members) {
 // Members that columns have, and others: reals are told apart by their bits.
 template <typename T>
 std::vector<std::vector<CellT<T>>> Sets() {
-    const std::vector<CellT<T>>& edges = EdgeCells<CellT<T>>();
+    const std::vector<CellT<T>>& edges = Column<CellT<T>>::EdgeCells();
     if constexpr (std::is_same_v<T, bool>) {
         return {{}, {1}, {0}, {0, 1}};
     } else {

@@ -6,6 +6,7 @@
 #include "lum/core/utility/LumTuple.h"
 #include "tests/functions/FunctionTable.h"
 #include "tests/support/CollatorPoolGuard.h"
+#include "tests/support/ColumnText.h"
 #include "tests/support/FoldingCollatorPool.h"
 #include "tests/support/LumErrorMatchers.h"
 
