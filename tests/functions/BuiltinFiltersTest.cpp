@@ -62,12 +62,6 @@ void AddFilters(FunctionTable& table) {
 
 namespace {
 
-TEST(BuiltinFilters, Models) {
-    FunctionTable table;
-    AddFilters(table);
-    table.Check(*MakeBuiltinRegistry());
-}
-
 // What a filter of repetitions saw last is its own, and stays when a comparison fails.
 TEST(BuiltinFilters, RepetitionsOfCollections) {
     const auto registry = MakeBuiltinRegistry();

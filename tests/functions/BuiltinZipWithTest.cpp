@@ -40,12 +40,6 @@ void AddZipWith(FunctionTable& table) {
 
 namespace {
 
-TEST(BuiltinZipWith, Models) {
-    FunctionTable table;
-    AddZipWith(table);
-    table.Check(*MakeBuiltinRegistry());
-}
-
 using Numbers = std::vector<double>;
 using Kinds = std::vector<SpecialKind>;
 

@@ -93,50 +93,44 @@ const std::vector<Cell>& Column<Cell>::EdgeCells() {
         }();
         return cells;
     } else if constexpr (std::is_integral_v<Cell>) {
-        static const std::vector<Cell> cells = {Limits::min(),
-                                                Limits::min() + 1,
-                                                Limits::max(),
-                                                Limits::max() - 1,
-                                                0,
-                                                1,
-                                                -1,
-                                                static_cast<Cell>(0x180000001LL),
-                                                static_cast<Cell>(-0x80000001LL),
-                                                16777217,
-                                                4};
+        static const std::vector<Cell> cells = [] {
+            std::vector<Cell> numbers;
+            for (const long long number :
+                 {0LL, 1LL, -1LL, 4LL, 16777217LL, 0x180000001LL, -0x80000001LL}) {
+                numbers.push_back(static_cast<Cell>(number));
+            }
+            for (const Cell step : {0, 1}) {
+                numbers.push_back(Limits::min() + step);
+                numbers.push_back(Limits::max() - step);
+            }
+            return numbers;
+        }();
         return cells;
     } else if constexpr (std::is_floating_point_v<Cell>) {
-        using Bits = BitsOfCell<Cell>;
-        // A signalling NaN and a quiet one, each with a payload.
-        constexpr Bits kInfinity = std::bit_cast<Bits>(Limits::infinity());
-        constexpr Bits kNegativeNaN = std::bit_cast<Bits>(-Limits::quiet_NaN());
-        static const std::vector<Cell> cells = {0,
-                                                -Cell{0},
-                                                1,
-                                                -1,
-                                                Limits::infinity(),
-                                                -Limits::infinity(),
-                                                Limits::quiet_NaN(),
-                                                std::bit_cast<Cell>(kInfinity | 0x123),
-                                                std::bit_cast<Cell>(kNegativeNaN | 0x456),
-                                                Limits::min(),
-                                                -Limits::denorm_min(),
-                                                Limits::lowest(),
-                                                Limits::max(),
-                                                Limits::epsilon(),
-                                                Cell(2.9),
-                                                Cell(-2.9),
-                                                Cell(-0.5),
-                                                Cell(2147483648.0),
-                                                Cell(2147483647.0),
-                                                Cell(-2147483648.0),
-                                                Cell(-2147483649.0),
-                                                Cell(9223372036854775808.0),
-                                                Cell(9223372036854774784.0),
-                                                Cell(-9223372036854775808.0),
-                                                Cell(-9223372036854777856.0),
-                                                Cell(0.49999999999999994),
-                                                Cell(4503599627370497.5)};
+        static const std::vector<Cell> cells = [] {
+            // The neighbours of the limits of integers, halves that rounding could mistake, and a
+            // signalling and a quiet NaN, each with a payload.
+            std::vector<Cell> magnitudes;
+            for (const double number :
+                 {0.0, 1.0, 2.9, 0.5, 0.49999999999999994, 0x1p52 + 1.5, 0x1p31 - 1, 0x1p31,
+                  0x1p31 + 1, 0x1p63 - 1024, 0x1p63, 0x1p63 + 2048}) {
+                magnitudes.push_back(static_cast<Cell>(number));
+            }
+            using Bits = BitsOfCell<Cell>;
+            const Bits infinity = std::bit_cast<Bits>(Limits::infinity());
+            const Bits nan = std::bit_cast<Bits>(Limits::quiet_NaN());
+            magnitudes.insert(
+                magnitudes.end(),
+                {Limits::infinity(), Limits::quiet_NaN(), Limits::min(), Limits::denorm_min(),
+                 Limits::max(), Limits::epsilon(), std::bit_cast<Cell>(infinity | 0x123),
+                 std::bit_cast<Cell>(nan | 0x456)});
+            std::vector<Cell> numbers;
+            for (const Cell magnitude : magnitudes) {
+                numbers.push_back(magnitude);
+                numbers.push_back(-magnitude);
+            }
+            return numbers;
+        }();
         return cells;
     } else if constexpr (std::is_same_v<Cell, LumDateTime>) {
         static const std::vector<Cell> cells = {LumDateTime(),
@@ -164,6 +158,12 @@ const std::vector<Cell>& Column<Cell>::EdgeCells() {
 
 template <typename Cell>
 Cell Column<Cell>::AnyCell(test::Random& random, Palette palette) {
+    if constexpr (std::is_floating_point_v<Cell>) {
+        if (palette == Palette::Specks) {
+            const Cell specks[] = {0, -Cell{0}, 2, -2, std::numeric_limits<Cell>::quiet_NaN()};
+            return random.OneOf(specks);
+        }
+    }
     const std::vector<Cell>& edges = EdgeCells();
     const bool isEdge =
         palette == Palette::Edges || (palette == Palette::RareEdges && random.Below(300) == 0);
@@ -184,10 +184,15 @@ template <typename Cell>
 std::vector<Cell> Column<Cell>::AnyCells(test::Random& random,
                                          const std::vector<SpecialKind>& kinds, Palette palette,
                                          Domain domain) {
+    const Cell filling = AnyCell(random, palette);
+    const auto next = [&] {
+        const bool isFilling = palette == Palette::Specks && random.Below(500) != 0;
+        return isFilling ? filling : AnyCell(random, palette);
+    };
     std::vector<Cell> cells;
     cells.reserve(kinds.size());
     for (const SpecialKind kind : kinds) {
-        Cell cell = AnyCell(random, palette);
+        Cell cell = next();
         while (kind == SpecialKind::Normal && !IsIn(domain, cell)) {
             cell = AnyCell(random, palette);
         }
@@ -306,7 +311,7 @@ std::string Column<Cell>::Show(const Cell& cell) {
 
 void ForEachColumn(test::Random& random, const std::function<void(lumsize_t, Palette)>& check) {
     constexpr Palette kPalettes[] = {Palette::Tame, Palette::RareEdges, Palette::Edges,
-                                     Palette::Bits};
+                                     Palette::Bits, Palette::Specks};
     for (lumsize_t count = 0; count <= 70; ++count) {
         check(count, random.OneOf(kPalettes));
     }

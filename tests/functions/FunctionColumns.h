@@ -18,8 +18,10 @@
 
 namespace lum::core::functions_test {
 
-/// What a column is made of. Sums of edge cells are NaN soon, and those of tame ones never.
-enum class Palette { Tame, RareEdges, Edges, Bits };
+/// What a column is made of. Sums of edge cells are NaN soon, and those of tame ones never. Specks
+/// are a few cells in a column of one other cell: loops that take several cells at once must notice
+/// a zero, of either sign, or a NaN among them.
+enum class Palette { Tame, RareEdges, Edges, Bits, Specks };
 /// What a function can bear, and its model: not all dates, of which early ones are of another
 /// calendar, and not all divisors.
 enum class Domain { All, GregorianDates, Divisors };

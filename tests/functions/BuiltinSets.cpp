@@ -1,11 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <functional>
 
 #include "tests/functions/BuiltinTables.h"
-#include "tests/support/CollatorPoolGuard.h"
-#include "tests/support/FoldingCollatorPool.h"
 
 namespace lum::core::functions_test {
 
@@ -45,15 +41,4 @@ void AddSets(FunctionTable& table) {
     });
 }
 
-namespace {
-
-TEST(BuiltinSets, Models) {
-    // Members are found by their code units, whatever their order is.
-    const test::CollatorPoolGuard pool{std::make_shared<test::FoldingCollatorPool>()};
-    FunctionTable table;
-    AddSets(table);
-    table.Check(*MakeBuiltinRegistry());
-}
-
-}  // namespace
 }  // namespace lum::core::functions_test
