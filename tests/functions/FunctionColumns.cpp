@@ -160,7 +160,8 @@ template <typename Cell>
 Cell Column<Cell>::AnyCell(test::Random& random, Palette palette) {
     if constexpr (std::is_floating_point_v<Cell>) {
         if (palette == Palette::Specks) {
-            const Cell specks[] = {0, -Cell{0}, 2, -2, std::numeric_limits<Cell>::quiet_NaN()};
+            const Cell specks[] = {0,        -Cell{0}, 0,
+                                   -Cell{0}, 1,        std::numeric_limits<Cell>::quiet_NaN()};
             return random.OneOf(specks);
         }
     }
@@ -184,7 +185,12 @@ template <typename Cell>
 std::vector<Cell> Column<Cell>::AnyCells(test::Random& random,
                                          const std::vector<SpecialKind>& kinds, Palette palette,
                                          Domain domain) {
-    const Cell filling = AnyCell(random, palette);
+    Cell filling = AnyCell(random, palette);
+    if constexpr (std::is_floating_point_v<Cell>) {
+        // Most often of a sign that a minimum or a maximum likes less than zero.
+        const Cell fillings[] = {2, 2, -2, -2, filling};
+        filling = random.OneOf(fillings);
+    }
     const auto next = [&] {
         const bool isFilling = palette == Palette::Specks && random.Below(500) != 0;
         return isFilling ? filling : AnyCell(random, palette);
@@ -316,10 +322,12 @@ void ForEachColumn(test::Random& random, const std::function<void(lumsize_t, Pal
         check(count, random.OneOf(kPalettes));
     }
     for (const lumsize_t count : {255U, 256U, 257U, 1023U, 1024U, 1025U, 4096U}) {
+        const lumsize_t more = count == 4096 ? static_cast<lumsize_t>(random.Below(70)) : 0;
         for (const Palette palette : kPalettes) {
-            const bool isLong = count == 4096;
-            check(count + static_cast<lumsize_t>(isLong ? random.Below(70) : 0), palette);
+            check(count + more, palette);
         }
+        check(count + more, Palette::Specks);
+        check(count + more, Palette::Specks);
     }
 }
 
