@@ -173,10 +173,8 @@ TEST(FunctionRegistryTest, RefusedRegistrations) {
     EXPECT_LUM_ERROR(EmptyOutputType, "f", unary.Register(one(), kNoType, kRegular, nullptr));
     EXPECT_LUM_ERROR(EmptyOutputType, "f", binary.Register(two(), kNoType, kRegular, nullptr));
     EXPECT_LUM_ERROR(EmptyOutputType, "f", multinary.Register(one(), kNoType, nullptr));
-    EXPECT_TRUE(KeysOf(*registry).empty());
-    EXPECT_TRUE(KeysOf(unary).empty());
-    EXPECT_TRUE(KeysOf(binary).empty());
-    EXPECT_TRUE(KeysOf(multinary).empty());
+    EXPECT_TRUE(KeysOf(*registry).empty() && KeysOf(unary).empty() && KeysOf(binary).empty() &&
+                KeysOf(multinary).empty());
 
     // The key is known before its function is looked at.
     EXPECT_LUM_ERROR(NullTransformFunction, "f",
