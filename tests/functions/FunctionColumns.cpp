@@ -160,8 +160,8 @@ template <typename Cell>
 Cell Column<Cell>::AnyCell(test::Random& random, Palette palette) {
     if constexpr (std::is_floating_point_v<Cell>) {
         if (palette == Palette::Specks) {
-            const Cell specks[] = {0,        -Cell{0}, 0,
-                                   -Cell{0}, 1,        std::numeric_limits<Cell>::quiet_NaN()};
+            const Cell specks[] = {0, -Cell{0}, 0, -Cell{0},
+                                   std::numeric_limits<Cell>::quiet_NaN()};
             return random.OneOf(specks);
         }
     }
@@ -187,12 +187,12 @@ std::vector<Cell> Column<Cell>::AnyCells(test::Random& random,
                                          Domain domain) {
     Cell filling = AnyCell(random, palette);
     if constexpr (std::is_floating_point_v<Cell>) {
-        // Most often of a sign that a minimum or a maximum likes less than zero.
-        const Cell fillings[] = {2, 2, -2, -2, filling};
-        filling = random.OneOf(fillings);
+        filling = static_cast<Cell>(random.Below(2) == 0 ? 2 : -2);
     }
+    constexpr std::size_t kRarities[] = {20, 100, 500};
+    const std::size_t rarity = random.OneOf(kRarities);
     const auto next = [&] {
-        const bool isFilling = palette == Palette::Specks && random.Below(500) != 0;
+        const bool isFilling = palette == Palette::Specks && random.Below(rarity) != 0;
         return isFilling ? filling : AnyCell(random, palette);
     };
     std::vector<Cell> cells;
@@ -326,8 +326,9 @@ void ForEachColumn(test::Random& random, const std::function<void(lumsize_t, Pal
         for (const Palette palette : kPalettes) {
             check(count + more, palette);
         }
-        check(count + more, Palette::Specks);
-        check(count + more, Palette::Specks);
+    }
+    for (int round = 0; round < 20; ++round) {
+        check(static_cast<lumsize_t>(300 + random.Below(1000)), Palette::Specks);
     }
 }
 

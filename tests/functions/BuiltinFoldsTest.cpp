@@ -1,3 +1,5 @@
+#include <gtest/gtest.h>
+
 #include <functional>
 
 #include "tests/functions/BuiltinTables.h"
@@ -49,4 +51,25 @@ void AddSums(FunctionTable& table) {
     table.Add(XOR, [](bool a, bool x) { return a != x; });
 }
 
+namespace {
+
+// A sum of negative zeros and specials alone is still a negative zero.
+TEST(BuiltinFolds, SkippedElementsDoNotChangeTheSignOfAZero) {
+    const auto registry = MakeBuiltinRegistry();
+    const auto functor = MakeBinary(*registry, SUM, RealType::Get64(), /*isSpecial=*/true);
+    const std::vector<double> cells(100, -0.0);
+    std::vector<SpecialKind> kinds(100, Normal);
+    for (std::size_t i = 0; i < kinds.size(); i += 3) {
+        kinds[i] = Missing;
+    }
+    for (const FoldDirection direction : {FoldDirection::Forward, FoldDirection::Backward}) {
+        double sum = -0.0;
+        SpecialKind kind = Normal;
+        As<IBinarySpecialFunctor<double, double, double>>(functor).Fold(sum, kind, cells, kinds, {},
+                                                                        {}, direction);
+        EXPECT_TRUE(std::signbit(sum));
+    }
+}
+
+}  // namespace
 }  // namespace lum::core::functions_test
