@@ -40,62 +40,84 @@ void AddZipWith(FunctionTable& table) {
 
 namespace {
 
-TEST(BuiltinZipWith, Models) {
-    FunctionTable table;
-    AddZipWith(table);
-    table.Check(*MakeBuiltinRegistry());
+using Numbers = std::vector<double>;
+using Kinds = std::vector<SpecialKind>;
+
+/// Blocks of an element type, from numbers and back.
+struct Blocks {
+    std::function<std::unique_ptr<RawData>(const Numbers&)> make;
+    std::function<Numbers(const RawData&)> read;
+};
+
+template <typename T>
+Blocks BlocksOf() {
+    using Storage = typename TypeTraits<T>::Storage;
+    return {[](const Numbers& numbers) {
+                std::vector<Storage> cells;
+                for (const double number : numbers) {
+                    cells.push_back(std::bit_cast<Storage>(static_cast<T>(number)));
+                }
+                return std::make_unique<VectorRawData<Storage>>(std::move(cells));
+            },
+            [](const RawData& block) {
+                const ArrayView<const T> cells = block.ViewAs<T>();
+                return Numbers(cells.begin(), cells.end());
+            }};
 }
 
 // Division stops at the first zero: what is before it stands, the rest is as it was.
-template <typename T>
-void CheckDivisionByZero(IRawBinaryFunctor& regular, IRawBinaryFunctor& special) {
-    auto& divide = dynamic_cast<IBinaryFunctor<T, T, T>&>(regular);
-    auto& divideSpecial = dynamic_cast<IBinarySpecialFunctor<T, T, T>&>(special);
-    const std::vector<T> dividends = {-7, 9, 5, 8};
-    const std::vector<SpecialKind> noKinds(4, Normal);
-    const std::vector<SpecialKind> kinds = {Normal, Null, Normal, Normal};
-    const T minusSevenHalves = static_cast<T>(-7 / T{2});
-    for (const T zero : {T{0}, -T{0}}) {
-        const std::vector<T> divisors = {2, zero, 2, 4};
-        std::vector<T> quotients(4, 99);
-        EXPECT_LUM_ERROR(DivideByZero, "", divide.ApplyVector(dividends, divisors, quotients));
-        EXPECT_EQ(quotients, (std::vector<T>{minusSevenHalves, 99, 99, 99}));
-        EXPECT_LUM_ERROR(DivideByZero, "", divide.Apply(1, zero));
+void CheckDivisionByZero(IRawBinaryFunctor& divide, IRawBinaryFunctor& divideSpecial,
+                         const Blocks& blocks, double zero) {
+    const auto dividends = blocks.make({-8, 9, 6, 8});
+    const auto divisors = blocks.make({2, zero, 2, 4});
+    const auto quotients = blocks.make({99, 99, 99, 99});
+    const auto accumulator = blocks.make({64});
+    VectorRawData<SpecialKind> noKinds(4, Normal);
+    VectorRawData<SpecialKind> kinds(Kinds{Normal, Null, Normal, Normal});
+    VectorRawData<SpecialKind> quotientKinds(4, Error);
+    const auto kindsOfQuotients = [&] {
+        const ArrayView<SpecialKind> view = quotientKinds.GetView();
+        return Kinds(view.begin(), view.end());
+    };
+    const RawDataView to(*quotients);
+    const RawDataView toKinds(quotientKinds);
+    const ConstRawDataView by(*divisors);
+    const ConstRawDataView byKinds(noKinds);
 
-        // Below a special there may be a zero.
-        std::vector<SpecialKind> quotientKinds(4, Error);
-        divideSpecial.ApplyVector(dividends, kinds, divisors, noKinds, quotients, quotientKinds);
-        EXPECT_EQ(quotients, (std::vector<T>{minusSevenHalves, 0, T(5 / T{2}), 2}));
-        EXPECT_EQ(quotientKinds, kinds);
-        quotients.assign(4, 99);
-        quotientKinds.assign(4, Error);
-        EXPECT_LUM_ERROR(DivideByZero, "",
-                         divideSpecial.ApplyVector(dividends, noKinds, divisors, noKinds, quotients,
-                                                   quotientKinds));
-        EXPECT_EQ(quotients, (std::vector<T>{minusSevenHalves, 99, 99, 99}));
-        EXPECT_EQ(quotientKinds, (std::vector<SpecialKind>{Normal, Error, Error, Error}));
+    EXPECT_LUM_ERROR(DivideByZero, "", divide.ApplyRaw(ConstRawDataView(*dividends), by, to));
+    EXPECT_EQ(blocks.read(*quotients), (Numbers{-4, 99, 99, 99}));
+    EXPECT_LUM_ERROR(
+        DivideByZero, "",
+        divideSpecial.ApplyRaw(ConstRawDataView(*dividends), byKinds, by, byKinds, to, toKinds));
+    EXPECT_EQ(blocks.read(*quotients), (Numbers{-4, 99, 99, 99}));
+    EXPECT_EQ(kindsOfQuotients(), (Kinds{Normal, Error, Error, Error}));
+    EXPECT_LUM_ERROR(DivideByZero, "",
+                     divide.FoldRaw(RawDataView(*accumulator), by, RawDataView(*quotients, 0, 0),
+                                    FoldDirection::Backward));
+    EXPECT_EQ(blocks.read(*accumulator), Numbers{8});
+    VectorRawData<SpecialKind> kind(1, Normal);
+    EXPECT_LUM_ERROR(DivideByZero, "",
+                     divideSpecial.FoldRaw(RawDataView(*accumulator), RawDataView(kind), by,
+                                           byKinds, to, toKinds, FoldDirection::Forward));
+    EXPECT_EQ(blocks.read(*accumulator), Numbers{4});
+    EXPECT_EQ(blocks.read(*quotients), (Numbers{4, 99, 99, 99}));
 
-        T accumulator = 64;
-        EXPECT_LUM_ERROR(DivideByZero, "",
-                         divide.Fold(accumulator, divisors, {}, FoldDirection::Backward));
-        EXPECT_EQ(accumulator, 8);
-        SpecialKind kind = Normal;
-        quotients.assign(4, 99);
-        EXPECT_LUM_ERROR(DivideByZero, "",
-                         divideSpecial.Fold(accumulator, kind, divisors, noKinds, quotients,
-                                            quotientKinds, FoldDirection::Forward));
-        EXPECT_EQ(accumulator, 4);
-        EXPECT_EQ(kind, Normal);
-        EXPECT_EQ(quotients, (std::vector<T>{4, 99, 99, 99}));
-    }
+    // Below a special there may be a zero.
+    divideSpecial.ApplyRaw(ConstRawDataView(*dividends), ConstRawDataView(kinds), by, byKinds, to,
+                           toKinds);
+    EXPECT_EQ(blocks.read(*quotients), (Numbers{-4, 0, 3, 2}));
+    EXPECT_EQ(kindsOfQuotients(), (Kinds{Normal, Null, Normal, Normal}));
 }
 
 TEST(BuiltinZipWith, DivisionByZero) {
     const auto registry = MakeBuiltinRegistry();
     ForTypes<int, long long, float, double>([&]<typename T>() {
         const Type* const type = TypeFor<T>().Get();
-        CheckDivisionByZero<T>(*MakeBinary(*registry, DIVIDE, type, /*isSpecial=*/false),
-                               *MakeBinary(*registry, DIVIDE, type, /*isSpecial=*/true));
+        for (const double zero : {0.0, -0.0}) {
+            CheckDivisionByZero(*MakeBinary(*registry, DIVIDE, type, /*isSpecial=*/false),
+                                *MakeBinary(*registry, DIVIDE, type, /*isSpecial=*/true),
+                                BlocksOf<T>(), zero);
+        }
     });
 }
 

@@ -1,11 +1,14 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <functional>
 #include <memory>
 #include <vector>
 
 #include "lum/core/utility/LumTuple.h"
 #include "tests/functions/FunctionTable.h"
 #include "tests/support/CollatorPoolGuard.h"
+#include "tests/support/ColumnText.h"
 #include "tests/support/FoldingCollatorPool.h"
 #include "tests/support/LumErrorMatchers.h"
 
@@ -39,77 +42,80 @@ protected:
         FindBinary(ADD, m_int).GetSpecialFactory()();
 };
 
-// Sizes are those of the views in the order of the arguments, accumulators left out.
+template <typename T>
+bool AreAll(VectorRawData<T>& block, T expected) {
+    const ArrayView<T> view = block.GetView();
+    return std::count(view.begin(), view.end(), expected) ==
+           std::distance(view.begin(), view.end());
+}
+
+/// Sizes of the views in the order of the arguments, accumulators left out.
 struct SizeCase {
     const char* condition;
     std::vector<lumsize_t> sizes;
 };
 
-constexpr const char kPairSizes[] = "(inputs.GetSize() == specialInputs.GetSize())";
-constexpr const char kOutputPairSizes[] = "(outputs.GetSize() == specialOutputs.GetSize())";
-constexpr const char kFoldSizes[] = "(inputs.GetSize() == outputs.GetSize() || outputs.IsEmpty())";
+/// Calls `apply` with views of cells and with views of kinds, of which it takes one a place: it
+/// must fail, and leave all of them alone.
+void ExpectRefusals(const std::vector<SizeCase>& cases,
+                    const std::function<void(const std::vector<RawDataView>&,
+                                             const std::vector<RawDataView>&)>& apply) {
+    for (const SizeCase& row : cases) {
+        std::vector<Ints> cells;
+        std::vector<Kinds> kinds;
+        for (const lumsize_t size : row.sizes) {
+            cells.emplace_back(size, 7U);
+            kinds.emplace_back(size, SpecialKind::Error);
+        }
+        const std::vector<RawDataView> cellViews(cells.begin(), cells.end());
+        const std::vector<RawDataView> kindViews(kinds.begin(), kinds.end());
+        EXPECT_LUM_REPORT(VectorFunctionSize, "", row.condition, apply(cellViews, kindViews));
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            EXPECT_TRUE(AreAll(cells[i], 7U)) << row.condition;
+            EXPECT_TRUE(AreAll(kinds[i], SpecialKind::Error)) << row.condition;
+        }
+    }
+}
 
 TEST_F(FunctorFailuresTest, SizesAreComparedInThisOrder) {
-    constexpr FoldDirection kForward = FoldDirection::Forward;
-    const auto check = [](const std::vector<SizeCase>& cases, auto apply) {
-        for (const SizeCase& row : cases) {
-            SCOPED_TRACE(row.condition);
-            std::vector<Ints> cells;
-            std::vector<Kinds> kinds;
-            for (const lumsize_t size : row.sizes) {
-                cells.emplace_back(size, 7U);
-                kinds.emplace_back(size, SpecialKind::Error);
-            }
-            const auto cellsAt = [&](std::size_t i) { return RawDataView(cells.at(i)); };
-            const auto kindsAt = [&](std::size_t i) { return RawDataView(kinds.at(i)); };
-            EXPECT_LUM_REPORT(VectorFunctionSize, "", row.condition, apply(cellsAt, kindsAt));
-            for (std::size_t i = 0; i < cells.size(); ++i) {
-                for (const unsigned cell : cells[i].GetView()) {
-                    EXPECT_EQ(cell, 7U);
-                }
-                for (const SpecialKind kind : kinds[i].GetView()) {
-                    EXPECT_EQ(kind, SpecialKind::Error);
-                }
-            }
-        }
-    };
+    constexpr char kPairs[] = "(inputs.GetSize() == specialInputs.GetSize())";
+    constexpr char kOutputPairs[] = "(outputs.GetSize() == specialOutputs.GetSize())";
+    constexpr char kOutputs[] = "(inputs.GetSize() == outputs.GetSize())";
+    ExpectRefusals({{kOutputs, {3, 2}}, {kOutputs, {3, 0}}, {kOutputs, {0, 3}}},
+                   [&](const auto& c, const auto&) { m_unary->ApplyRaw(c[0], c[1]); });
+    ExpectRefusals(
+        {{kPairs, {1, 2, 3, 4}}, {kOutputPairs, {2, 2, 3, 4}}, {kOutputs, {2, 2, 3, 3}}},
+        [&](const auto& c, const auto& k) { m_unarySpecial->ApplyRaw(c[0], k[1], c[2], k[3]); });
+
+    constexpr char kFirst[] = "(inputs1.GetSize() == outputs.GetSize())";
+    constexpr char kSecond[] = "(inputs2.GetSize() == outputs.GetSize())";
+    ExpectRefusals({{kFirst, {1, 2, 3}}, {kSecond, {3, 2, 3}}, {kSecond, {0, 2, 0}}},
+                   [&](const auto& c, const auto&) { m_binary->ApplyRaw(c[0], c[1], c[2]); });
+    ExpectRefusals({{"(inputs1.GetSize() == specialInputs1.GetSize())", {1, 2, 3, 4, 5, 6}},
+                    {"(inputs2.GetSize() == specialInputs2.GetSize())", {2, 2, 3, 4, 5, 6}},
+                    {kOutputPairs, {2, 2, 4, 4, 5, 6}},
+                    {kFirst, {2, 2, 4, 4, 5, 5}},
+                    {kSecond, {5, 5, 4, 4, 5, 5}}},
+                   [&](const auto& c, const auto& k) {
+                       m_binarySpecial->ApplyRaw(c[0], k[1], c[2], k[3], c[4], k[5]);
+                   });
+
+    constexpr char kFold[] = "(inputs.GetSize() == outputs.GetSize() || outputs.IsEmpty())";
     Ints accumulator(1, 7U);
     Kinds accumulatorKind(1, SpecialKind::Normal);
-
-    const char* const inputsAndOutputs = "(inputs.GetSize() == outputs.GetSize())";
-    check({{inputsAndOutputs, {3, 2}}, {inputsAndOutputs, {3, 0}}, {inputsAndOutputs, {0, 3}}},
-          [&](auto cells, auto) { m_unary->ApplyRaw(cells(0), cells(1)); });
-    check({{kPairSizes, {1, 2, 3, 4}},
-           {kOutputPairSizes, {2, 2, 3, 4}},
-           {inputsAndOutputs, {2, 2, 3, 3}}},
-          [&](auto cells, auto kinds) {
-              m_unarySpecial->ApplyRaw(cells(0), kinds(1), cells(2), kinds(3));
-          });
-
-    const char* const first = "(inputs1.GetSize() == outputs.GetSize())";
-    const char* const second = "(inputs2.GetSize() == outputs.GetSize())";
-    check({{first, {1, 2, 3}}, {second, {3, 2, 3}}, {second, {0, 2, 0}}},
-          [&](auto cells, auto) { m_binary->ApplyRaw(cells(0), cells(1), cells(2)); });
-    check({{"(inputs1.GetSize() == specialInputs1.GetSize())", {1, 2, 3, 4, 5, 6}},
-           {"(inputs2.GetSize() == specialInputs2.GetSize())", {2, 2, 3, 4, 5, 6}},
-           {kOutputPairSizes, {2, 2, 4, 4, 5, 6}},
-           {first, {2, 2, 4, 4, 5, 5}},
-           {second, {5, 5, 4, 4, 5, 5}}},
-          [&](auto cells, auto kinds) {
-              m_binarySpecial->ApplyRaw(cells(0), kinds(1), cells(2), kinds(3), cells(4), kinds(5));
-          });
-
-    check({{kFoldSizes, {3, 2}}, {kFoldSizes, {0, 2}}}, [&](auto cells, auto) {
-        m_binary->FoldRaw(RawDataView(accumulator), cells(0), cells(1), kForward);
+    const RawDataView a(accumulator);
+    const RawDataView ak(accumulatorKind);
+    ExpectRefusals({{kFold, {3, 2}}, {kFold, {0, 2}}}, [&](const auto& c, const auto&) {
+        m_binary->FoldRaw(a, c[0], c[1], FoldDirection::Forward);
     });
-    check({{kPairSizes, {1, 2, 1, 1}},
-           {kOutputPairSizes, {2, 2, 0, 2}},
-           {kOutputPairSizes, {2, 2, 2, 0}},
-           {kFoldSizes, {2, 2, 3, 3}}},
-          [&](auto cells, auto kinds) {
-              m_binarySpecial->FoldRaw(RawDataView(accumulator), RawDataView(accumulatorKind),
-                                       cells(0), kinds(1), cells(2), kinds(3), kForward);
-          });
+    ExpectRefusals({{kPairs, {1, 2, 1, 1}},
+                    {kOutputPairs, {2, 2, 0, 2}},
+                    {kOutputPairs, {2, 2, 2, 0}},
+                    {kFold, {2, 2, 3, 3}}},
+                   [&](const auto& c, const auto& k) {
+                       m_binarySpecial->FoldRaw(a, ak, c[0], k[1], c[2], k[3],
+                                                FoldDirection::Forward);
+                   });
     EXPECT_EQ(accumulator.GetView()[0], 7U);
 }
 
@@ -170,9 +176,7 @@ TEST_F(FunctorFailuresTest, ViewsOfOtherElementsAndReadOnlyViews) {
         EXPECT_LUM_ERROR(ImmutableValue, "", m_binary->FoldRaw(a, c, fixed, kBackward));
         EXPECT_LUM_ERROR(ImmutableValue, "",
                          m_binarySpecial->FoldRaw(a, fixedKinds, c, k, c, k, kBackward));
-        for (const unsigned cell : cells.GetView()) {
-            EXPECT_EQ(cell, 7U);
-        }
+        EXPECT_TRUE(AreAll(cells, 7U));
         EXPECT_EQ(one.GetView()[0], 7U);
     }
     Ints none(0, 0U);

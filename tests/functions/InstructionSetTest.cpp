@@ -45,9 +45,9 @@ TEST_F(InstructionSetTest, Folds) {
     SCOPED_TRACE(m_random.Trace());
     ForTypes<int, long long, float, double>([&]<typename T>() {
         ForEachColumn(m_random, [&](lumsize_t count, Palette palette) {
-            const std::vector<T> cells = AnyCells<T>(m_random, count, palette);
             const std::vector<SpecialKind> kinds = AnyKinds(m_random, count);
-            const T first = AnyCell<T>(m_random, palette);
+            const std::vector<T> cells = Column<T>::AnyCells(m_random, kinds, palette);
+            const T first = Column<T>::AnyCell(m_random, palette);
             const auto checkSpecial = [&](auto generator, bool isAnyNaN) {
                 ExpectAgreement(
                     [&](auto execute) {
@@ -86,8 +86,8 @@ TEST_F(InstructionSetTest, Folds) {
 TEST_F(InstructionSetTest, RealFunctions) {
     SCOPED_TRACE(m_random.Trace());
     ForEachColumn(m_random, [&](lumsize_t count, Palette palette) {
-        const std::vector<double> cells = AnyCells<double>(m_random, count, palette);
         const std::vector<SpecialKind> kinds = AnyKinds(m_random, count);
+        const std::vector<double> cells = Column<double>::AnyCells(m_random, kinds, palette);
         const auto check = [&]<typename Function>() {
             const NullOutOfDomain<double, double, Function> generator;
             ExpectAgreement([&](auto execute) {

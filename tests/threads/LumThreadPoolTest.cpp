@@ -1,8 +1,11 @@
 #include "lum/core/utility/LumThreadPool.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <functional>
+#include <initializer_list>
 #include <latch>
 #include <memory>
 #include <stdexcept>
@@ -66,34 +69,37 @@ TEST(LumThreadPoolTest, WaitsForAllAndConsumesTheHandles) {
     EXPECT_EQ(sum, 5050);
 }
 
+/// Schedules the workers and waits for them.
+void RunWorkers(std::initializer_list<std::function<void()>> workers) {
+    Handles handles;
+    for (const auto& worker : workers) {
+        handles.push_back(ScheduleTaskWorker(worker));
+    }
+    Wait(std::move(handles));
+}
+
 // The later one of the list fails first in time, and the last one runs on after both.
 TEST(LumThreadPoolTest, ThrowsWhatTheFirstOfTheListHasThrown) {
     for (const unsigned int threads : {1u, 3u}) {
         Initialize(threads);
         std::latch hasFailed(threads == 1 ? 0 : 1);
         std::atomic<bool> isOver{false};
-        Handles handles;
-        handles.push_back(ScheduleTaskWorker([] {}));
-        handles.push_back(ScheduleTaskWorker([&] {
-            hasFailed.wait();
-            throw std::runtime_error("first");
-        }));
-        handles.push_back(ScheduleTaskWorker([&] {
-            if (threads != 1) {
-                hasFailed.count_down();
-            }
-            throw std::runtime_error("second");
-        }));
-        handles.push_back(ScheduleTaskWorker([&] {
-            std::this_thread::yield();
-            isOver = true;
-        }));
-        try {
-            Wait(std::move(handles));
-            ADD_FAILURE() << "the exception is lost";
-        } catch (const std::runtime_error& error) {
-            EXPECT_STREQ(error.what(), "first");
-        }
+        const auto run = [&] {
+            RunWorkers({[] {},
+                        [&] {
+                            hasFailed.wait();
+                            throw std::runtime_error("first");
+                        },
+                        [&] {
+                            hasFailed.count_down(threads == 1 ? 0 : 1);
+                            throw std::runtime_error("second");
+                        },
+                        [&] {
+                            std::this_thread::yield();
+                            isOver = true;
+                        }});
+        };
+        EXPECT_THAT(run, testing::ThrowsMessage<std::runtime_error>("first"));
         EXPECT_TRUE(isOver);
     }
 }
@@ -102,25 +108,15 @@ TEST(LumThreadPoolTest, AForgottenWorkerRunsAllTheSame) {
     Initialize(1);
     std::atomic<bool> hasRun{false};
     ScheduleTaskWorker([&] { hasRun = true; }).reset();
-    Handles handles;
-    handles.push_back(ScheduleTaskWorker([] {}));
-    Wait(std::move(handles));
+    RunWorkers({[] {}});
     EXPECT_TRUE(hasRun);
 }
 
 TEST(LumThreadPoolTest, AWorkerWaitsForItsOwnBatch) {
     Initialize(1);
     int sum = 0;
-    Handles outer;
-    outer.push_back(ScheduleTaskWorker([&] {
-        Handles inner;
-        for (int i = 0; i < 10; ++i) {
-            inner.push_back(ScheduleTaskWorker([&sum, i] { sum += i; }));
-        }
-        Wait(std::move(inner));
-    }));
-    Wait(std::move(outer));
-    EXPECT_EQ(sum, 45);
+    RunWorkers({[&] { RunWorkers({[&] { sum += 1; }, [&] { sum += 10; }, [&] { sum += 100; }}); }});
+    EXPECT_EQ(sum, 111);
 }
 
 struct ForeignHandle : TaskWorkerHandle {};

@@ -16,6 +16,7 @@
 #include "lum/core/utility/RInternString.h"
 #include "lumsys/AsyncTask.h"
 #include "tests/support/RunTogether.h"
+#include "tests/threads/PoolTasks.h"
 
 namespace lumsys {
 namespace {
@@ -23,14 +24,8 @@ namespace {
 using AsyncTask::Future;
 using AsyncTask::kNoTimeLimit;
 
-void MakePool(unsigned int threads) {
-    TThreadPool::Configure(threads, {}, {}, {});
-    TThreadPool::Get();
-}
-
-Future<void> OnPool(std::function<void()> function) {
-    return AsyncTask::Schedule(std::move(function), AsyncTask::LaunchMode::Pool);
-}
+using lum::test::MakePool;
+using lum::test::OnPool;
 
 TEST(ThreadPoolTest, AsManyTasksRunAtOnceAsThereAreThreads) {
     for (const unsigned int threads : {1u, 5u, 16u, 2u, 0u}) {
@@ -141,12 +136,8 @@ std::atomic<bool> g_hasRunningEnded{false};
 std::atomic<bool> g_hasQueuedRun{false};
 
 bool WasCancelled(const Future<void>& future) {
-    try {
-        future.CheckForException();
-    } catch (const AsyncTask::CancelException& error) {
-        return error.GetKey() == 0x87C6E9CC;
-    }
-    return false;
+    return lum::test::FailsWithKey<AsyncTask::CancelException>(0x87C6E9CC,
+                                                               [&] { future.CheckForException(); });
 }
 
 struct MadeBeforeThePool {

@@ -26,29 +26,19 @@ struct Reader {
     std::function<std::string(const TStringCore&)> tryText;  // "none" where there is no value.
 };
 
-std::string Show(bool value) {
-    return value ? "true" : "false";
-}
-std::string Show(int value) {
-    return std::to_string(value);
-}
-std::string Show(long long value) {
-    return std::to_string(value);
-}
-std::string Show(double value) {
-    return std::isnan(value) ? "nan" : TStringCore::number(value, 'g', 17).toStdString();
-}
-std::string Show(float value) {
-    return TStringCore::number(value, 'g', 9).toStdString();
-}
-std::string Show(const TStringCore& value) {
-    return value.toStdString();
-}
-std::string Show(LumDateTime value) {
-    return value.ToString().toStdString();
-}
-std::string Show(LumColor value) {
-    return value.ToString().toStdString();
+template <typename T>
+std::string Show(const T& value) {
+    if constexpr (std::is_same_v<T, bool>) {
+        return value ? "true" : "false";
+    } else if constexpr (std::is_floating_point_v<T>) {
+        return TStringCore::number(value, 'g', std::numeric_limits<T>::max_digits10).toStdString();
+    } else if constexpr (std::is_integral_v<T>) {
+        return std::to_string(value);
+    } else if constexpr (std::is_same_v<T, TStringCore>) {
+        return value.toStdString();
+    } else {
+        return value.ToString().toStdString();
+    }
 }
 
 template <typename T>
@@ -73,12 +63,12 @@ const Reader kDateTime =
     MakeReader<LumDateTime>("date", ReadDateTime, ReadDateTime, TryReadDateTime);
 const Reader kColor = MakeReader<LumColor>("color", ReadColor, ReadColor, TryReadColor);
 
-std::string Describe(const Reader& reader, const wchar_t* text) {
-    return std::string(reader.name) + " of " + TStringCore(text).toStdString();
+std::string Describe(const Reader& reader, const TStringCore& text) {
+    return std::string(reader.name) + " of " + text.toStdString();
 }
 
 // The try form logs nothing, whatever it answers.
-std::string Try(const Reader& reader, const wchar_t* text) {
+std::string Try(const Reader& reader, const TStringCore& text) {
     const test::LogCapture capture;
     std::string result = reader.tryText(text);
     EXPECT_TRUE(capture.GetLines().empty()) << Describe(reader, text);
@@ -127,13 +117,12 @@ TEST(ParserTest, LiteralsInEveryForm) {
         {kReal32, L"1e-300", "0"},
         {kReal32, L"-inf", "-inf"},
     };
-    for (const GoodCase& test : cases) {
-        VtlScanner scanner(test.text);
-        EXPECT_EQ(test.reader.overScanner(scanner), test.expected)
-            << Describe(test.reader, test.text);
-        EXPECT_EQ(test.reader.overText(test.text), test.expected)
-            << Describe(test.reader, test.text);
-        EXPECT_EQ(Try(test.reader, test.text), test.expected) << Describe(test.reader, test.text);
+    for (const auto& [reader, text, expected] : cases) {
+        const std::string what = Describe(reader, text);
+        VtlScanner scanner(text);
+        EXPECT_EQ(reader.overScanner(scanner), expected) << what;
+        EXPECT_EQ(reader.overText(text), expected) << what;
+        EXPECT_EQ(Try(reader, text), expected) << what;
     }
 }
 
@@ -200,24 +189,34 @@ TEST(ParserTest, StringsAsTheyStand) {
     }
 }
 
-std::wstring Quoted(const std::wstring& text) {
+TStringCore Quoted(const TStringCore& text) {
     return L"'" + text + L"'";
 }
 
 // The forms of a reader whose literal is quoted: bare and quoted texts, and the scanner.
 template <typename Check>
-void ForEachQuotedForm(const Reader& reader, const wchar_t* text, const Check& check) {
-    const TStringCore quoted(Quoted(text).c_str());
+void ForEachQuotedForm(const Reader& reader, const TStringCore& text, const Check& check) {
     check([&] { return reader.overText(text); });
-    check([&] { return reader.overText(quoted); });
+    check([&] { return reader.overText(Quoted(text)); });
     check([&] {
-        VtlScanner scanner(quoted);
+        VtlScanner scanner(Quoted(text));
         return reader.overScanner(scanner);
     });
 }
 
+void ExpectQuotedLiterals(const std::vector<GoodCase>& cases) {
+    for (const auto& [reader, text, expected] : cases) {
+        const std::string what = Describe(reader, text);
+        ForEachQuotedForm(reader, text, [&, expected = expected](const auto& read) {
+            EXPECT_EQ(read(), expected) << what;
+        });
+        EXPECT_EQ(Try(reader, text), expected) << what;
+        EXPECT_EQ(Try(reader, Quoted(text)), expected) << what;
+    }
+}
+
 TEST(ParserTest, Dates) {
-    const GoodCase good[] = {
+    ExpectQuotedLiterals({
         {kDateTime, L"2024-03-01", "2024-03-01"},
         {kDateTime, L"2024-3-1", "2024-03-01"},
         {kDateTime, L"0400-01-01", "0400-01-01"},
@@ -232,70 +231,53 @@ TEST(ParserTest, Dates) {
         {kDateTime, L"2024-03-01T09:05:00.2500", "2024-03-01T09:05:00.2500"},
         {kDateTime, L"2024-03-01T00:00:00.0001", "2024-03-01T00:00:00.0001"},
         {kDateTime, L"2024-03-01T00:00:00.0000", "2024-03-01"},
-    };
-    for (const GoodCase& test : good) {
-        ForEachQuotedForm(kDateTime, test.text, [&](const auto& read) {
-            EXPECT_EQ(read(), test.expected) << TStringCore(test.text);
-        });
-        EXPECT_EQ(Try(kDateTime, test.text), test.expected) << TStringCore(test.text);
-        EXPECT_EQ(Try(kDateTime, Quoted(test.text).c_str()), test.expected);
-    }
-
-    struct BadDate {
+    });
+    const struct {
         LumError error;
         std::string details;
+        const wchar_t* before;
         std::vector<const wchar_t*> texts;
-    };
-    const BadDate bad[] = {
+    } bad[] = {
         {LumError::CannotParseDateTime,
          "",
-         {L"",
-          L"2024",
-          L"2024-03",
-          L"2024-03-",
-          L"-2024-03-01",
-          L"2024-03-01-",
-          L"2024/03/01",
-          L" 2024-03-01",
-          L"2024-03-01 ",
-          L"2024-03-+1",
-          L"2024-03-01T",
-          L"2024-03-01T09",
-          L"2024-03-01T09:05",
-          L"2024-03-01T09:05:",
-          L"2024-03-01T09:05:00:00",
-          L"2024-03-01t09:05:00",
-          L"2024-03-01.2500",
-          L"2024-03-01T09:05.2500",
-          L"2024-03-01T09:05:00.",
-          L"2024-03-01T09:05:00.250",
-          L"2024-03-01T09:05:00.25000",
-          L"2024-03-01T09:05:00.25.0",
-          L"2024-03-01T09:05:00.+250",
-          L"4294969320-03-01",
-          L"\u0662024-03-01"}},
-        {LumError::YearOutOfRange, "Value '399' must be between 400 and 23829", {L"399-12-31"}},
-        {LumError::MonthOutOfRange, "Value '13' must be between 1 and 12", {L"2024-13-01"}},
-        {LumError::DayOutOfRange, "Value '0' must be between 1 and 31", {L"2024-12-00"}},
-        {LumError::HourOutOfRange, "Value '24' must be between 0 and 23", {L"2024-12-01T24:00:00"}},
+         L"",
+         {L"", L"2024", L"2024-03", L"2024-03-", L"-2024-03-01", L"2024-03-01-", L"2024/03/01",
+          L" 2024-03-01", L"2024-03-01 ", L"2024-03-+1", L"4294969320-03-01", L"\u0662024-03-01"}},
+        {LumError::CannotParseDateTime,
+         "",
+         L"2024-03-01",
+         {L"T", L"T09", L"T09:05", L"T09:05:", L"T09:05:00:00", L"t09:05:00", L".2500",
+          L"T09:05.2500", L"T09:05:00.", L"T09:05:00.250", L"T09:05:00.25000", L"T09:05:00.25.0",
+          L"T09:05:00.+250"}},
+        {LumError::YearOutOfRange,
+         "Value '399' must be between 400 and 23829",
+         L"",
+         {L"399-12-31"}},
+        {LumError::MonthOutOfRange, "Value '13' must be between 1 and 12", L"2024-", {L"13-01"}},
+        {LumError::DayOutOfRange, "Value '0' must be between 1 and 31", L"2024-12-", {L"00"}},
+        {LumError::HourOutOfRange,
+         "Value '24' must be between 0 and 23",
+         L"2024-12-01",
+         {L"T24:00:00"}},
+        {LumError::InvalidDateTime,
+         "",
+         L"",
+         {L"2023-02-29", L"2024-02-30", L"1700-02-29", L"1582-10-05", L"1582-10-14",
+          L"2024-04-31"}},
     };
-    for (const BadDate& test : bad) {
-        for (const wchar_t* const text : test.texts) {
-            ForEachQuotedForm(kDateTime, text, [&](const auto& read) {
-                // The conditions of the fields are the constructor's, and tested with it.
-                const bool isReader = test.error == LumError::CannotParseDateTime;
-                EXPECT_TRUE(test::FailsAs({test.error, test.details, isReader}, read))
-                    << TStringCore(text);
-            });
-            EXPECT_EQ(Try(kDateTime, text), "none") << TStringCore(text);
+    for (const auto& [error, details, before, texts] : bad) {
+        // The conditions of the fields are the constructor's, and tested with it.
+        const bool isReader = error == LumError::CannotParseDateTime;
+        for (const wchar_t* const behind : texts) {
+            const TStringCore text = TStringCore(before) + behind;
+            ForEachQuotedForm(
+                kDateTime, text, [&, error = error, details = details](const auto& read) {
+                    EXPECT_TRUE(test::FailsAs({error, details, isReader}, read)) << text;
+                });
+            EXPECT_EQ(Try(kDateTime, text), "none") << text;
         }
     }
-    // Days that do not exist, and text that begins with a quote and is no literal.
-    for (const wchar_t* const text : {L"2023-02-29", L"2024-02-30", L"1700-02-29", L"1582-10-05",
-                                      L"1582-10-14", L"2024-04-31"}) {
-        EXPECT_LUM_ERROR(InvalidDateTime, "", ReadDateTime(TStringCore(text)));
-        EXPECT_EQ(Try(kDateTime, text), "none") << TStringCore(text);
-    }
+    // Text that begins with a quote and is no literal.
     for (const wchar_t* const text : {L"'2024-03-01", L"'2024-03-01' x", L"'2024-03-01\\'"}) {
         EXPECT_LUM_REPORT(CannotParseDateTime, "", "", ReadDateTime(TStringCore(text)));
         EXPECT_EQ(Try(kDateTime, text), "none") << TStringCore(text);
@@ -318,18 +300,13 @@ TEST(ParserTest, DatesReadBack) {
 }
 
 TEST(ParserTest, Colors) {
-    const GoodCase good[] = {
-        {kColor, L"ff0000", "00ff0000"},   {kColor, L"FFff0000", "ffff0000"},
-        {kColor, L"0", "00000000"},        {kColor, L"9aAfF", "0009aaff"},
+    ExpectQuotedLiterals({
+        {kColor, L"ff0000", "00ff0000"},
+        {kColor, L"FFff0000", "ffff0000"},
+        {kColor, L"0", "00000000"},
+        {kColor, L"9aAfF", "0009aaff"},
         {kColor, L"ffffffff", "ffffffff"},
-    };
-    for (const GoodCase& test : good) {
-        ForEachQuotedForm(kColor, test.text, [&](const auto& read) {
-            EXPECT_EQ(read(), test.expected) << TStringCore(test.text);
-        });
-        EXPECT_EQ(Try(kColor, test.text), test.expected) << TStringCore(test.text);
-        EXPECT_EQ(Try(kColor, Quoted(test.text).c_str()), test.expected);
-    }
+    });
     const BadCase bad[] = {
         {kColor, LumError::EmptyHexString, {L""}},
         {kColor, LumError::LongHexString, {L"000000000", L"xxxxxxxxx"}},
@@ -381,15 +358,14 @@ TEST(ParserTest, TypedReadersGiveTheStoredBits) {
 
 template <typename T>
 void ExpectRefused(const std::vector<const Type*>& types, LumError error, const char* condition) {
+    const test::ExpectedFailure failure{error, "", true, condition};
     for (const Type* const type : types) {
         for (const wchar_t* const text : {L"1", L"true", L"'1'"}) {
             VtlScanner scanner{TStringCore(text)};
-            EXPECT_TRUE(test::FailsAs({error, "", true, condition}, [&] {
-                ReadStorage<T>(type, scanner);
-            })) << type->ToString();
-            EXPECT_TRUE(test::FailsAs({error, "", true, condition}, [&] {
-                ReadStorage<T>(type, TStringCore(text));
-            })) << type->ToString();
+            EXPECT_TRUE(test::FailsAs(failure, [&] { ReadStorage<T>(type, scanner); }))
+                << type->ToString();
+            EXPECT_TRUE(test::FailsAs(failure, [&] { ReadStorage<T>(type, TStringCore(text)); }))
+                << type->ToString();
             EXPECT_EQ(TryReadStorage<T>(type, text), std::nullopt) << type->ToString();
             EXPECT_FALSE(scanner.PeekIs(VtlTokenKind::End));
         }
@@ -400,22 +376,23 @@ TEST(ParserTest, TypedReadersRefuseOtherStorage) {
     const std::vector<const Type*> narrow = {IntType::Get32(), RealType::Get32(), ColorType::Get()};
     const std::vector<const Type*> wide = {IntType::Get64(), RealType::Get64(), DateType::Get(),
                                            DateTimeType::Get()};
-    std::vector<const Type*> numbers = narrow;
-    numbers.insert(numbers.end(), wide.begin(), wide.end());
-    std::vector<const Type*> others = {StringType::Get(), BoolType::Get()};
-
-    ExpectRefused<RIndirectString>(numbers, LumError::ExpectedString,
+    const std::vector<const Type*> texts = {StringType::Get()};
+    const std::vector<const Type*> bools = {BoolType::Get()};
+    const auto allBut = [&](const std::vector<const Type*>& own) {
+        std::vector<const Type*> others;
+        for (const auto& types : {narrow, wide, texts, bools}) {
+            if (types != own) {
+                others.insert(others.end(), types.begin(), types.end());
+            }
+        }
+        return others;
+    };
+    ExpectRefused<RIndirectString>(allBut(texts), LumError::ExpectedString,
                                    "(type->GetStoreType() == StoreType::String)");
-    ExpectRefused<RIndirectString>({BoolType::Get()}, LumError::ExpectedString,
-                                   "(type->GetStoreType() == StoreType::String)");
-    numbers.push_back(StringType::Get());
-    ExpectRefused<unsigned char>(numbers, LumError::ExpectedBool,
+    ExpectRefused<unsigned char>(allBut(bools), LumError::ExpectedBool,
                                  "(type->GetStoreType() == StoreType::Bool)");
-    others.insert(others.end(), wide.begin(), wide.end());
-    ExpectRefused<unsigned int>(others, LumError::TypeMismatchExpected, "");
-    others.resize(2);
-    others.insert(others.end(), narrow.begin(), narrow.end());
-    ExpectRefused<unsigned long long>(others, LumError::TypeMismatchExpected, "");
+    ExpectRefused<unsigned int>(allBut(narrow), LumError::TypeMismatchExpected, "");
+    ExpectRefused<unsigned long long>(allBut(wide), LumError::TypeMismatchExpected, "");
 }
 
 TEST(ParserTest, HexBytes) {

@@ -55,41 +55,36 @@ TEST(RFormatStringTest, HighestMarkerIs99) {
 }
 
 TEST(RFormatStringTest, RefusesMalformedTemplatesWithoutReport) {
-    struct Case {
-        const wchar_t* format;
+    const struct {
         LumError error;
+        std::vector<const wchar_t*> formats;
+    } cases[] = {
+        {LumError::FormatIncompleteMarker, {L"%", L"%1%", L"%%%"}},
+        {LumError::FormatNumberlessMarker, {L"%x", L"% 1", L"%-1", L"%\u0661", L"%1%x"}},
+        {LumError::FormatLeadingZero, {L"%0", L"%01"}},
+        {LumError::FormatMarkerTooLarge, {L"%100", L"%99999999999999999999"}},
     };
-    const Case cases[] = {
-        {L"%", LumError::FormatIncompleteMarker},
-        {L"%1%", LumError::FormatIncompleteMarker},
-        {L"%%%", LumError::FormatIncompleteMarker},
-        {L"%x", LumError::FormatNumberlessMarker},
-        {L"% 1", LumError::FormatNumberlessMarker},
-        {L"%-1", LumError::FormatNumberlessMarker},
-        {L"%\u0661", LumError::FormatNumberlessMarker},
-        {L"%1%x", LumError::FormatNumberlessMarker},
-        {L"%0", LumError::FormatLeadingZero},
-        {L"%01", LumError::FormatLeadingZero},
-        {L"%100", LumError::FormatMarkerTooLarge},
-        {L"%99999999999999999999", LumError::FormatMarkerTooLarge},
-    };
-    for (const Case& c : cases) {
-        SCOPED_TRACE(TStringCore(c.format).toStdString());
+    const auto check = [](LumError error, const wchar_t* format) {
         const test::LogCapture capture;
         RFormatString kept(L"[%1]");
         kept.arg(L"kept");
         for (const bool isAssigned : {false, true}) {
             try {
-                isAssigned ? kept = c.format : RFormatString(c.format);
-                ADD_FAILURE() << "nothing was thrown";
+                isAssigned ? kept = format : RFormatString(format);
+                ADD_FAILURE() << "nothing was thrown for " << TStringCore(format);
             } catch (const RFormatString::Exception& e) {
-                EXPECT_EQ(e.GetError(), c.error);
-                EXPECT_EQ(e.GetDetails(), ErrorToString(c.error));
+                EXPECT_EQ(e.GetError(), error) << TStringCore(format);
+                EXPECT_EQ(e.GetDetails(), ErrorToString(error));
                 EXPECT_TRUE(e.GetContext().isEmpty());
             }
         }
         EXPECT_EQ(kept.result().toStdString(), "[kept]");
         EXPECT_TRUE(capture.GetLines().empty());
+    };
+    for (const auto& [error, formats] : cases) {
+        for (const wchar_t* const format : formats) {
+            check(error, format);
+        }
     }
 }
 

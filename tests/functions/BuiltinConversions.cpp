@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <chrono>
 #include <cmath>
 
@@ -84,13 +82,4 @@ void AddConversions(FunctionTable& table) {
         GET_ISO_YEAR, [](LumDateTime x) { return YearAndWeek(x).first; }, dates);
 }
 
-namespace {
-
-TEST(BuiltinConversions, Models) {
-    FunctionTable table;
-    AddConversions(table);
-    table.Check(*MakeBuiltinRegistry());
-}
-
-}  // namespace
 }  // namespace lum::core::functions_test

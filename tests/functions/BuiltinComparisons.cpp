@@ -1,10 +1,6 @@
-#include <gtest/gtest.h>
-
 #include <functional>
 
 #include "tests/functions/BuiltinTables.h"
-#include "tests/support/CollatorPoolGuard.h"
-#include "tests/support/FoldingCollatorPool.h"
 
 namespace lum::core::functions_test {
 
@@ -40,18 +36,7 @@ void AddComparisons(FunctionTable& table) {
                                                                         Constants<T>(), keepKind);
     });
     table.AddWithConstant<ElementWithKind<bool>(LumDateTime, SpecialKind), LumDateTime>(
-        GREATER_THAN_OR_EQUAL, EdgeCells<LumDateTime>(), keepKind);
+        GREATER_THAN_OR_EQUAL, Column<LumDateTime>::EdgeCells(), keepKind);
 }
 
-namespace {
-
-TEST(BuiltinComparisons, Models) {
-    // Equality is that of the code units, whatever the order is.
-    const test::CollatorPoolGuard pool{std::make_shared<test::FoldingCollatorPool>()};
-    FunctionTable table;
-    AddComparisons(table);
-    table.Check(*MakeBuiltinRegistry());
-}
-
-}  // namespace
 }  // namespace lum::core::functions_test

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <cmath>
 #include <functional>
 
@@ -76,19 +74,4 @@ void AddMaps(FunctionTable& table) {
                                                 [](double x) { return std::sinh(x); });
 }
 
-namespace {
-
-TEST(BuiltinMath, Arithmetic) {
-    FunctionTable table;
-    AddArithmetic(table);
-    table.Check(*MakeBuiltinRegistry());
-}
-
-TEST(BuiltinMath, Maps) {
-    FunctionTable table;
-    AddMaps(table);
-    table.Check(*MakeBuiltinRegistry());
-}
-
-}  // namespace
 }  // namespace lum::core::functions_test

@@ -1,5 +1,3 @@
-#include <gtest/gtest.h>
-
 #include <functional>
 
 #include "tests/functions/BuiltinTables.h"
@@ -34,13 +32,4 @@ void AddCounts(FunctionTable& table) {
     });
 }
 
-namespace {
-
-TEST(BuiltinCounts, Models) {
-    FunctionTable table;
-    AddCounts(table);
-    table.Check(*MakeBuiltinRegistry());
-}
-
-}  // namespace
 }  // namespace lum::core::functions_test

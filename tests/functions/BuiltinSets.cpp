@@ -1,11 +1,7 @@
-#include <gtest/gtest.h>
-
 #include <algorithm>
 #include <functional>
 
 #include "tests/functions/BuiltinTables.h"
-#include "tests/support/CollatorPoolGuard.h"
-#include "tests/support/FoldingCollatorPool.h"
 
 namespace lum::core::functions_test {
 
@@ -26,7 +22,7 @@ bool IsMember(const T& element, const std::vector<CellT<T>>& members) {
 // Members that columns have, and others: reals are told apart by their bits.
 template <typename T>
 std::vector<std::vector<CellT<T>>> Sets() {
-    const std::vector<CellT<T>>& edges = EdgeCells<CellT<T>>();
+    const std::vector<CellT<T>>& edges = Column<CellT<T>>::EdgeCells();
     if constexpr (std::is_same_v<T, bool>) {
         return {{}, {1}, {0}, {0, 1}};
     } else {
@@ -45,15 +41,4 @@ void AddSets(FunctionTable& table) {
     });
 }
 
-namespace {
-
-TEST(BuiltinSets, Models) {
-    // Members are found by their code units, whatever their order is.
-    const test::CollatorPoolGuard pool{std::make_shared<test::FoldingCollatorPool>()};
-    FunctionTable table;
-    AddSets(table);
-    table.Check(*MakeBuiltinRegistry());
-}
-
-}  // namespace
 }  // namespace lum::core::functions_test
