@@ -2,14 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <bit>
-#include <cerrno>
+#include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <ostream>
+#include <regex>
 #include <set>
 #include <string>
 #include <utility>
@@ -187,11 +187,6 @@ struct ModelToken {
     }
 };
 
-// How many units at the start of `text` are of `set`.
-std::size_t RunOf(const std::string& text, const std::string& set) {
-    return std::min(text.find_first_not_of(set), text.size());
-}
-
 Kind KindOfWord(const std::string& word) {
     static const std::set<std::string> s_specials = {"Null",    "All",      "Wildcard",
                                                      "Error",   "Ragged",   "ManyValues",
@@ -202,94 +197,59 @@ Kind KindOfWord(const std::string& word) {
                                              : Kind::Identifier;
 }
 
-// The length of a string literal; 0 where there is none.
-std::size_t LengthOfString(const std::string& text) {
-    for (std::size_t i = 1; i < text.size(); ++i) {
-        if (text[i] == '\'') {
-            return i + 1;
-        }
-        if (text[i] == '\n' || (text[i] == '\\' && RunOf(text.substr(++i, 1), "\\'n") == 0)) {
-            return 0;
-        }
-    }
-    return 0;
+Kind KindOfInteger(const std::string& digits) {
+    long long value = 0;
+    const auto result = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+    return result.ec == std::errc() ? Kind::IntegerLiteral : Kind::Invalid;
 }
 
-// A number is what the C library takes for one; it sees no signs and no hexadecimal digits here.
-ModelToken ModelNumber(const std::string& text) {
-    char* end = nullptr;
-    static_cast<void>(std::strtod(text.c_str(), &end));
-    const std::string number = text.substr(0, static_cast<std::size_t>(end - text.c_str()));
-    if (number.find_first_of(".eE") != std::string::npos) {
-        return {Kind::RealLiteral, 0, number.size()};
-    }
-    errno = 0;
-    static_cast<void>(std::strtoll(number.c_str(), nullptr, 10));
-    return {number.empty() || errno == ERANGE ? Kind::Invalid : Kind::IntegerLiteral, 0,
-            number.size()};
-}
-
-// The token at the start of `text`, which is not empty.
-ModelToken ModelTokenAtStart(const std::string& text, std::size_t& indentation) {
-    static const std::string s_letters = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz^_~=";
-    static const std::string s_digits = "0123456789";
-    static const std::map<char, Kind> s_punctuation = {
-        {',', Kind::Comma},      {':', Kind::Colon},      {'/', Kind::Slash},
-        {'(', Kind::LeftParen},  {')', Kind::RightParen}, {'{', Kind::LeftBrace},
-        {'}', Kind::RightBrace}, {'+', Kind::Plus},       {'-', Kind::Minus},
-        {'*', Kind::Star},       {'<', Kind::Less},       {'>', Kind::Greater},
-    };
-    if (text.starts_with("\n") || text.starts_with("\r\n")) {
-        const std::size_t feed = text.find('\n');
-        const std::size_t count = feed + RunOf(text.substr(feed + 1), " ");
-        const std::size_t former = std::exchange(indentation, count);
-        const Kind kind = count > former   ? Kind::Indent
-                          : count < former ? Kind::Dedent
-                                           : Kind::Whitespace;
-        return {kind, 0, 1 + count};
-    }
-    if (const std::size_t blanks = RunOf(text, "\t\v\r "); blanks > 0) {
-        return {Kind::Whitespace, 0, blanks};
-    }
-    if (text.starts_with("//")) {
-        return {Kind::Comment, 0, std::min(text.find('\n'), text.size())};
-    }
-    if (text.starts_with("->")) {
-        return {Kind::Arrow, 0, 2};
-    }
-    if (RunOf(text.substr(0, 1), s_letters) > 0) {
-        const std::size_t length = RunOf(text, s_letters + s_digits + "#.?-");
-        return {KindOfWord(text.substr(0, length)), 0, length};
-    }
-    if (RunOf(text.substr(0, 1), s_digits + ".") > 0) {
-        return ModelNumber(text);
-    }
-    if (text[0] == '\'') {
-        const std::size_t length = LengthOfString(text);
-        return {length > 0 ? Kind::StringLiteral : Kind::Invalid, 0, length};
-    }
-    const auto found = s_punctuation.find(text[0]);
-    return {found != s_punctuation.end() ? found->second : Kind::Invalid, 0, 1};
+// What a line feed and the blanks behind it are.
+Kind KindOfStep(std::size_t blanks, std::size_t& indentation) {
+    const std::size_t former = std::exchange(indentation, blanks);
+    return blanks > former ? Kind::Indent : blanks < former ? Kind::Dedent : Kind::Whitespace;
 }
 
 std::vector<ModelToken> ModelScan(const std::string& text) {
+    static const std::regex s_token(R"((\r?\n *))"
+                                    R"(|([\t\v\r ]+))"
+                                    R"(|(//[^\n]*))"
+                                    R"(|([A-Za-z^_~=][A-Za-z^_~=0-9#.?-]*))"
+                                    R"(|((?:\d+\.\d*|\.\d+)(?:[eE][+-]?\d+)?|\d+[eE][+-]?\d+))"
+                                    R"(|(\d+))"
+                                    R"(|('(?:[^'\\\n]|\\['\\n])*'))"
+                                    R"(|(->|[-,:/(){}+*<>]))");
+    static const std::map<std::string, Kind> s_punctuation = {
+        {"->", Kind::Arrow},    {",", Kind::Comma},      {":", Kind::Colon},
+        {"/", Kind::Slash},     {"(", Kind::LeftParen},  {")", Kind::RightParen},
+        {"{", Kind::LeftBrace}, {"}", Kind::RightBrace}, {"+", Kind::Plus},
+        {"-", Kind::Minus},     {"*", Kind::Star},       {"<", Kind::Less},
+        {">", Kind::Greater},
+    };
     std::vector<ModelToken> tokens;
     std::size_t indentation = 0;
     std::size_t start = 0;
-    while (start < text.size()) {
-        ModelToken token = ModelTokenAtStart(text.substr(start), indentation);
-        if (token.kind == Kind::Invalid) {
-            tokens.push_back({Kind::Invalid, start, 0});
-            return tokens;
+    std::smatch match;
+    while (std::regex_search(text.begin() + static_cast<std::ptrdiff_t>(start), text.end(), match,
+                             s_token, std::regex_constants::match_continuous)) {
+        const std::string found = match.str();
+        const Kind kind = match[1].matched   ? KindOfStep(found.size() - 1, indentation)
+                          : match[2].matched ? Kind::Whitespace
+                          : match[3].matched ? Kind::Comment
+                          : match[4].matched ? KindOfWord(found)
+                          : match[5].matched ? Kind::RealLiteral
+                          : match[6].matched ? KindOfInteger(found)
+                          : match[7].matched ? Kind::StringLiteral
+                                             : s_punctuation.at(found);
+        if (kind == Kind::Invalid) {
+            break;
         }
-        token.start = start;
-        token.end += start;
-        start = token.end;
-        if (token.kind != Kind::Whitespace) {
-            tokens.push_back(token);
+        if (kind != Kind::Whitespace) {
+            tokens.push_back({kind, start, start + found.size()});
         }
+        start += found.size();
     }
-    tokens.push_back({Kind::End, start, start});
+    const bool isAtEnd = start == text.size();
+    tokens.push_back({isAtEnd ? Kind::End : Kind::Invalid, start, isAtEnd ? start : 0});
     return tokens;
 }
 
