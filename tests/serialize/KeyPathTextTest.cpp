@@ -59,12 +59,6 @@ std::string TextOf(const KeyPath& path, bool includeTypes,
     return text.mid(1).toStdString();
 }
 
-std::string TextOf(const KeySegment& segment, bool fullForm) {
-    TStringCore text;
-    AppendKeySegment(text, segment, /*includeType=*/true, fullForm, nullptr);
-    return text.toStdString();
-}
-
 // Names -------------------------------------------------------------------------------------------
 
 TEST_F(KeyPathTextTest, Names) {
@@ -128,26 +122,6 @@ TEST_F(KeyPathTextTest, Paths) {
     }
 }
 
-TEST_F(KeyPathTextTest, ReadsPaths) {
-    const std::pair<const wchar_t*, const char*> cases[] = {
-        {L" \ta / b\r", "a/b"},
-        {L"'a'/'1'/'b c'", "a/1/'b c'"},
-        {L"007", "7"},
-        {L"''", ""},
-        {L"a/''/b", "a//b"},
-        {L"a\n/\nb", "a/b"},  // Line feeds without a change of indentation are blanks.
-        {L"a:i/b : s", "a:i/b:s"},
-        {L"'':i", ""},
-    };
-    for (const auto& [text, expected] : cases) {
-        EXPECT_EQ(TextOf(KeyPath::ParseString(text), /*includeTypes=*/true), expected) << text;
-    }
-    EXPECT_EQ(KeyPath::ParseString(L"a/''/b").GetCount(), 3u);
-    // The type of an empty name is there, but cannot be written.
-    EXPECT_EQ(KeyPath::ParseString(L"'':i").GetLeafSegment().GetType(), IntType::Get32());
-    EXPECT_EQ(KeyPath::ParseString(L"a:i/b:s").ToString(), L"a/b");
-}
-
 // Types -------------------------------------------------------------------------------------------
 
 std::vector<std::pair<const Type*, const char*>> TypesAndTexts() {
@@ -194,34 +168,50 @@ TEST_F(KeyPathTextTest, TypesReadAndWrite) {
     }
 }
 
-TEST_F(KeyPathTextTest, TypesInOtherForms) {
+TEST_F(KeyPathTextTest, OtherForms) {
     const std::pair<const wchar_t*, const char*> cases[] = {
-        {L"P{}", "P"},
-        {L"M { }", "M"},
-        {L"T{}", "T"},
-        {L" K < s , i > ", "K<s,i>"},
-        {L"P{i,b}", "P{ i, b }"},
-        {L"M{'b':i,a:s,007:b}", "M{ 7:b, a:s, b:i }"},
-        {L"f<261,002>", "f<5,2>"},  // Narrowed to eight bits.
-        {L"r<255,255>", "r"},
-        {L"r<255,2>", "r<-1,2>"},  // Which does not read back,
-        {L"r<5,255>", "r<5,-1>"},  // nor does this.
-        {L"s<ROOT>", "s"},
-        {L"x<'ext'>", "x<ext>"},
-        {L"x<'no word'>", "x<no word>"},  // Which does not read back.
+        {L" \ta / b\r", "a/b"},
+        {L"'a'/'1'/'b c'", "a/1/'b c'"},
+        {L"007", "7"},
+        {L"''", ""},
+        {L"a\n/\nb", "a/b"},  // Line feeds without a change of indentation are blanks.
+        {L"a:i/b : s", "a:i/b:s"},
+        {L"a:P{}", "a:P"},
+        {L"a:M { }", "a:M"},
+        {L"a:T{}", "a:T"},
+        {L"a: K < s , i > ", "a:K<s,i>"},
+        {L"a:P{i,b}", "a:P{ i, b }"},
+        {L"a:M{'b':i,a:s,007:b}", "a:M{ 7:b, a:s, b:i }"},
+        {L"a:f<261,002>", "a:f<5,2>"},  // Narrowed to eight bits.
+        {L"a:r<255,255>", "a:r"},
+        {L"a:r<255,2>", "a:r<-1,2>"},  // Which does not read back,
+        {L"a:r<5,255>", "a:r<5,-1>"},  // nor does this.
+        {L"a:s<ROOT>", "a:s"},
+        {L"a:x<'ext'>", "a:x<ext>"},
+        {L"a:x<'no word'>", "a:x<no word>"},  // Which does not read back.
     };
     for (const auto& [text, expected] : cases) {
-        const KeyPath path = KeyPath::ParseString(TStringCore(L"a:") + text);
-        EXPECT_EQ(TextOf(path, /*includeTypes=*/true), std::string("a:") + expected) << text;
+        EXPECT_EQ(TextOf(KeyPath::ParseString(text), /*includeTypes=*/true), expected) << text;
     }
+    EXPECT_EQ(KeyPath::ParseString(L"a/''/b").GetCount(), 3u);
+    // The type of an empty name is there, but cannot be written.
+    const KeyPath nameless = KeyPath::ParseString(L"'':i");
+    EXPECT_EQ(nameless.GetLeafSegment().GetType(), IntType::Get32());
+    EXPECT_EQ(TextOf(nameless, /*includeTypes=*/true), "");
+    EXPECT_EQ(KeyPath::ParseString(L"a:i/b:s").ToString(), L"a/b");
 }
 
 // The short form leaves out members at the top alone.
 TEST_F(KeyPathTextTest, ShortForm) {
     const Type* const map = KeyMapType::Get({{L"a", IntType::Get32()}});
-    EXPECT_EQ(TextOf(KeySegment(L"a", map), /*fullForm=*/false), "a:M");
-    EXPECT_EQ(TextOf(KeySegment(L"a", ArrayType::Get(map)), /*fullForm=*/false), "a:A<M{ a:i }>");
-    EXPECT_EQ(TextOf(KeySegment(L"a", nullptr), /*fullForm=*/false), "a");
+    const std::pair<const Type*, const wchar_t*> cases[] = {
+        {map, L"a:M"}, {ArrayType::Get(map), L"a:A<M{ a:i }>"}, {nullptr, L"a"}};
+    for (const auto& [type, expected] : cases) {
+        TStringCore text;
+        AppendKeySegment(text, KeySegment(L"a", type), /*includeType=*/true, /*fullForm=*/false,
+                         nullptr);
+        EXPECT_EQ(text, expected);
+    }
 }
 
 TEST_F(KeyPathTextTest, DefaultCollationNeedsNoPool) {

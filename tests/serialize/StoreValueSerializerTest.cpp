@@ -39,7 +39,6 @@ using test::ColumnOf;
 using test::Compact;
 using test::JsonCase;
 using test::MakeBytesValue;
-using test::Readable;
 using test::RowOf;
 using test::SetOf;
 using test::TypeOf;
@@ -57,30 +56,6 @@ const Type* BytesType() {
 
 class StoreValueSerializerTest : public test::SerializeTest {};
 
-TEST_F(StoreValueSerializerTest, Scalars) {
-    const std::pair<SV, std::string> cases[] = {
-        {MakeBool(true), "true"},
-        {MakeInt32(-7), "-7"},
-        {MakeInt64(9007199254740993), "9007199254740993"},
-        {MakeReal32(0.1f), "0.1"},
-        {MakeReal64(0.1), "0.10000000000000001"},
-        {MakeReal64(std::nan("")), "\"nan\""},
-        {MakeReal32(std::numeric_limits<float>::infinity()), "\"+inf\""},
-        {MakeReal64(-std::numeric_limits<double>::infinity()), "\"-inf\""},
-        {MakeDate(LumDateTime(2024, 3, 1, 0, 0, 0, 0)), "\"2024-03-01\""},
-        {MakeDateTime(LumDateTime(2024, 3, 1, 9, 5, 0, 0)), "\"2024-03-01T09:05:00\""},
-        {MakeColor(255, 0, 0, 255), "\"ffff0000\""},
-        {MakeBytesValue({}), "\"\""},
-        {MakeBytesValue({0, 0x0a, 0xff}), "\"000aff\""},
-        {MakeSpecial(TypeOf("i"), SpecialKind::Null), "\"Null\""},
-        {MakeSpecial(ArrayType::Get(TypeOf("i")), SpecialKind::Missing), "\"Missing\""},
-    };
-    for (const auto& [value, text] : cases) {
-        EXPECT_EQ(Compact(value), text);
-        EXPECT_EQ(Readable(value), text);
-    }
-}
-
 // What a reader would take for a special value or a literal is quoted, and nothing else.
 TEST_F(StoreValueSerializerTest, GuardedStrings) {
     const std::pair<std::string, std::string> cases[] = {
@@ -89,13 +64,10 @@ TEST_F(StoreValueSerializerTest, GuardedStrings) {
         {"Wildcard", R"("'Wildcard'")"},
         {" Null ", R"("' Null '")"},
         {"Nullable", R"("Nullable")"},
-        {"null", R"("null")"},
         {"Normal", R"("Normal")"},
-        {"Null Null", R"("Null Null")"},
         {"Null,", R"("Null,")"},
         {"nan", R"("nan")"},
         {"it's", R"("it's")"},
-        {"'x", R"("'\\'x'")"},
         {"'Null'", R"("'\\'Null\\''")"},
         {"'a\\b\nc\"d", R"("'\\'a\\\\b\\nc\"d'")"},
     };
@@ -186,39 +158,30 @@ TEST_F(StoreValueSerializerTest, SetsAreSorted) {
     test::ExpectJson(cases);
 }
 
+// A column may mix rows that go straight into the text with others.
 TEST_F(StoreValueSerializerTest, Rows) {
-    const TupleType* const withBlob = TupleType::Get({BytesType(), TypeOf("s"), BytesType()});
-    LumTuple row(withBlob);
+    LumTuple row(TupleType::Get({BytesType(), TypeOf("s"), BytesType()}));
     row.SetNthExternal(0, MakeBytesValue({0xab}));
     row.SetNthString(1, L"Null");
     row.SetNthSpecial(2, SpecialKind::NoAccess);
-    EXPECT_EQ(Compact(MakeTuple(LumTuple(row))), R"(["ab","'Null'","NoAccess"])");
-    EXPECT_EQ(Readable(MakeTuple(LumTuple(row))), R"([ "ab", "'Null'", "NoAccess" ])");
-    EXPECT_EQ(Compact(MakeTuple(LumTuple())), "[]");
-    EXPECT_EQ(Compact(MakeTuple(RowOf("P{b,i,l,f,r,d,t,c}: true -1 2 0.5 nan 2024-03-01 - "
-                                      "80000001"))),
-              R"([true,-1,2,0.5,"nan","2024-03-01","Null","80000001"])");
-
-    // A column may mix rows that go straight into the text with others.
-    const SV mixed =
-        MakeArray<LumTuple>(withBlob, {RowOf("P{i}: 1"), row, RowOf("P{i,i}: 2 3"), LumTuple()},
-                            SortSpecOrder::UNKNOWN);
-    EXPECT_EQ(Compact(mixed), R"([[1],["ab","'Null'","NoAccess"],[2,3],[]])");
-    EXPECT_EQ(
-        Readable(mixed),
-        "[\n    [ 1 ],\n    [ \"ab\", \"'Null'\", \"NoAccess\" ],\n    [ 2, 3 ],\n    [ ]\n]");
+    const JsonCase cases[] = {
+        {MakeTuple(LumTuple(row)), R"(["ab","'Null'","NoAccess"])",
+         R"([ "ab", "'Null'", "NoAccess" ])"},
+        {MakeArray<LumTuple>(row.GetType(),
+                             {RowOf("P{i}: 1"), row, RowOf("P{i,i}: 2 3"), LumTuple()},
+                             SortSpecOrder::UNKNOWN),
+         R"([[1],["ab","'Null'","NoAccess"],[2,3],[]])",
+         "[\n    [ 1 ],\n    [ \"ab\", \"'Null'\", \"NoAccess\" ],\n    [ 2, 3 ],\n    [ ]\n]"},
+    };
+    test::ExpectJson(cases);
 }
 
-std::unique_ptr<IDataStore> MakeSampleStore() {
-    return MakeDataStore(std::unordered_map<RInternString, SV>{
+TEST_F(StoreValueSerializerTest, StoresByOptions) {
+    const auto store = MakeDataStore(std::unordered_map<RInternString, SV>{
         {L"b", MapOf({{L"two words", MakeInt32(1)}, {L"Z", MakeColor(0, 0, 1, 128)}})},
         {L"a", ColumnOf("c: ffff0000 -")},
         {L"10", MakeSpecial(TypeOf("r"), SpecialKind::Null)},
         {L"9", MapOf({})}});
-}
-
-TEST_F(StoreValueSerializerTest, StoresByOptions) {
-    const auto store = MakeSampleStore();
     const std::string compact =
         R"({"10:r":"Null","9:M":{},"a:A<c>":["ffff0000",["00000000","Null"]],)"
         R"("b:M{ Z:c, 'two words':i }":{"Z:c":"80000001","'two words':i":1}})";
@@ -250,10 +213,6 @@ TEST_F(StoreValueSerializerTest, StoresByOptions) {
         {L"s", SetOf("c: 00000001 ffff0000")}, {L"t", MakeTuple(RowOf("P{c}: 00000010"))}});
     EXPECT_EQ(SerializeDataStore(*colors, options).toStdString(),
               R"({"s:S<c>":[-65536,1],"t:P{ c }":[16]})");
-    EXPECT_EQ(
-        SerializeDataStore(*MakeDataStore(std::unordered_map<RInternString, SV>()), JsonOptions())
-            .toStdString(),
-        "{\n\n}");
 }
 
 // The plain way: a call of the writer for each item, and a boxed value for each element.
