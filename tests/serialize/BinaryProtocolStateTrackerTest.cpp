@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <map>
 #include <sstream>
 #include <string>
@@ -34,38 +33,31 @@ std::vector<Event> ParseScript(const std::string& script) {
 }
 
 void FeedOne(BinaryProtocolStateTracker& tracker, const Event& event) {
-    const std::string& name = event.name;
-    if (name == "list") {
-        tracker.BeginListType(BinaryListType(static_cast<unsigned char>(event.number)));
-    } else if (name == "dict") {
-        tracker.BeginDictionaryType(event.number);
-    } else if (name == "table") {
-        tracker.BeginTableType(event.number);
-    } else if (name == "keys") {
-        tracker.BeginKeySetType(static_cast<BinaryKeySetType>(event.number));
-    } else if (name == "data") {
-        tracker.BeginListData(event.number);
-    } else if (name == "/list") {
-        tracker.EndListType();
-    } else if (name == "/dict") {
-        tracker.EndDictionaryType();
-    } else if (name == "/table") {
-        tracker.EndTableType();
-    } else if (name == "/keys") {
-        tracker.EndKeySetType();
-    } else if (name == "/data") {
-        tracker.EndListData();
-    } else if (name == "key") {
-        tracker.AppendKey();
-    } else if (name == "type") {
-        tracker.AppendKeyType();
-    } else if (name == "value") {
-        tracker.AppendData();
-    } else if (name == "block") {
-        tracker.AppendArrayData(event.number);
-    } else {
-        std::abort();
-    }
+    using Tracker = BinaryProtocolStateTracker;
+    using Call = void (*)(Tracker&, unsigned int);
+    static const std::map<std::string, Call> s_calls = {
+        {"list",
+         [](Tracker& to, unsigned int type) {
+             to.BeginListType(BinaryListType(static_cast<unsigned char>(type)));
+         }},
+        {"keys",
+         [](Tracker& to, unsigned int type) {
+             to.BeginKeySetType(static_cast<BinaryKeySetType>(type));
+         }},
+        {"dict", [](Tracker& to, unsigned int count) { to.BeginDictionaryType(count); }},
+        {"table", [](Tracker& to, unsigned int count) { to.BeginTableType(count); }},
+        {"data", [](Tracker& to, unsigned int count) { to.BeginListData(count); }},
+        {"block", [](Tracker& to, unsigned int count) { to.AppendArrayData(count); }},
+        {"/list", [](Tracker& to, unsigned int) { to.EndListType(); }},
+        {"/keys", [](Tracker& to, unsigned int) { to.EndKeySetType(); }},
+        {"/dict", [](Tracker& to, unsigned int) { to.EndDictionaryType(); }},
+        {"/table", [](Tracker& to, unsigned int) { to.EndTableType(); }},
+        {"/data", [](Tracker& to, unsigned int) { to.EndListData(); }},
+        {"key", [](Tracker& to, unsigned int) { to.AppendKey(); }},
+        {"type", [](Tracker& to, unsigned int) { to.AppendKeyType(); }},
+        {"value", [](Tracker& to, unsigned int) { to.AppendData(); }},
+    };
+    s_calls.at(event.name)(tracker, event.number);
 }
 
 void Feed(BinaryProtocolStateTracker& tracker, const std::string& script) {
@@ -79,7 +71,6 @@ TEST(BinaryProtocolStateTrackerTest, Accepts) {
         "",
         "dict=0 /dict",
         "dict=2 key type value key type dict=1 key type value /dict /dict",
-        "list=1 data=2 value value /data /list",
         "list=1 data=3 block=2 block=0 value /data /list",
         "list=9 data=1 value /data data=1 block=1 /data /list",
         // A first segment without items switches the comparison of counts off; so does an order.
@@ -87,15 +78,12 @@ TEST(BinaryProtocolStateTrackerTest, Accepts) {
         "list=41 data=1 value /data data=3 block=3 /data /list",
         // One item, whatever the count.
         "list=4 data=1000 value /data /list",
-        "list=12 data=0 value /data /list",
         // Containers are items.
         "list=1 data=4 list=6 data=0 /data /list dict=0 /dict keys=1 data=0 /data /keys value "
         "/data /list",
         "dict=2 key type list=2 data=4 block=4 /data /list key type keys=2 /keys /dict",
-        "table=0 list=1 data=0 /data /list list=1 data=0 /data /list /table",
         "dict=1 key type table=1 list=1 data=0 /data /list list=4 data=0 value /data /list "
         "key type list=1 data=1 value /data /list /table /dict",
-        "keys=1 data=2 key value key dict=0 /dict /data /keys",
         "keys=2 data=0 /data data=1 key value /data /keys",
         "keys=2 data=0 /data /keys",
         // A list where a key is due is the key.

@@ -142,21 +142,20 @@ TEST_F(BinaryValueRefusalTest, TakenAsItStands) {
 
 // As deep as the limit goes, on a stack that deeper recursion would overflow.
 TEST_F(BinaryValueRefusalTest, Nesting) {
-    const std::pair<std::string, std::string> levels[] = {
-        {"01 01 0f ", "00"},                // A key map under a name,
-        {"01 01 0c 0f 01 01 ", "00"},       // an array of key maps under a name,
-        {"01 01 0e 01 0f 01 01 01 ", "00"}  // key maps in a key set.
+    const std::pair<std::string, int> levels[] = {
+        {"01 01 0f ", 1},                // A key map under a name,
+        {"01 01 0c 0f 01 01 ", 2},       // an array of key maps under a name,
+        {"01 01 0e 01 0f 01 01 01 ", 2}  // key maps in a key set.
     };
     constexpr int kLimit = 256;
-    for (const auto& [level, end] : levels) {
-        const int valuesALevel = level.size() > 9 ? 2 : 1;
+    for (const auto& [level, valuesALevel] : levels) {
         for (const int depth : {kLimit / valuesALevel, kLimit / valuesALevel + 1, 3000}) {
             SCOPED_TRACE(level + std::to_string(depth));
             std::string data;
             for (int i = 0; i < depth; ++i) {
                 data += level;
             }
-            data += end;
+            data += "00";
             test::OnSmallStack([&] {
                 if (depth * valuesALevel <= kLimit) {
                     EXPECT_EQ(ReadData(data)->GetValue(KeyPath())->GetCount(), 1u);
@@ -174,27 +173,26 @@ SV ColumnOfHandles(const Type* elementType, std::vector<SV> elements) {
 }
 
 TEST_F(BinaryValueRefusalTest, Writing) {
+    using enum LumError;
     const Type* const bytesType = ExternalType::Get(test::kBytesKindId);
-    const SV special = factory::MakeSpecial(bytesType, SpecialKind::Null);
+    const Type* const columnType = ArrayType::Get(BoolType::Get());
     const SV bytes = test::MakeBytesValue({1});
-    const SV rowWithout = factory::MakeTuple(LumTuple(TupleType::Get({bytesType})));
     const SV kindsOfNothing = factory::MakeArray<SV>(
         bytesType, std::make_unique<std::vector<SV>>(1), nullptr,
         std::make_unique<std::vector<SpecialKind>>(1, SpecialKind::Null), SortSpecOrder::UNKNOWN);
     const std::string isNull = "(value) != nullptr";
+    const std::string isSpecial = "!(value->IsSpecial())";
     const std::tuple<SV, LumError, std::string> cases[] = {
-        {ColumnOfHandles(bytesType, {bytes, special}), LumError::CollectionArraySpecials,
-         "!(value->IsSpecial())"},
-        {ColumnOfHandles(
-             ArrayType::Get(BoolType::Get()),
-             {factory::MakeSpecial(ArrayType::Get(BoolType::Get()), SpecialKind::Null)}),
-         LumError::CollectionArraySpecials, "!(value->IsSpecial())"},
-        {ColumnOfHandles(bytesType, {bytes, nullptr}), LumError::NullSerializedValue, isNull},
-        {kindsOfNothing, LumError::NullSerializedValue, isNull},
-        {rowWithout, LumError::NullSerializedValue, isNull},
-        {ColumnOfHandles(IntType::Get32(), {factory::MakeInt32(1)}), LumError::NotTypedArray, ""},
-        {test::ColumnOf("i: 1")->AsArray().WithIndices({1, 0}, SortSpecOrder::ASC),
-         LumError::OutOfBounds, ""},
+        {ColumnOfHandles(bytesType, {bytes, factory::MakeSpecial(bytesType, SpecialKind::Null)}),
+         CollectionArraySpecials, isSpecial},
+        {ColumnOfHandles(columnType, {factory::MakeSpecial(columnType, SpecialKind::Null)}),
+         CollectionArraySpecials, isSpecial},
+        {ColumnOfHandles(bytesType, {bytes, nullptr}), NullSerializedValue, isNull},
+        {kindsOfNothing, NullSerializedValue, isNull},
+        {factory::MakeTuple(LumTuple(TupleType::Get({bytesType}))), NullSerializedValue, isNull},
+        {ColumnOfHandles(IntType::Get32(), {factory::MakeInt32(1)}), NotTypedArray, ""},
+        {test::ColumnOf("i: 1")->AsArray().WithIndices({1, 0}, SortSpecOrder::ASC), OutOfBounds,
+         ""},
     };
     for (const auto& [value, error, condition] : cases) {
         const auto store = factory::MakeDataStore(test::MakeStoreOf(value));
