@@ -298,6 +298,10 @@ TEST(StringTableTest, TakesWhatPayloadsSay) {
         // Only the differences of offsets count.
         {"01000000 01000000 02000000", NoError, {"a", ""}},
         {"01000000 00000000", NoError, {"\uFFFDa"}, "ff61"},
+        {"01000000 00000000 09000000",
+         NoError,
+         {"aaaaaaaa\uFFFD", "bbb"},
+         "6161616161616161ff626262"},
         {"01000000 02000000 01000000", BufferReadOutOfBounds},
         {"01000000 00000000 03000000", BufferReadOutOfBounds},
         {"01000000 03000000", BufferReadOutOfBounds},
