@@ -142,22 +142,25 @@ TEST_F(BinaryValueRefusalTest, TakenAsItStands) {
 
 // As deep as the limit goes, on a stack that deeper recursion would overflow.
 TEST_F(BinaryValueRefusalTest, Nesting) {
-    const std::pair<std::string, int> levels[] = {
+    const struct {
+        std::string data;
+        int values;
+    } levels[] = {
         {"01 01 0f ", 1},                // A key map under a name,
         {"01 01 0c 0f 01 01 ", 2},       // an array of key maps under a name,
         {"01 01 0e 01 0f 01 01 01 ", 2}  // key maps in a key set.
     };
     constexpr int kLimit = 256;
-    for (const auto& [level, valuesALevel] : levels) {
-        for (const int depth : {kLimit / valuesALevel, kLimit / valuesALevel + 1, 3000}) {
-            SCOPED_TRACE(level + std::to_string(depth));
+    for (const auto& level : levels) {
+        for (const int depth : {kLimit / level.values, kLimit / level.values + 1, 3000}) {
+            SCOPED_TRACE(level.data + std::to_string(depth));
             std::string data;
             for (int i = 0; i < depth; ++i) {
-                data += level;
+                data += level.data;
             }
             data += "00";
             test::OnSmallStack([&] {
-                if (depth * valuesALevel <= kLimit) {
+                if (depth * level.values <= kLimit) {
                     EXPECT_EQ(ReadData(data)->GetValue(KeyPath())->GetCount(), 1u);
                 } else {
                     EXPECT_LUM_REPORT(InvalidBinaryData, "", "(m_level < kMaxNestingLevels)",
