@@ -7,16 +7,11 @@
 #include <utility>
 #include <vector>
 
-#include "lum/core/serialize/BinaryProtocolCreator.h"
-#include "lum/core/serialize/BinaryProtocolReader.h"
-#include "lum/core/store/ExternalTypeRegistry.h"
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/StringType.h"
 #include "tests/serialize/GoldenPayloads.h"
-#include "tests/support/CollatorPoolGuard.h"
-#include "tests/support/FoldingCollatorPool.h"
+#include "tests/serialize/SerializeTest.h"
 #include "tests/support/LumErrorMatchers.h"
-#include "tests/support/PayloadBytes.h"
 #include "tests/support/PayloadWalk.h"
 
 namespace lum::core {
@@ -38,13 +33,7 @@ TEST(BinaryListTypeTest, Bytes) {
     }
 }
 
-class BinaryProtocolTest : public testing::Test {
-protected:
-    BinaryProtocolTest() { test::RegisterGoldenKind(); }
-    ~BinaryProtocolTest() override { ClearExternalTypes(); }
-
-    test::CollatorPoolGuard m_pool{std::make_shared<test::FoldingCollatorPool>()};
-};
+class BinaryProtocolTest : public test::SerializeTest {};
 
 // Read and written again event by event, whatever the address.
 TEST_F(BinaryProtocolTest, GoldenBytes) {

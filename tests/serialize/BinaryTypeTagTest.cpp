@@ -1,15 +1,11 @@
 #include <gtest/gtest.h>
 
 #include <map>
-#include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
-#include "lum/core/serialize/BinaryProtocolCreator.h"
-#include "lum/core/serialize/BinaryProtocolReader.h"
-#include "lum/core/store/ExternalTypeRegistry.h"
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/ExternalType.h"
 #include "lum/core/types/HeterogeneousTypes.h"
@@ -17,21 +13,13 @@
 #include "lum/core/types/StringType.h"
 #include "lum/core/types/TupleType.h"
 #include "tests/serialize/GoldenPayloads.h"
-#include "tests/support/CollatorPoolGuard.h"
-#include "tests/support/FoldingCollatorPool.h"
+#include "tests/serialize/SerializeTest.h"
 #include "tests/support/LumErrorMatchers.h"
-#include "tests/support/PayloadBytes.h"
 
 namespace lum::core {
 namespace {
 
-class BinaryTypeTagTest : public testing::Test {
-protected:
-    BinaryTypeTagTest() { test::RegisterGoldenKind(); }
-    ~BinaryTypeTagTest() override { ClearExternalTypes(); }
-
-    test::CollatorPoolGuard m_pool{std::make_shared<test::FoldingCollatorPool>()};
-};
+class BinaryTypeTagTest : public test::SerializeTest {};
 
 // Tags are words of GoldenBytes.
 std::vector<unsigned char> PayloadOf(const std::string& tag) {

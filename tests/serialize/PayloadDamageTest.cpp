@@ -66,7 +66,6 @@ void ReadValues(const Bytes& bytes, std::size_t shift) {
 class PayloadDamageTest : public test::SerializeTest {
 protected:
     PayloadDamageTest() {
-        test::RegisterGoldenKind();
         m_former = SetLumLogger(std::make_shared<LumLogger>(
             LumLogger::WideSink(), [](LumLogLevel, const TStringCore&) {},
             [](LumLogLevel) { return false; }));

@@ -11,6 +11,7 @@
 #include "lum/core/serialize/StoreValueParser.h"
 #include "lum/core/store/ExternalTypeRegistry.h"
 #include "lum/core/store/IDataStore.h"
+#include "tests/serialize/GoldenPayloads.h"
 #include "tests/support/CollatorPoolGuard.h"
 #include "tests/support/FoldingCollatorPool.h"
 #include "tests/support/PayloadBytes.h"
@@ -18,11 +19,14 @@
 
 namespace lum::test {
 
-/// What values need on their way out and in: the kind of RegisterBytesKind, and a pool that knows
-/// "fold".
+/// What values and golden payloads need on their way out and in: the kinds of RegisterBytesKind and
+/// of RegisterGoldenKind, and a pool that knows "fold".
 class SerializeTest : public testing::Test {
 protected:
-    SerializeTest() { RegisterBytesKind(); }
+    SerializeTest() {
+        RegisterBytesKind();
+        RegisterGoldenKind();
+    }
     ~SerializeTest() override { core::ClearExternalTypes(); }
 
 private:
