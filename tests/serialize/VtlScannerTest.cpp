@@ -284,7 +284,8 @@ TEST(VtlScannerTest, AgreesWithTheModel) {
         const std::vector<ModelToken> expected = ModelScan(text);
         ASSERT_EQ(CursorScan(VtlCursor(units.view())), expected) << text;
         // As a part of a larger text, whose units may be looked at and do not count.
-        const TStringCore larger = units + L"abcdefghijklmnopqrstuvwxyz";
+        const TStringCore larger =
+            units + choices[random.Below(choices.size())] + L"abcdefghijklmnopqrstuvwxyz";
         const std::u16string_view part = larger.view().substr(0, units.length());
         ASSERT_EQ(CursorScan(VtlCursor(part, larger.end())), expected) << text;
         VtlToken first;
