@@ -2,20 +2,14 @@
 
 #include <gtest/gtest.h>
 
-#include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
+#include <tuple>
 #include <utility>
 #include <vector>
 
-#include "lum/core/serialize/BinaryProtocolCreator.h"
-#include "lum/core/serialize/BinaryProtocolReader.h"
-#include "lum/core/serialize/StoreValueBinarySerializer.h"
-#include "lum/core/serialize/StoreValueParser.h"
 #include "lum/core/store/ArrayFactory.h"
-#include "lum/core/store/ExternalTypeRegistry.h"
-#include "lum/core/store/IDataStore.h"
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/TupleFactory.h"
 #include "lum/core/store/ValueFactory.h"
@@ -26,30 +20,19 @@
 #include "lum/core/types/TupleType.h"
 #include "tests/serialize/GoldenPayloads.h"
 #include "tests/serialize/GoldenValues.h"
-#include "tests/support/CollatorPoolGuard.h"
+#include "tests/serialize/SerializeTest.h"
 #include "tests/support/ColumnText.h"
 #include "tests/support/LumErrorMatchers.h"
-#include "tests/support/PayloadBytes.h"
-#include "tests/support/RandomStores.h"
 #include "tests/support/SmallStack.h"
 
 namespace lum::core {
 namespace {
 
-class BinaryValueRefusalTest : public testing::Test {
-protected:
-    BinaryValueRefusalTest() { test::RegisterBytesKind(); }
-    ~BinaryValueRefusalTest() override { ClearExternalTypes(); }
-
-private:
-    test::CollatorPoolGuard m_pool;
-};
+class BinaryValueRefusalTest : public test::SerializeTest {};
 
 // A store from a data section whose strings are "v" and "bytes"; counts are in base-128.
 std::shared_ptr<IDataStore> ReadData(const std::string& data) {
-    const test::GoldenPayload payload{"", /*flags=*/2, {"v", "bytes"}, data, nullptr};
-    BinaryProtocolReader reader(test::MakePayload(payload.GetBytes()));
-    return StoreValueParser::MakeDataStore(reader);
+    return test::ReadStore(test::GoldenBytes(/*flags=*/2, data, {"v", "bytes"}));
 }
 
 struct RefusedData {
@@ -63,75 +46,70 @@ TEST_F(BinaryValueRefusalTest, Data) {
     const std::string isShort = "((size_t)(m_bufferEnd - m_pos) >= size)";
     const std::string isKind = "(static_cast<unsigned int>(kind) < kSpecialKindCount)";
     const std::string corruptSort = "corrupt table sort metadata";
+    const std::string isArray = "(binListType.GetContainerType() == BinaryContainerType::Array)";
+    const std::string isInRuns = "(indices.GetSize() == 0 || largest < elementCount)";
+    const std::string isString = "(index > 0 && index < m_strings.size())";
+    using enum LumError;
     const RefusedData cases[] = {
         // Kinds.
-        {"42 0a", LumError::IllegalSpecialKind, isKind},
-        {"42 00", LumError::NormalBoxedSpecial, "(m_specialKind) != (SpecialKind::Normal)"},
-        {"0c 8a 02 00 0c 05 00", LumError::NormalBoxedSpecial,
-         "(kind != SpecialKind::Normal || count == 0)"},
-        {"0c 02 0c 05 ff", LumError::IllegalSpecialKind, isKind},
-        {"0d 02 0d 00 01 0a", LumError::IllegalSpecialKind, isKind},
-        {"0e 01 01 02 00 01 0a 00", LumError::IllegalSpecialKind, isKind},
-        {"8a 01 00 0e 01 0a 00", LumError::IllegalSpecialKind, isKind},
-        {"0c 01 03 01 01 01 0a", LumError::IllegalSpecialKind, isKind},
+        {"42 0a", IllegalSpecialKind, isKind},
+        {"42 00", NormalBoxedSpecial, "(m_specialKind) != (SpecialKind::Normal)"},
+        {"0c 8a 02 00 0c 05 00", NormalBoxedSpecial, "(kind != SpecialKind::Normal || count == 0)"},
+        {"0c 02 0c 05 ff", IllegalSpecialKind, isKind},
+        {"0d 02 0d 00 01 0a", IllegalSpecialKind, isKind},
+        {"0e 01 01 02 00 01 0a 00", IllegalSpecialKind, isKind},
+        {"8a 01 00 0e 01 0a 00", IllegalSpecialKind, isKind},
+        {"0c 01 03 01 01 01 0a", IllegalSpecialKind, isKind},
         // Lists of another kind than the type's.
-        {"0c 01 05 00", LumError::InvalidListType,
-         "(binListType.GetContainerType() == BinaryContainerType::Array)"},
-        {"0c 0a 02 00", LumError::InvalidListType,
-         "(binListType.GetContainerType() == BinaryContainerType::Array)"},
-        {"0d 01 01 00", LumError::InvalidListType,
+        {"0c 01 05 00", InvalidListType, isArray},
+        {"0c 0a 02 00", InvalidListType, isArray},
+        {"0d 01 01 00", InvalidListType,
          "(binListType.GetContainerType() == BinaryContainerType::Set)"},
-        {"8b 02 01 00", LumError::InvalidListType,
+        {"8b 02 01 00", InvalidListType,
          "(p.BeginListType().GetContainerType() == BinaryContainerType::ByteBlob)"},
-        {"8a 01 00 01 01", LumError::ExpectedTuple,
+        {"8a 01 00 01 01", ExpectedTuple,
          "(listType.GetContainerType() == BinaryContainerType::Tuple)"},
-        {"8a 01 01 00 06 01 01", LumError::Unspecified,
-         "(valueCount == type->GetMembers().size())"},
-        {"8a 01 01 00 0e 02 00 00 01 01 01", LumError::ListValueCountMismatch, "(m_count == 0)"},
+        {"8a 01 01 00 06 01 01", Unspecified, "(valueCount == type->GetMembers().size())"},
+        {"8a 01 01 00 0e 02 00 00 01 01 01", ListValueCountMismatch, "(m_count == 0)"},
         // Kinds of collections; only arrays and sets are told before they are read.
-        {"0c 0c 01 09 01", LumError::NestedCollectionSpecials,
+        {"0c 0c 01 09 01", NestedCollectionSpecials,
          "(type->GetElementType()->TryAs<CollectionType>()) == nullptr"},
-        {"0c 0f 09 01 00 01 01", LumError::NestedCollectionSpecials,
+        {"0c 0f 09 01 00 01 01", NestedCollectionSpecials,
          "!(IsCollectionStoreType(m_type->GetElementType()->GetStoreType()))"},
-        {"0c 0c 01 04 01 01 00", LumError::TypeMismatchExpected, ""},
+        {"0c 0c 01 04 01 01 00", TypeMismatchExpected, ""},
         // Segments that do not fit.
-        {"0c 01 09 03 010101 02 0000", LumError::ListSegmentCountMismatch,
-         "(count == m_lastDataCount)"},
-        {"0c 01 29 03 010101 02 0000", LumError::SpecialsSizeMismatch,
+        {"0c 01 09 03 010101 02 0000", ListSegmentCountMismatch, "(count == m_lastDataCount)"},
+        {"0c 01 29 03 010101 02 0000", SpecialsSizeMismatch,
          "(m_specials.GetSize() == m_values.GetSize())"},
-        {"0c 01 03 02 0101 03 000000", LumError::ListValueCountMismatch,
-         "(rangeCount == specialsCount)"},
-        {"0c 01 03 02 0101 02 0000 01", LumError::ListValueCountMismatch,
-         "(rangeCount == countsCount)"},
+        {"0c 01 03 02 0101 03 000000", ListValueCountMismatch, "(rangeCount == specialsCount)"},
+        {"0c 01 03 02 0101 02 0000 01", ListValueCountMismatch, "(rangeCount == countsCount)"},
         // Runs: an index behind them, one without any, more elements than 32 bits.
-        {"0c 01 13 01 01 01 00 01 0000 03000000 01 000000 03000000", LumError::InvalidBinaryData,
-         "(indices.GetSize() == 0 || largest < elementCount)"},
-        {"0c 01 13 00 00 00 01 000000 00000000", LumError::InvalidBinaryData,
-         "(indices.GetSize() == 0 || largest < elementCount)"},
-        {"0c 8a 01 00 03 00 00 00", LumError::TypeMismatchExpected,
+        {"0c 01 13 01 01 01 00 01 0000 03000000 01 000000 03000000", InvalidBinaryData, isInRuns},
+        {"0c 01 13 00 00 00 01 000000 00000000", InvalidBinaryData, isInRuns},
+        {"0c 8a 01 00 03 00 00 00", TypeMismatchExpected,
          "(IsPrimitiveStoreType(elementStoreType))"},
         // Tables: lists of sort columns that differ in length, an order that is none, a special
         // order, more than the bytes bear out; columns that are none, or unlike.
-        {"10 00 01 01 01 01 00", LumError::InvalidBinaryData, "", corruptSort},
-        {"10 00 01 01 01 01 01 000000 04000000", LumError::InvalidBinaryData, "", corruptSort},
-        {"10 00 01 01 01 0c 01 01", LumError::InvalidBinaryData, "", corruptSort},
-        {"10 00 04 ffffffff0f 01 04 ffffffff0f 000000 01000000", LumError::InvalidBinaryData, "",
+        {"10 00 01 01 01 01 00", InvalidBinaryData, "", corruptSort},
+        {"10 00 01 01 01 01 01 000000 04000000", InvalidBinaryData, "", corruptSort},
+        {"10 00 01 01 01 0c 01 01", InvalidBinaryData, "", corruptSort},
+        {"10 00 04 ffffffff0f 01 04 ffffffff0f 000000 01000000", InvalidBinaryData, "",
          corruptSort},
-        {"10 01 01 00 01 00 01 0d 01 05 00", LumError::TableColumnNotArray, ""},
-        {"10 01 01 00 01 00 01 4c 01 01", LumError::ProtocolStateMismatch, ""},
+        {"10 01 01 00 01 00 01 0d 01 05 00", TableColumnNotArray, ""},
+        {"10 01 01 00 01 00 01 4c 01 01", ProtocolStateMismatch, ""},
         // Ends of what is there.
-        {"0c 02 01 02 0000 01000000", LumError::BufferReadOutOfBounds, isShort},
-        {"0c 0f 01 ffffffff0f 00", LumError::BufferReadOutOfBounds, isShort},
-        {"06 00", LumError::InvalidStringIndex, "(index > 0 && index < m_strings.size())"},
-        {"06 03", LumError::InvalidStringIndex, "(index > 0 && index < m_strings.size())"},
+        {"0c 02 01 02 0000 01000000", BufferReadOutOfBounds, isShort},
+        {"0c 0f 01 ffffffff0f 00", BufferReadOutOfBounds, isShort},
+        {"06 00", InvalidStringIndex, isString},
+        {"06 03", InvalidStringIndex, isString},
         // A host's function that gives nothing.
-        {"8b 02 02 01 ff", LumError::InvalidBinaryData, "(value) != nullptr"},
+        {"8b 02 02 01 ff", InvalidBinaryData, "(value) != nullptr"},
     };
     for (const RefusedData& refused : cases) {
         SCOPED_TRACE(refused.value);
         const bool isNamed = !refused.condition.empty();
         EXPECT_TRUE(test::FailsAs({refused.error, refused.details, isNamed, refused.condition},
-                                  [&] { ReadData("01 01" + refused.value); }));
+                                  [&] { ReadData("01 01 " + refused.value); }));
     }
     EXPECT_LUM_LOGIC_REPORT(Unspecified, "",
                             "(m_type == BinaryKeySetType::NoSpecialKeys || m_type == "
@@ -164,23 +142,25 @@ TEST_F(BinaryValueRefusalTest, TakenAsItStands) {
 
 // As deep as the limit goes, on a stack that deeper recursion would overflow.
 TEST_F(BinaryValueRefusalTest, Nesting) {
-    const std::pair<std::string, std::string> levels[] = {
-        {"01 01 0f", "00"},                // A key map under a name,
-        {"01 01 0c 0f 01 01", "00"},       // an array of key maps under a name,
-        {"01 01 0e 01 0f 01 01 01", "00"}  // key maps in a key set.
+    const struct {
+        std::string data;
+        int values;
+    } levels[] = {
+        {"01 01 0f ", 1},                // A key map under a name,
+        {"01 01 0c 0f 01 01 ", 2},       // an array of key maps under a name,
+        {"01 01 0e 01 0f 01 01 01 ", 2}  // key maps in a key set.
     };
     constexpr int kLimit = 256;
-    for (const auto& [level, end] : levels) {
-        const int valuesALevel = level.size() > 8 ? 2 : 1;
-        for (const int depth : {kLimit / valuesALevel, kLimit / valuesALevel + 1, 3000}) {
-            SCOPED_TRACE(level + " " + std::to_string(depth));
+    for (const auto& level : levels) {
+        for (const int depth : {kLimit / level.values, kLimit / level.values + 1, 3000}) {
+            SCOPED_TRACE(level.data + std::to_string(depth));
             std::string data;
             for (int i = 0; i < depth; ++i) {
-                data += level;
+                data += level.data;
             }
-            data += end;
+            data += "00";
             test::OnSmallStack([&] {
-                if (depth * valuesALevel <= kLimit) {
+                if (depth * level.values <= kLimit) {
                     EXPECT_EQ(ReadData(data)->GetValue(KeyPath())->GetCount(), 1u);
                 } else {
                     EXPECT_LUM_REPORT(InvalidBinaryData, "", "(m_level < kMaxNestingLevels)",
@@ -196,34 +176,31 @@ SV ColumnOfHandles(const Type* elementType, std::vector<SV> elements) {
 }
 
 TEST_F(BinaryValueRefusalTest, Writing) {
+    using enum LumError;
     const Type* const bytesType = ExternalType::Get(test::kBytesKindId);
-    const SV special = factory::MakeSpecial(bytesType, SpecialKind::Null);
+    const Type* const columnType = ArrayType::Get(BoolType::Get());
     const SV bytes = test::MakeBytesValue({1});
-    const SV rowWithout = factory::MakeTuple(LumTuple(TupleType::Get({bytesType})));
     const SV kindsOfNothing = factory::MakeArray<SV>(
         bytesType, std::make_unique<std::vector<SV>>(1), nullptr,
         std::make_unique<std::vector<SpecialKind>>(1, SpecialKind::Null), SortSpecOrder::UNKNOWN);
     const std::string isNull = "(value) != nullptr";
+    const std::string isSpecial = "!(value->IsSpecial())";
     const std::tuple<SV, LumError, std::string> cases[] = {
-        {ColumnOfHandles(bytesType, {bytes, special}), LumError::CollectionArraySpecials,
-         "!(value->IsSpecial())"},
-        {ColumnOfHandles(
-             ArrayType::Get(BoolType::Get()),
-             {factory::MakeSpecial(ArrayType::Get(BoolType::Get()), SpecialKind::Null)}),
-         LumError::CollectionArraySpecials, "!(value->IsSpecial())"},
-        {ColumnOfHandles(bytesType, {bytes, nullptr}), LumError::NullSerializedValue, isNull},
-        {kindsOfNothing, LumError::NullSerializedValue, isNull},
-        {rowWithout, LumError::NullSerializedValue, isNull},
-        {ColumnOfHandles(IntType::Get32(), {factory::MakeInt32(1)}), LumError::NotTypedArray, ""},
-        {test::ColumnOf("i: 1")->AsArray().WithIndices({1, 0}, SortSpecOrder::ASC),
-         LumError::OutOfBounds, ""},
+        {ColumnOfHandles(bytesType, {bytes, factory::MakeSpecial(bytesType, SpecialKind::Null)}),
+         CollectionArraySpecials, isSpecial},
+        {ColumnOfHandles(columnType, {factory::MakeSpecial(columnType, SpecialKind::Null)}),
+         CollectionArraySpecials, isSpecial},
+        {ColumnOfHandles(bytesType, {bytes, nullptr}), NullSerializedValue, isNull},
+        {kindsOfNothing, NullSerializedValue, isNull},
+        {factory::MakeTuple(LumTuple(TupleType::Get({bytesType}))), NullSerializedValue, isNull},
+        {ColumnOfHandles(IntType::Get32(), {factory::MakeInt32(1)}), NotTypedArray, ""},
+        {test::ColumnOf("i: 1")->AsArray().WithIndices({1, 0}, SortSpecOrder::ASC), OutOfBounds,
+         ""},
     };
     for (const auto& [value, error, condition] : cases) {
         const auto store = factory::MakeDataStore(test::MakeStoreOf(value));
-        EXPECT_TRUE(test::FailsAs({error, "", !condition.empty(), condition}, [&] {
-            BinaryProtocolCreator creator;
-            SerializeDataStore(creator, *store);
-        }));
+        EXPECT_TRUE(test::FailsAs({error, "", !condition.empty(), condition},
+                                  [&] { test::WriteStore(*store); }));
     }
 }
 

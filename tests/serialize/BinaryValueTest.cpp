@@ -5,53 +5,87 @@
 #include <limits>
 #include <memory>
 #include <numeric>
+#include <string>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "core/main/store/ValueCompositeArray.h"
-#include "lum/core/serialize/BinaryProtocolCreator.h"
-#include "lum/core/serialize/BinaryProtocolReader.h"
-#include "lum/core/serialize/StoreValueBinarySerializer.h"
-#include "lum/core/serialize/StoreValueParser.h"
+#include "lum/core/serialize/StoreValueSerializer.h"
 #include "lum/core/store/ArrayFactory.h"
-#include "lum/core/store/ExternalTypeRegistry.h"
-#include "lum/core/store/IDataStore.h"
+#include "lum/core/store/ValueFactory.h"
 #include "lum/core/types/ScalarTypes.h"
 #include "tests/serialize/GoldenValues.h"
-#include "tests/support/CollatorPoolGuard.h"
+#include "tests/serialize/SerializeTest.h"
 #include "tests/support/ColumnText.h"
 #include "tests/support/ExactText.h"
-#include "tests/support/FoldingCollatorPool.h"
-#include "tests/support/PayloadBytes.h"
 #include "tests/support/RandomColumns.h"
-#include "tests/support/RandomStores.h"
 
 namespace lum::core {
 namespace {
 
-class BinaryValueTest : public testing::Test {
-protected:
-    BinaryValueTest() { test::RegisterBytesKind(); }
-    ~BinaryValueTest() override { ClearExternalTypes(); }
+class BinaryValueTest : public test::SerializeTest {};
 
-private:
-    test::CollatorPoolGuard m_pool{std::make_shared<test::FoldingCollatorPool>()};
-};
-
-// A column of the one column, and of one more behind it whose words would go astray.
-SV MakeHandlesOf(const SV& column) {
-    const SV last = column->AsArray().GetRange(0, 3, 1);
-    return factory::MakeArray<SV>(column->GetType(), {column, last}, SortSpecOrder::UNKNOWN);
+std::shared_ptr<IDataStore> StoreOf(const SV& value) {
+    return factory::MakeDataStore(test::MakeStoreOf(value));
 }
 
-TEST_F(BinaryValueTest, WritesGoldenBytes) {
+std::string RootTextOf(const IDataStore& store) {
+    return test::ExactText(store.GetValue(KeyPath()));
+}
+
+SV MemberOf(const IDataStore& store, const wchar_t* name) {
+    return store.GetValue(KeyPath::ParseString(name));
+}
+
+TEST_F(BinaryValueTest, GoldenBytes) {
     test::ForEachGoldenPayload(
         [](const SV& value, unsigned int flags, const std::vector<unsigned char>& bytes) {
-            BinaryProtocolCreator creator((flags & 2) != 0, (flags & 1) != 0);
-            SerializeDataStore(creator, *factory::MakeDataStore(test::MakeStoreOf(value)));
-            EXPECT_EQ(test::ToHex(creator.FinalizePayload()), test::ToHex(bytes));
+            const auto store = StoreOf(value);
+            EXPECT_EQ(test::ToHex(test::WriteStore(*store, flags)), test::ToHex(bytes));
+            for (const std::size_t shift : {0u, 1u, 4u}) {
+                BinaryProtocolReader reader(test::MakePayload(bytes, shift));
+                EXPECT_EQ(RootTextOf(*StoreValueParser::MakeDataStore(reader)), RootTextOf(*store));
+                EXPECT_EQ(reader.GetRemainingBytes(), 0u);
+            }
         });
+}
+
+// Nothing but the indices of plain arrays is lost.
+TEST_F(BinaryValueTest, StreamsOfRandomStores) {
+    test::Random random;
+    SCOPED_TRACE(random.Trace());
+    std::string allTexts;
+    for (int stream = 0; stream < 100; ++stream) {
+        const auto flags = random.Below(4);
+        BinaryProtocolCreator creator((flags & 2) != 0, (flags & 1) != 0);
+        std::unique_ptr<BinaryProtocolReader> reader;
+        for (int payload = 0; payload < 10; ++payload) {
+            const auto store = factory::MakeDataStore(test::MakeRandomStore(random, 2));
+            // A string of its own, since a payload whose only new string is empty cannot be read.
+            store->SetValue(KeyPath::ParseString(L"payload"),
+                            factory::MakeString(TStringCore::number(payload) + L"."));
+            SerializeDataStore(creator, *store);
+            auto bytes = test::MakePayload(creator.FinalizePayload(), random.Below(9));
+            if (reader == nullptr) {
+                reader = std::make_unique<BinaryProtocolReader>(bytes);
+            } else {
+                reader->NextPayload(bytes);
+            }
+            bytes.reset();
+            const auto read = StoreValueParser::MakeDataStore(*reader);
+            ASSERT_EQ(reader->GetRemainingBytes(), 0u);
+            if (payload == 9) {
+                reader.reset();
+            }
+            ASSERT_EQ(RootTextOf(*read), RootTextOf(*store));
+            allTexts += RootTextOf(*store);
+        }
+    }
+    // What is compared is worth it.
+    for (const char* const part : {"constant", "composite", "with kinds", "bytes", "!9", "x0("}) {
+        EXPECT_NE(allTexts.find(part), std::string::npos) << part;
+    }
 }
 
 // A host may look at the events on their way, one by one.
@@ -90,22 +124,8 @@ TEST_F(BinaryValueTest, SubclassesSeeEachEvent) {
     EXPECT_EQ(creator.stringCount, 2);
     EXPECT_EQ(creator.blockCount, 1);
     CountingReader reader(test::MakePayload(creator.FinalizePayload()));
-    EXPECT_EQ(test::ExactText(StoreValueParser::MakeDataStore(reader)->GetValue(KeyPath())),
-              test::ExactText(store->GetValue(KeyPath())));
+    EXPECT_EQ(RootTextOf(*StoreValueParser::MakeDataStore(reader)), RootTextOf(*store));
     EXPECT_EQ(reader.stringCount, 2);
-}
-
-TEST_F(BinaryValueTest, ReadsGoldenBytes) {
-    test::ForEachGoldenPayload(
-        [](const SV& value, unsigned int, const std::vector<unsigned char>& bytes) {
-            for (const std::size_t shift : {0u, 1u, 4u}) {
-                BinaryProtocolReader reader(test::MakePayload(bytes, shift));
-                const auto store = StoreValueParser::MakeDataStore(reader);
-                EXPECT_EQ(test::ExactText(store->GetValue(KeyPath())),
-                          test::ExactText(test::MakeStoreOf(value)));
-                EXPECT_EQ(reader.GetRemainingBytes(), 0u);
-            }
-        });
 }
 
 // Where a column stands, and what keeps it there. The payload stands at a multiple of 16, so that
@@ -118,9 +138,8 @@ TEST_F(BinaryValueTest, ColumnsStandInThePayload) {
                         BoolType::Get(), {{1, SpecialKind::Normal, 3}},
                         std::make_unique<std::vector<unsigned int>>(2, 2u), SortSpecOrder::ASC));
     members.emplace(RInternString(L"text"), test::ColumnOf("s: a 'longer than the handle'"));
-    BinaryProtocolCreator creator;
-    SerializeDataStore(creator, *factory::MakeDataStore(std::move(members)));
-    const std::vector<unsigned char> bytes = creator.FinalizePayload();
+    const std::vector<unsigned char> bytes =
+        test::WriteStore(*factory::MakeDataStore(std::move(members)));
 
     for (const std::size_t shift : {0u, 3u}) {
         auto payload = test::MakePayload(bytes, shift);
@@ -135,9 +154,9 @@ TEST_F(BinaryValueTest, ColumnsStandInThePayload) {
             BinaryProtocolReader reader(std::exchange(payload, nullptr));
             store = StoreValueParser::MakeDataStore(reader);
         }
-        SV values = store->GetValue(KeyPath::ParseString(L"values"));
-        SV runs = store->GetValue(KeyPath::ParseString(L"runs"));
-        const SV text = store->GetValue(KeyPath::ParseString(L"text"));
+        SV values = MemberOf(*store, L"values");
+        SV runs = MemberOf(*store, L"runs");
+        const SV text = MemberOf(*store, L"text");
         store.reset();
 
         const bool isInPlace = shift == 0;
@@ -164,6 +183,11 @@ TEST_F(BinaryValueTest, ColumnsStandInThePayload) {
 // Large columns are not copied before the payload is made, and outlive their store until then. What
 // is written is the same as for columns that are gathered on the way: those with indices.
 TEST_F(BinaryValueTest, LargeColumns) {
+    // Of the one column, and of one more behind it whose words would go astray.
+    const auto makeHandlesOf = [](const SV& column) {
+        const SV last = column->AsArray().GetRange(0, 3, 1);
+        return factory::MakeArray<SV>(column->GetType(), {column, last}, SortSpecOrder::UNKNOWN);
+    };
     for (const lumsize_t count : {511u, 512u, 513u, 4'097u, 9'001u}) {
         for (const char* const type : {"b", "i", "l"}) {
             std::vector<unsigned int> indices(count);
@@ -176,7 +200,7 @@ TEST_F(BinaryValueTest, LargeColumns) {
             std::vector<unsigned char> payloads[2];
             for (const SV& form : {column, column->AsArray().WithIndices(std::move(indices),
                                                                          SortSpecOrder::UNORD)}) {
-                auto store = factory::MakeDataStore(test::MakeStoreOf(MakeHandlesOf(form)));
+                auto store = StoreOf(makeHandlesOf(form));
                 BinaryProtocolCreator creator;
                 SerializeDataStore(creator, *store);
                 store.reset();
@@ -192,14 +216,10 @@ TEST_F(BinaryValueTest, LargeColumns) {
 // Its count costs nothing, neither on the wire nor in memory.
 TEST_F(BinaryValueTest, ConstantArrayOfMostElements) {
     constexpr lumsize_t kMost = std::numeric_limits<lumsize_t>::max();
-    BinaryProtocolCreator creator;
-    SerializeDataStore(creator,
-                       *factory::MakeDataStore(test::MakeStoreOf(
-                           factory::MakeConstantArray<unsigned char>(BoolType::Get(), 1, kMost))));
-    const std::vector<unsigned char> bytes = creator.FinalizePayload();
+    const std::vector<unsigned char> bytes = test::WriteStore(
+        *StoreOf(factory::MakeConstantArray<unsigned char>(BoolType::Get(), 1, kMost)));
     EXPECT_LT(bytes.size(), 64u);
-    BinaryProtocolReader reader(test::MakePayload(bytes));
-    const SV read = StoreValueParser::MakeDataStore(reader)->GetValue(KeyPath::ParseString(L"v"));
+    const SV read = MemberOf(*test::ReadStore(bytes), L"v");
     EXPECT_TRUE(read->AsArray().IsConstant());
     EXPECT_EQ(read->GetCount(), kMost);
 }

@@ -1,17 +1,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
-#include <limits>
 #include <memory>
 #include <string>
 #include <unordered_map>
 #include <utility>
 #include <vector>
 
-#include "lum/core/serialize/JsonSerializer.h"
-#include "lum/core/serialize/StoreValueSerializer.h"
-#include "lum/core/store/IDataStore.h"
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/store/TupleFactory.h"
@@ -19,8 +14,8 @@
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/HeterogeneousTypes.h"
 #include "lum/core/types/ScalarTypes.h"
-#include "lum/core/types/StringType.h"
-#include "tests/support/CollatorPoolGuard.h"
+#include "tests/serialize/JsonForms.h"
+#include "tests/serialize/SerializeTest.h"
 #include "tests/support/ColumnText.h"
 #include "tests/support/KeySets.h"
 #include "tests/support/LumErrorMatchers.h"
@@ -31,23 +26,12 @@ namespace {
 using namespace factory;
 using test::BoxedEntries;
 using test::ColumnOf;
+using test::Compact;
 using test::HandleSides;
 using test::KeySetOf;
 using test::TypeOf;
 
-class KeySetJsonTest : public testing::Test {
-    const test::CollatorPoolGuard m_pool;
-};
-
-std::string Compact(const SV& value) {
-    return SerializeValue(*value).toStdString();
-}
-
-std::string Readable(const SV& value) {
-    JsonSerializer serializer(JsonSerializerType::Readable);
-    SerializeValue(serializer, *value);
-    return serializer.Build().toStdString();
-}
+class KeySetJsonTest : public test::SerializeTest {};
 
 // Cells in the order in which they are written as keys, with their texts as keys and as elements.
 struct Cells {
@@ -130,12 +114,6 @@ TEST_F(KeySetJsonTest, AllPairsAreSortedByTheirKeys) {
     }
 }
 
-struct KeySetCase {
-    SV value;
-    std::string compact;
-    std::string readable;
-};
-
 TEST_F(KeySetJsonTest, BothForms) {
     BoxedEntries columns;
     columns.normal = {{MakeInt32(2), ColumnOf("i: 1 -")}, {MakeInt32(1), ColumnOf("i:")}};
@@ -144,7 +122,7 @@ TEST_F(KeySetJsonTest, BothForms) {
     maps.normal = {{MakeString(L"m"), MakeKeyMap({{L"a", MakeBool(true)}})}};
     BoxedEntries sets;
     sets.normal = {{MakeBool(true), test::SetOf("i: 2 1 -")}};
-    const KeySetCase cases[] = {
+    const test::JsonCase cases[] = {
         {KeySetOf("i:", "i:"), "{}", "{\n\n}"},
         {KeySetOf("s: b a", "i: 1 2"), R"({"a":2,"b":1})", "{\n    \"a\": 2,\n    \"b\": 1\n}"},
         {KeySetOf("i: -", "r: nan"), R"([{},{"Null":"nan"}])",
@@ -162,10 +140,7 @@ TEST_F(KeySetJsonTest, BothForms) {
         {test::MakeKeySetOf(TypeOf("b"), SetType::Get(TypeOf("i")), sets),
          R"({"true":[[1,2],["Null"]]})", "{\n    \"true\": [[ 1, 2 ],[ \"Null\" ] ]\n}"},
     };
-    for (const KeySetCase& keySet : cases) {
-        EXPECT_EQ(Compact(keySet.value), keySet.compact);
-        EXPECT_EQ(Readable(keySet.value), keySet.readable);
-    }
+    test::ExpectJson(cases);
 }
 
 TEST_F(KeySetJsonTest, ByOptions) {
@@ -183,23 +158,22 @@ TEST_F(KeySetJsonTest, ByOptions) {
 }
 
 TEST_F(KeySetJsonTest, Failures) {
-    BoxedEntries entries;
-    entries.normal = {{MakeInt32(1), nullptr}};
-    EXPECT_LUM_REPORT(
-        NullSerializedValue, "", "(value) != nullptr",
-        Compact(test::MakeKeySetOf(TypeOf("i"), ArrayType::Get(TypeOf("i")), entries)));
-    entries.normal[0].second = MakeInt32(1);
+    const auto write = [](const Type* elementType, const SV& element, HandleSides handles) {
+        BoxedEntries entries;
+        entries.normal = {{MakeInt32(1), element}};
+        return Compact(test::MakeKeySetOf(TypeOf("i"), elementType, entries, handles));
+    };
+    EXPECT_LUM_REPORT(NullSerializedValue, "", "(value) != nullptr",
+                      write(ArrayType::Get(TypeOf("i")), nullptr, HandleSides::None));
     for (const HandleSides handles : {HandleSides::Keys, HandleSides::Elements}) {
-        EXPECT_LUM_ERROR(NotKeyedCollection, "",
-                         Compact(test::MakeKeySetOf(TypeOf("i"), TypeOf("i"), entries, handles)));
+        EXPECT_LUM_ERROR(NotKeyedCollection, "", write(TypeOf("i"), MakeInt32(1), handles));
     }
+    EXPECT_LUM_ERROR(InvalidDateTime, "",
+                     write(TypeOf("d"), MakeDate(LumDateTime::FromValue(0)), HandleSides::None));
+    BoxedEntries entries;
     entries.special = {{static_cast<SpecialKind>(10), MakeInt32(1)}};
     EXPECT_LUM_ERROR(IllegalSpecialKind, "",
                      Compact(test::MakeKeySetOf(TypeOf("i"), TypeOf("i"), entries)));
-    entries.special.clear();
-    entries.normal[0].second = MakeDate(LumDateTime::FromValue(0));
-    EXPECT_LUM_ERROR(InvalidDateTime, "",
-                     Compact(test::MakeKeySetOf(TypeOf("i"), TypeOf("d"), entries)));
 }
 
 }  // namespace

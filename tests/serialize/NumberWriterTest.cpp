@@ -11,11 +11,13 @@
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
-#include <random>
 #include <string>
 #include <string_view>
 #include <type_traits>
+#include <utility>
 #include <vector>
+
+#include "tests/support/Random.h"
 
 namespace lum::core {
 namespace {
@@ -57,152 +59,86 @@ void ExpectPrinted(float value) {
     ASSERT_EQ(TextOf(WriteReal32, -value), Format("%.8g", -value)) << Format("%a", -value);
 }
 
-struct RealCase {
-    double value;
-    const char* text;
-};
-
-TEST(NumberWriterTest, Real64) {
-    const RealCase kCases[] = {
-        {0.0, "0"},
-        {-0.0, "-0"},
-        {1, "1"},
-        {-10, "-10"},
-        {0.1, "0.10000000000000001"},
-        {12.34, "12.34"},
-        {-1234567.25, "-1234567.25"},
-        // From plain to exponent form, on both ends.
-        {1e-4, "0.0001"},
-        {1e-5, "1.0000000000000001e-05"},
-        {-0.00012345678901234567, "-0.00012345678901234567"},
-        {1e16, "10000000000000000"},
-        {12345678901234568, "12345678901234568"},
-        {1e17, "1e+17"},
-        {1.5e17, "1.5e+17"},
-        {1e22, "1e+22"},
-        // The double lies below the power of ten, and rounds up to it or does not.
-        {1e23, "9.9999999999999992e+22"},
-        {1e-14, "1e-14"},
-        {1e98, "1e+98"},
-        // Ties: the eighteenth and last digit is 5, the one before it even or odd.
-        {1.00000762939453125, "1.0000076293945312"},
-        {1.00002288818359375, "1.0000228881835938"},
-        {DBL_MAX, "1.7976931348623157e+308"},
-        {-DBL_MAX, "-1.7976931348623157e+308"},
-        {DBL_MIN, "2.2250738585072014e-308"},
-        {DBL_TRUE_MIN, "4.9406564584124654e-324"},
-    };
-    for (const RealCase& row : kCases) {
-        EXPECT_EQ(TextOf(WriteReal64, row.value), row.text);
-    }
-}
-
-TEST(NumberWriterTest, Real32) {
-    const RealCase kCases[] = {
-        {0.0, "0"},
-        {-0.0, "-0"},
-        {0.1f, "0.1"},
-        {16777216, "16777216"},
-        {123456792, "1.2345679e+08"},
-        {1e8, "1e+08"},
-        {1e-5f, "9.9999997e-06"},
-        // The float lies below the power of ten, and rounds up to it.
-        {1e-6f, "1e-06"},
-        {1e12f, "1e+12"},
-        // Ties.
-        {1.00390625, "1.0039062"},
-        {1.01171875, "1.0117188"},
-        {FLT_MAX, "3.4028235e+38"},
-        {-FLT_TRUE_MIN, "-1.4012985e-45"},
-    };
-    for (const RealCase& row : kCases) {
-        EXPECT_EQ(TextOf(WriteReal32, static_cast<float>(row.value)), row.text);
-    }
-}
-
 // Both ends of every binary exponent, denormal ones included.
 TEST(NumberWriterTest, EveryBinaryExponent) {
-    for (int exponent = -1074; exponent <= 1023; ++exponent) {
-        const double power = std::ldexp(1.0, exponent);
+    const auto expectPrinted = [](auto power) {
         ExpectPrinted(power);
-        ExpectPrinted(std::nextafter(power, 0.0));
-        ExpectPrinted(power * 1.7320508075688772);
+        ExpectPrinted(std::nextafter(power, decltype(power){}));
+        ExpectPrinted(power * static_cast<decltype(power)>(1.7320508075688772));
+    };
+    for (int exponent = -1074; exponent <= 1023; ++exponent) {
+        expectPrinted(std::ldexp(1.0, exponent));
     }
     for (int exponent = -149; exponent <= 127; ++exponent) {
-        const float power = std::ldexp(1.0f, exponent);
-        ExpectPrinted(power);
-        ExpectPrinted(std::nextafter(power, 0.0f));
-        ExpectPrinted(power * 1.7320508f);
+        expectPrinted(std::ldexp(1.0f, exponent));
     }
 }
 
 // Where the decimal exponent changes, and where rounding may carry into it.
 TEST(NumberWriterTest, AroundPowersOfTen) {
-    for (int exponent = -323; exponent <= 308; ++exponent) {
-        double value = std::strtod(("1e" + std::to_string(exponent)).c_str(), nullptr);
-        value = std::nextafter(std::nextafter(value, 0.0), 0.0);
-        for (int i = 0; i < 5; ++i) {
-            ExpectPrinted(value);
-            value = std::nextafter(value, DBL_MAX);
+    const auto expectPrinted = [](auto power, int reach) {
+        for (int i = 0; i < reach; ++i) {
+            power = std::nextafter(power, decltype(power){});
         }
+        for (int i = 0; i <= 2 * reach; ++i) {
+            ExpectPrinted(power);
+            power = std::nextafter(power, std::numeric_limits<decltype(power)>::max());
+        }
+    };
+    for (int exponent = -323; exponent <= 308; ++exponent) {
+        expectPrinted(std::strtod(("1e" + std::to_string(exponent)).c_str(), nullptr), 2);
     }
     for (int exponent = -44; exponent <= 38; ++exponent) {
-        float value = std::strtof(("1e" + std::to_string(exponent)).c_str(), nullptr);
-        for (int i = 0; i < 20; ++i) {
-            value = std::nextafter(value, 0.0f);
-        }
-        for (int i = 0; i < 40; ++i) {
-            ExpectPrinted(value);
-            value = std::nextafter(value, FLT_MAX);
-        }
+        expectPrinted(std::strtof(("1e" + std::to_string(exponent)).c_str(), nullptr), 20);
     }
 }
 
 // Values with one digit more than is written, a 5: those between 10^k and 10^(k+1) that are odd
 // multiples of the smallest binary fraction which ends there.
-TEST(NumberWriterTest, Ties) {
-    std::mt19937_64 random(7);
-    for (int digits = 1; digits <= 16; ++digits) {
-        const int fractionBits = 18 - digits;
+template <typename Real>
+void ExpectTiesPrinted(test::Random& random, int writtenDigits) {
+    for (int digits = 1; digits < writtenDigits; ++digits) {
+        const int fractionBits = writtenDigits + 1 - digits;
         const double least = std::pow(10.0, digits - 1);
         for (int i = 0; i < 500; ++i) {
             const double whole =
-                std::floor(least * (1 + static_cast<double>(random() % 900) / 100));
-            const auto odd = static_cast<double>(random() % (1ull << fractionBits) | 1);
-            ExpectPrinted(whole + std::ldexp(odd, -fractionBits));
-        }
-    }
-    for (int digits = 1; digits <= 7; ++digits) {
-        const int fractionBits = 9 - digits;
-        const double least = std::pow(10.0, digits - 1);
-        for (int i = 0; i < 500; ++i) {
-            const double whole =
-                std::floor(least * (1 + static_cast<double>(random() % 900) / 100));
-            const auto odd = static_cast<double>(random() % (1ull << fractionBits) | 1);
-            ExpectPrinted(static_cast<float>(whole + std::ldexp(odd, -fractionBits)));
+                std::floor(least * (1 + static_cast<double>(random.Below(900)) / 100));
+            const auto odd = static_cast<double>(random.Below(1ull << fractionBits) | 1);
+            ExpectPrinted(static_cast<Real>(whole + std::ldexp(odd, -fractionBits)));
         }
     }
 }
 
-// Those doubles which, scaled to 17 digits, exceed a half by the least: the first ones to be
-// rounded down if anything in the 128 bits of a power of ten were wrong.
-TEST(NumberWriterTest, LittleMoreThanATie) {
+TEST(NumberWriterTest, Ties) {
+    test::Random random;
+    SCOPED_TRACE(random.Trace());
+    ExpectTiesPrinted<double>(random, 17);
+    ExpectTiesPrinted<float>(random, 8);
+}
+
+TEST(NumberWriterTest, Picked) {
     for (const double value :
-         {0x1.3de005bd620dfp+215, 0x1.3de005bd620dfp+216, 0x1.7c0747bd76fa1p-814,
+         {0.0, 12.34, 1234567.25, DBL_MAX, DBL_MIN, DBL_TRUE_MIN, 0.00012345678901234567,
+          12345678901234568.0, 1.5e17,
+          // Those which, scaled to 17 digits, exceed a half by the least: the first ones to be
+          // rounded down if anything in the 128 bits of a power of ten were wrong.
+          0x1.3de005bd620dfp+215, 0x1.3de005bd620dfp+216, 0x1.7c0747bd76fa1p-814,
           0x1.7c0747bd76fa1p-815, 0x1.a999ddec72acap+599, 0x1.a3d8d5e503e59p-975,
           0x1.272a47124ff70p-307, 0x1.b848a3ee9807ep-123, 0x1.69239f38fb691p-464,
           0x1.39382cbb82031p-287, 0x1.342acd09310acp+269}) {
+        ExpectPrinted(value);
+    }
+    for (const float value : {0.0f, 0.1f, 123456792.0f, FLT_MAX, FLT_MIN, FLT_TRUE_MIN}) {
         ExpectPrinted(value);
     }
 }
 
 // A column of money, and one of any bits.
 TEST(NumberWriterTest, RandomReals) {
-    const std::uint64_t seed = std::random_device{}();
-    SCOPED_TRACE("seed " + std::to_string(seed));
-    std::mt19937_64 random(seed);
+    test::Random random;
+    SCOPED_TRACE(random.Trace());
     for (int i = 0; i < 100000; ++i) {
-        const std::uint64_t bits = random();
+        const unsigned long long bits = random.Bits();
         ExpectPrinted(static_cast<double>(bits % 10'000'000'000) / 100);
         ExpectPrinted(static_cast<float>(bits % 1'000'000) / 100);
         if (const auto value = std::bit_cast<double>(bits); std::isfinite(value)) {

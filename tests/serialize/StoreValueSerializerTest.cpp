@@ -11,12 +11,8 @@
 #include <utility>
 #include <vector>
 
-#include "core/main/store/ValueCompositeArray.h"
 #include "lum/core/serialize/FormatPrimitive.h"
-#include "lum/core/serialize/JsonSerializer.h"
 #include "lum/core/store/ArrayFactory.h"
-#include "lum/core/store/ExternalTypeRegistry.h"
-#include "lum/core/store/IDataStore.h"
 #include "lum/core/store/IStoreSet.h"
 #include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/store/SetFactory.h"
@@ -27,12 +23,12 @@
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/ScalarTypes.h"
 #include "lum/core/types/StringType.h"
+#include "tests/serialize/JsonForms.h"
+#include "tests/serialize/SerializeTest.h"
 #include "tests/support/AllocationCounter.h"
-#include "tests/support/CollatorPoolGuard.h"
 #include "tests/support/ColumnForms.h"
 #include "tests/support/ColumnText.h"
 #include "tests/support/LumErrorMatchers.h"
-#include "tests/support/Random.h"
 #include "tests/support/RandomColumns.h"
 
 namespace lum::core {
@@ -40,6 +36,9 @@ namespace {
 
 using namespace factory;
 using test::ColumnOf;
+using test::Compact;
+using test::JsonCase;
+using test::MakeBytesValue;
 using test::RowOf;
 using test::SetOf;
 using test::TypeOf;
@@ -47,77 +46,15 @@ using test::TypeOf;
 constexpr JsonSerializerType kBothForms[] = {JsonSerializerType::Compact,
                                              JsonSerializerType::Readable};
 
-std::string Compact(const SV& value) {
-    return SerializeValue(*value).toStdString();
-}
-
-std::string Readable(const SV& value) {
-    JsonSerializer serializer(JsonSerializerType::Readable);
-    SerializeValue(serializer, *value);
-    return serializer.Build().toStdString();
-}
-
 SV MapOf(std::unordered_map<RInternString, SV>&& members) {
     return MakeKeyMap(std::move(members));
 }
 
-// A value of a kind of the host's own.
-class Blob final : public ValueExternal {
-public:
-    Blob(std::vector<unsigned char> bytes, uint64 hash)
-        : ValueExternal(L"blob"), m_bytes(std::move(bytes)), m_hash(hash) {}
-
-    const std::vector<unsigned char>& GetBytes() const { return m_bytes; }
-    uint64 GetHashValue() const override { return m_hash; }
-    bool IsEqual(const StoreValue& other) const override { return this == &other; }
-    std::unique_ptr<StoreValue> Clone() const override { return std::make_unique<Blob>(*this); }
-
-private:
-    std::vector<unsigned char> m_bytes;
-    uint64 m_hash;
-};
-
-SV MakeBlob(std::vector<unsigned char> bytes, uint64 hash = 0) {
-    return std::make_shared<Blob>(std::move(bytes), hash);
+const Type* BytesType() {
+    return ExternalType::Get(test::kBytesKindId);
 }
 
-class StoreValueSerializerTest : public testing::Test {
-public:
-    StoreValueSerializerTest() {
-        RegisterExternalType(
-            7, L"blob",
-            [](const ValueExternal& value) { return dynamic_cast<const Blob&>(value).GetBytes(); },
-            [](const ArrayView<const unsigned char>&) { return nullptr; });
-    }
-    ~StoreValueSerializerTest() override { ClearExternalTypes(); }
-
-private:
-    test::CollatorPoolGuard m_pool;
-};
-
-TEST_F(StoreValueSerializerTest, Scalars) {
-    const std::pair<SV, std::string> cases[] = {
-        {MakeBool(true), "true"},
-        {MakeInt32(-7), "-7"},
-        {MakeInt64(9007199254740993), "9007199254740993"},
-        {MakeReal32(0.1f), "0.1"},
-        {MakeReal64(0.1), "0.10000000000000001"},
-        {MakeReal64(std::nan("")), "\"nan\""},
-        {MakeReal32(std::numeric_limits<float>::infinity()), "\"+inf\""},
-        {MakeReal64(-std::numeric_limits<double>::infinity()), "\"-inf\""},
-        {MakeDate(LumDateTime(2024, 3, 1, 0, 0, 0, 0)), "\"2024-03-01\""},
-        {MakeDateTime(LumDateTime(2024, 3, 1, 9, 5, 0, 0)), "\"2024-03-01T09:05:00\""},
-        {MakeColor(255, 0, 0, 255), "\"ffff0000\""},
-        {MakeBlob({}), "\"\""},
-        {MakeBlob({0, 0x0a, 0xff}), "\"000aff\""},
-        {MakeSpecial(TypeOf("i"), SpecialKind::Null), "\"Null\""},
-        {MakeSpecial(ArrayType::Get(TypeOf("i")), SpecialKind::Missing), "\"Missing\""},
-    };
-    for (const auto& [value, text] : cases) {
-        EXPECT_EQ(Compact(value), text);
-        EXPECT_EQ(Readable(value), text);
-    }
-}
+class StoreValueSerializerTest : public test::SerializeTest {};
 
 // What a reader would take for a special value or a literal is quoted, and nothing else.
 TEST_F(StoreValueSerializerTest, GuardedStrings) {
@@ -127,13 +64,10 @@ TEST_F(StoreValueSerializerTest, GuardedStrings) {
         {"Wildcard", R"("'Wildcard'")"},
         {" Null ", R"("' Null '")"},
         {"Nullable", R"("Nullable")"},
-        {"null", R"("null")"},
         {"Normal", R"("Normal")"},
-        {"Null Null", R"("Null Null")"},
         {"Null,", R"("Null,")"},
         {"nan", R"("nan")"},
         {"it's", R"("it's")"},
-        {"'x", R"("'\\'x'")"},
         {"'Null'", R"("'\\'Null\\''")"},
         {"'a\\b\nc\"d", R"("'\\'a\\\\b\\nc\"d'")"},
     };
@@ -153,75 +87,25 @@ TEST_F(StoreValueSerializerTest, GuardedStrings) {
     EXPECT_EQ(Compact(MakeString(TStringCore(std::u16string{u'a', 0, u'b'}))), R"("a\u0000b")");
 }
 
-struct CollectionCase {
-    SV value;
-    std::string compact;
-    std::string readable;
-};
-
-// Constants and runs appear flat, with no trace of how they are kept.
-TEST_F(StoreValueSerializerTest, ArraysOfRuns) {
-    const Type* const int32 = TypeOf("i");
-    const Type* const blobType = ExternalType::Get(L"blob");
-    const SV runs = MakeCompositeArray<unsigned int>(
-        {MakeConstantArray<unsigned int>(int32, 5u, 2),
-         MakeConstantArray<unsigned int>(int32, 1, SpecialKind::Null),
-         MakeConstantArray<unsigned int>(int32, 5u, 1)},
-        nullptr, SortSpecOrder::UNKNOWN);
-    const CollectionCase cases[] = {
-        {MakeConstantArray<unsigned int>(int32, 7u, 3), "[7,7,7]", "[ 7, 7, 7 ]"},
-        {MakeConstantArray<unsigned int>(int32, 7u, 0), "[]", "[ ]"},
-        {MakeConstantArray<RIndirectString>(TypeOf("s"), L"Null", 2), R"(["Null","Null"])",
-         R"([ "Null", "Null" ])"},
-        {MakeConstantArray<RIndirectString>(TypeOf("s"), 2, SpecialKind::Null),
-         R"([["","Null"],["","Null"]])", R"([[ "", "Null" ],[ "", "Null" ] ])"},
-        {MakeConstantArray<LumTuple>(TypeOf("P{i,s}"), RowOf("P{i,s}: 1!Null Null"), 2),
-         R"([["Null","'Null'"],["Null","'Null'"]])",
-         "[\n    [ \"Null\", \"'Null'\" ],\n    [ \"Null\", \"'Null'\" ]\n]"},
-        {MakeConstantArray<SV>(blobType, MakeBlob({1}), 2), R"(["01","01"])", R"([ "01", "01" ])"},
-        {runs, R"([5,5,[0,"Null"],5])", R"([ 5, 5,[ 0, "Null" ], 5 ])"},
-        {runs->AsArray().WithIndices(std::vector<unsigned>{3, 2}, SortSpecOrder::UNKNOWN),
-         R"([5,[0,"Null"]])", R"([ 5,[ 0, "Null" ] ])"},
-        {runs->AsArray().GetRange(0, 0, 1), "[]", "[ ]"},
-    };
-    for (const CollectionCase& array : cases) {
-        EXPECT_EQ(Compact(array.value), array.compact);
-        EXPECT_EQ(Readable(array.value), array.readable);
-    }
-    EXPECT_LUM_REPORT(CollectionArraySpecials, "", "!(values.HasSpecialValues())",
-                      Compact(MakeConstantArray<LumTuple>(TypeOf("P{i}"), 1, SpecialKind::Null)));
-    // No value stands below a special object.
-    EXPECT_LUM_REPORT(NullSerializedValue, "", "(value) != nullptr",
-                      Compact(MakeConstantArray<SV>(blobType, 1, SpecialKind::Null)));
-    EXPECT_LUM_ERROR(
-        OutOfBounds, "",
-        Compact(runs->AsArray().WithIndices(std::vector<unsigned>{4}, SortSpecOrder::UNKNOWN)));
-}
-
+// Where a line breaks, and what stands below a kind. For the rest see ColumnsAreWrittenAsByCalls.
 TEST_F(StoreValueSerializerTest, Arrays) {
     const SV nested = MakeArray<SV>(ArrayType::Get(TypeOf("i")),
                                     {ColumnOf("i: 1 2"), ColumnOf("i:"), ColumnOf("i: 3 -")},
                                     SortSpecOrder::UNKNOWN);
     const SV maps = MakeArray<SV>(KeyMapType::Get({}), {MapOf({}), MapOf({{L"a", MakeBool(true)}})},
                                   SortSpecOrder::UNKNOWN);
-    const SV blobs = MakeArray<SV>(
-        ExternalType::Get(L"blob"),
-        {MakeBlob({1}), MakeSpecial(ExternalType::Get(L"blob"), SpecialKind::All), MakeBlob({2})},
+    const SV bytes = MakeArray<SV>(
+        BytesType(),
+        {MakeBytesValue({1}), MakeSpecial(BytesType(), SpecialKind::All), MakeBytesValue({2})},
         {0, 1, 2}, {SpecialKind::Normal, SpecialKind::Normal, SpecialKind::Error},
         SortSpecOrder::UNKNOWN);
-    const CollectionCase cases[] = {
+    const LumTuple row = RowOf("P{i,s}: 1!Null Null");
+    const JsonCase cases[] = {
         {ColumnOf("i:"), "[]", "[ ]"},
-        {ColumnOf("i: 1 0!Null 3"), R"([1,[0,"Null"],3])", R"([ 1,[ 0, "Null" ], 3 ])"},
-        {ColumnOf("i: 5!All 1"), R"([[5,"All"],1])", R"([[ 5, "All" ], 1 ])"},
+        {ColumnOf("i: 5!All 1 -"), R"([[5,"All"],1,[0,"Null"]])",
+         R"([[ 5, "All" ], 1,[ 0, "Null" ] ])"},
         {ColumnOf("s: Null '''x' -"), R"(["Null","'x",["","Null"]])",
          R"([ "Null", "'x",[ "", "Null" ] ])"},
-        {ColumnOf("b: true false"), "[true,false]", "[ true, false ]"},
-        {ColumnOf("r: 0.5 nan +inf -inf -"), R"([0.5,"nan","+inf","-inf",[0,"Null"]])",
-         R"([ 0.5, "nan", "+inf", "-inf",[ 0, "Null" ] ])"},
-        {ColumnOf("f: 0.1 nan"), R"([0.1,"nan"])", R"([ 0.1, "nan" ])"},
-        {ColumnOf("c: ffff0000 00000001"), R"(["ffff0000","00000001"])",
-         R"([ "ffff0000", "00000001" ])"},
-        {ColumnOf("d: 2024-03-01"), R"(["2024-03-01"])", R"([ "2024-03-01" ])"},
         {ColumnOf("P{i,s}:"), "[]", "[\n\n]"},
         {ColumnOf("P{i,s}: (1 a) (2!Null b)"), R"([[1,"a"],["Null","b"]])",
          "[\n    [ 1, \"a\" ],\n    [ \"Null\", \"b\" ]\n]"},
@@ -229,12 +113,16 @@ TEST_F(StoreValueSerializerTest, Arrays) {
          "[\n    [ 1, 2 ],\n    [ ],\n    [ 3,[ 0, \"Null\" ] ]\n]"},
         {maps, R"([{},{"a:b":true}])",
          "[\n    {\n\n    },\n    {\n        \"a:b\": true\n    }\n]"},
-        {blobs, R"(["01","All",["02","Error"]])", R"([ "01", "All",[ "02", "Error" ] ])"},
+        {bytes, R"(["01","All",["02","Error"]])", R"([ "01", "All",[ "02", "Error" ] ])"},
+        // Constants appear flat, with no trace of how they are kept.
+        {MakeConstantArray<unsigned int>(TypeOf("i"), 7u, 0), "[]", "[ ]"},
+        {MakeConstantArray<LumTuple>(row.GetType(), row, 2),
+         R"([["Null","'Null'"],["Null","'Null'"]])",
+         "[\n    [ \"Null\", \"'Null'\" ],\n    [ \"Null\", \"'Null'\" ]\n]"},
+        {MakeConstantArray<SV>(BytesType(), MakeBytesValue({1}), 2), R"(["01","01"])",
+         R"([ "01", "01" ])"},
     };
-    for (const CollectionCase& array : cases) {
-        EXPECT_EQ(Compact(array.value), array.compact);
-        EXPECT_EQ(Readable(array.value), array.readable);
-    }
+    test::ExpectJson(cases);
 }
 
 template <typename T>
@@ -243,80 +131,57 @@ SV SetOfValues(const Type* elementType, std::vector<T> values) {
                       nullptr);
 }
 
-SV SetOfReals(std::vector<double> values) {
-    std::vector<unsigned long long> stored;
-    for (const double value : values) {
-        stored.push_back(std::bit_cast<unsigned long long>(value));
-    }
-    return SetOfValues<unsigned long long>(RealType::Get64(), stored);
-}
-
 TEST_F(StoreValueSerializerTest, SetsAreSorted) {
     const double nan = std::numeric_limits<double>::quiet_NaN();
-    const CollectionCase cases[] = {
-        {SetOf("i:"), "[]", "[ ]"},
+    std::vector<unsigned long long> reals;
+    for (const double real : {nan, 2.0, -nan, -0.0, 0.0, -1e300}) {
+        reals.push_back(std::bit_cast<unsigned long long>(real));
+    }
+    const JsonCase cases[] = {
         {SetOf("i: 10 2 -3 1"), "[-3,1,2,10]", "[ -3, 1, 2, 10 ]"},
-        {SetOf("l: 5 -5000000000"), "[-5000000000,5]", "[ -5000000000, 5 ]"},
-        {SetOf("b: true false"), "[false,true]", "[ false, true ]"},
-        {SetOfReals({nan, 2, -nan, -0.0, 0.0, -1e300}),
-         R"([-1.0000000000000001e+300,-0,0,2,)"
-         R"("nan","nan"])",
+        {SetOfValues<unsigned long long>(TypeOf("r"), reals),
+         R"([-1.0000000000000001e+300,-0,0,2,"nan","nan"])",
          R"([ -1.0000000000000001e+300, -0, 0, 2, "nan", "nan" ])"},
         {SetOf("s: b a B ab"), R"(["B","a","ab","b"])", R"([ "B", "a", "ab", "b" ])"},
         // By the signed number, in which opaque colours are negative.
         {SetOf("c: 00000001 ffff0000 7fffffff"), R"(["ffff0000","00000001","7fffffff"])",
          R"([ "ffff0000", "00000001", "7fffffff" ])"},
-        {SetOf("d: 2024-03-01 1999-12-31"), R"(["1999-12-31","2024-03-01"])",
-         R"([ "1999-12-31", "2024-03-01" ])"},
         {SetOf("P{i,s}: (2 a) (1 b) (1 a)"), R"([[1,"a"],[1,"b"],[2,"a"]])",
          "[\n    [ 1, \"a\" ],\n    [ 1, \"b\" ],\n    [ 2, \"a\" ]\n]"},
         {SetOf("i: 2 1 !Missing -"), R"([[1,2],["Null","Missing"]])",
          R"([[ 1, 2 ],[ "Null", "Missing" ] ])"},
         {SetOf("s: -"), R"([[],["Null"]])", R"([[ ],[ "Null" ] ])"},
-        {SetOfValues<SV>(ExternalType::Get(L"blob"),
-                         {MakeBlob({3}, 30), MakeBlob({1}, 10), MakeBlob({2}, 20)}),
+        {SetOfValues<SV>(BytesType(),
+                         {MakeBytesValue({3}), MakeBytesValue({1}), MakeBytesValue({2})}),
          R"(["01","02","03"])", R"([ "01", "02", "03" ])"},
     };
-    for (const CollectionCase& set : cases) {
-        EXPECT_EQ(Compact(set.value), set.compact);
-        EXPECT_EQ(Readable(set.value), set.readable);
-    }
+    test::ExpectJson(cases);
 }
 
+// A column may mix rows that go straight into the text with others.
 TEST_F(StoreValueSerializerTest, Rows) {
-    const TupleType* const withBlob =
-        TupleType::Get({ExternalType::Get(L"blob"), StringType::Get(), ExternalType::Get(L"blob")});
-    LumTuple row(withBlob);
-    row.SetNthExternal(0, MakeBlob({0xab}));
+    LumTuple row(TupleType::Get({BytesType(), TypeOf("s"), BytesType()}));
+    row.SetNthExternal(0, MakeBytesValue({0xab}));
     row.SetNthString(1, L"Null");
     row.SetNthSpecial(2, SpecialKind::NoAccess);
-    EXPECT_EQ(Compact(MakeTuple(LumTuple(row))), R"(["ab","'Null'","NoAccess"])");
-    EXPECT_EQ(Readable(MakeTuple(LumTuple(row))), R"([ "ab", "'Null'", "NoAccess" ])");
-    EXPECT_EQ(Compact(MakeTuple(LumTuple())), "[]");
-    EXPECT_EQ(Compact(MakeTuple(RowOf("P{b,i,l,f,r,d,t,c}: true -1 2 0.5 nan 2024-03-01 - "
-                                      "80000001"))),
-              R"([true,-1,2,0.5,"nan","2024-03-01","Null","80000001"])");
-
-    // A column may mix rows that go straight into the text with others.
-    const SV mixed =
-        MakeArray<LumTuple>(withBlob, {RowOf("P{i}: 1"), row, RowOf("P{i,i}: 2 3"), LumTuple()},
-                            SortSpecOrder::UNKNOWN);
-    EXPECT_EQ(Compact(mixed), R"([[1],["ab","'Null'","NoAccess"],[2,3],[]])");
-    EXPECT_EQ(
-        Readable(mixed),
-        "[\n    [ 1 ],\n    [ \"ab\", \"'Null'\", \"NoAccess\" ],\n    [ 2, 3 ],\n    [ ]\n]");
+    const JsonCase cases[] = {
+        {MakeTuple(LumTuple(row)), R"(["ab","'Null'","NoAccess"])",
+         R"([ "ab", "'Null'", "NoAccess" ])"},
+        {MakeArray<LumTuple>(row.GetType(),
+                             {RowOf("P{i}: 1"), row, RowOf("P{i,i}: 2 3"), LumTuple()},
+                             SortSpecOrder::UNKNOWN),
+         R"([[1],["ab","'Null'","NoAccess"],[2,3],[]])",
+         "[\n    [ 1 ],\n    [ \"ab\", \"'Null'\", \"NoAccess\" ],\n    [ 2, 3 ],\n    [ ]\n]"},
+    };
+    test::ExpectJson(cases);
 }
 
-std::unique_ptr<IDataStore> MakeSampleStore() {
-    return MakeDataStore(std::unordered_map<RInternString, SV>{
+TEST_F(StoreValueSerializerTest, StoresByOptions) {
+    const auto store = MakeDataStore(std::unordered_map<RInternString, SV>{
         {L"b", MapOf({{L"two words", MakeInt32(1)}, {L"Z", MakeColor(0, 0, 1, 128)}})},
         {L"a", ColumnOf("c: ffff0000 -")},
         {L"10", MakeSpecial(TypeOf("r"), SpecialKind::Null)},
         {L"9", MapOf({})}});
-}
-
-TEST_F(StoreValueSerializerTest, StoresByOptions) {
-    const auto store = MakeSampleStore();
     const std::string compact =
         R"({"10:r":"Null","9:M":{},"a:A<c>":["ffff0000",["00000000","Null"]],)"
         R"("b:M{ Z:c, 'two words':i }":{"Z:c":"80000001","'two words':i":1}})";
@@ -348,10 +213,6 @@ TEST_F(StoreValueSerializerTest, StoresByOptions) {
         {L"s", SetOf("c: 00000001 ffff0000")}, {L"t", MakeTuple(RowOf("P{c}: 00000010"))}});
     EXPECT_EQ(SerializeDataStore(*colors, options).toStdString(),
               R"({"s:S<c>":[-65536,1],"t:P{ c }":[16]})");
-    EXPECT_EQ(
-        SerializeDataStore(*MakeDataStore(std::unordered_map<RInternString, SV>()), JsonOptions())
-            .toStdString(),
-        "{\n\n}");
 }
 
 // The plain way: a call of the writer for each item, and a boxed value for each element.
@@ -551,17 +412,17 @@ private:
 };
 
 TEST_F(StoreValueSerializerTest, Failures) {
-    const Type* const blobType = ExternalType::Get(L"blob");
     const Type* const rowType = TypeOf("P{i}");
     EXPECT_LUM_REPORT(TupleSetSpecials, "", "!(values.HasSpecialValues())",
                       SerializeValue(SpecialRows(SetType::Get(rowType))));
-
-    EXPECT_LUM_REPORT(
-        NullSerializedValue, "", "(value) != nullptr",
-        Compact(MakeArray<SV>(blobType, {MakeBlob({1}), nullptr}, SortSpecOrder::UNKNOWN)));
-    EXPECT_LUM_REPORT(NullSerializedValue, "", "(value) != nullptr",
-                      Compact(MakeTuple(LumTuple(TupleType::Get({blobType})))));
-
+    EXPECT_LUM_REPORT(CollectionArraySpecials, "", "!(values.HasSpecialValues())",
+                      Compact(MakeConstantArray<LumTuple>(rowType, 1, SpecialKind::Null)));
+    for (const SV& withNull :
+         {MakeArray<SV>(BytesType(), {MakeBytesValue({1}), nullptr}, SortSpecOrder::UNKNOWN),
+          MakeConstantArray<SV>(BytesType(), 1, SpecialKind::Null),
+          MakeTuple(LumTuple(TupleType::Get({BytesType()})))}) {
+        EXPECT_LUM_REPORT(NullSerializedValue, "", "(value) != nullptr", Compact(withNull));
+    }
     EXPECT_LUM_ERROR(
         OutOfBounds, "",
         Compact(MakeArray<unsigned int>(TypeOf("i"), {1u, 2u}, {0u, 2u}, SortSpecOrder::UNKNOWN)));

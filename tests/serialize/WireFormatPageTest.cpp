@@ -8,19 +8,12 @@
 #include <string>
 #include <vector>
 
-#include "lum/core/serialize/BinaryProtocolCreator.h"
-#include "lum/core/serialize/StoreValueBinarySerializer.h"
-#include "lum/core/store/ExternalTypeRegistry.h"
-#include "lum/core/store/IDataStore.h"
 #include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/TableFactory.h"
 #include "tests/serialize/GoldenPayloads.h"
 #include "tests/serialize/GoldenValues.h"
-#include "tests/support/CollatorPoolGuard.h"
+#include "tests/serialize/SerializeTest.h"
 #include "tests/support/ColumnText.h"
-#include "tests/support/FoldingCollatorPool.h"
-#include "tests/support/PayloadBytes.h"
-#include "tests/support/RandomStores.h"
 
 namespace lum::core {
 namespace {
@@ -64,22 +57,16 @@ std::vector<std::string> ReadRows(std::istream& document) {
     return rows;
 }
 
-class WireFormatPageTest : public testing::Test {
+class WireFormatPageTest : public test::SerializeTest {
 protected:
-    WireFormatPageTest() { test::RegisterBytesKind(); }
-    ~WireFormatPageTest() override { ClearExternalTypes(); }
-
     std::ifstream m_document{LUM_SOURCE_DIR "/docs/wire-format.md"};
-
-private:
-    test::CollatorPoolGuard m_pool{std::make_shared<test::FoldingCollatorPool>()};
 };
 
 TEST_F(WireFormatPageTest, Dumps) {
     const std::vector<std::vector<unsigned char>> dumps = ReadDumps(m_document);
     ASSERT_EQ(dumps.size(), 2u);
     for (const test::GoldenPayload& golden : test::GetGoldenPayloads()) {
-        if (golden.name == std::string("SortedArrayBase128")) {
+        if (golden.name == "SortedArrayBase128") {
             EXPECT_EQ(test::ToHex(dumps[0]), test::ToHex(golden.GetBytes()));
         }
     }
@@ -88,24 +75,19 @@ TEST_F(WireFormatPageTest, Dumps) {
     IStoreTable::Columns members{
         {RInternString(L"t"),
          factory::MakeTable(std::move(columns), {{city, SortSpecOrder::ASC}})}};
-    BinaryProtocolCreator creator(/*useBase128=*/true, /*useChecksums=*/true);
-    SerializeDataStore(creator, *factory::MakeDataStore(std::move(members)));
-    EXPECT_EQ(test::ToHex(dumps[1]), test::ToHex(creator.FinalizePayload()));
+    const auto store = factory::MakeDataStore(std::move(members));
+    EXPECT_EQ(test::ToHex(dumps[1]), test::ToHex(test::WriteStore(*store, /*flags=*/3)));
 }
 
+// The rows are data sections of golden payloads, which are what the library writes.
 TEST_F(WireFormatPageTest, Values) {
     std::set<std::string> written;
-    test::ForEachGoldenPayload(
-        [&](const SV& value, unsigned int flags, const std::vector<unsigned char>& bytes) {
-            if (flags == 2) {
-                BinaryProtocolCreator creator;
-                SerializeDataStore(creator, *factory::MakeDataStore(test::MakeStoreOf(value)));
-                const std::vector<unsigned char> payload = creator.FinalizePayload();
-                EXPECT_EQ(payload, bytes);
-                written.insert(test::ToHex(
-                    std::vector<unsigned char>(payload.begin() + payload[28], payload.end())));
-            }
-        });
+    test::ForEachGoldenPayload([&](const SV&, unsigned int flags, const auto& bytes) {
+        if (flags == 2) {
+            written.insert(
+                test::ToHex(std::vector<unsigned char>(bytes.begin() + bytes[28], bytes.end())));
+        }
+    });
     const std::vector<std::string> rows = ReadRows(m_document);
     EXPECT_EQ(rows.size(), 13u);
     for (const std::string& row : rows) {

@@ -34,6 +34,10 @@ public:
     std::unique_ptr<StoreValue> Clone() const override {
         return std::make_unique<BytesValue>(*this);
     }
+    uint64 GetHashValue() const override { return m_bytes.empty() ? 0 : m_bytes.front(); }
+    bool IsEqual(const StoreValue& other) const override {
+        return dynamic_cast<const BytesValue&>(other).m_bytes == m_bytes;
+    }
     const std::vector<unsigned char>& GetBytes() const { return m_bytes; }
 
 private:

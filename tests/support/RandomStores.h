@@ -7,8 +7,8 @@
 
 namespace lum::test {
 
-/// The kind of host values that random stores have: its content is bytes, of which the first may
-/// not be 255 when it is read.
+/// The kind of host values that random stores have: its content is bytes, of which the first is the
+/// hash, and may not be 255 when it is read.
 inline constexpr unsigned short kBytesKindId = 62;
 void RegisterBytesKind();
 core::SV MakeBytesValue(std::vector<unsigned char> bytes);
