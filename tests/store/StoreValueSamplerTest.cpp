@@ -9,6 +9,7 @@
 
 #include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/IStoreCollection.h"
+#include "lum/core/store/IStoreDictionary.h"
 #include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/store/KeySetFactory.h"
@@ -151,8 +152,7 @@ TEST(StoreValueSamplerTest, KeySetsOfArraysKeepEveryKey) {
     EXPECT_EQ(elements.GetValue(1), nullptr);
     EXPECT_EQ(TextOf(elements.GetValue(2)), "!Null");
 
-    const SV boxed =
-        test::MakeKeySetOf(IntType::Get32(), arrays, test::BoxedEntries(), test::HandleSides::Keys);
+    const SV boxed = test::MakeKeySetOf(IntType::Get32(), arrays, {}, test::HandleSides::Keys);
     EXPECT_LUM_ERROR(NotKeyedCollection, "", SampleStoreValue(*boxed, 1));
 }
 
