@@ -116,6 +116,7 @@ TEST(KeyMapTest, WritesKeepTheTypesOfMembers) {
         if (c.error == LumError::Unspecified) {
             write();
             EXPECT_EQ(map->AsKeyMap().GetValue(c.key), c.value);
+            EXPECT_EQ(map->AsCollection().GetValue(c.key), c.value);
         } else {
             EXPECT_TRUE(test::FailsAs({c.error, "", true, c.condition}, write));
             EXPECT_EQ(TextOf(map), former);

@@ -205,6 +205,7 @@ TEST_F(TupleTest, Orders) {
         const char* right;
         int expected;
     } cases[] = {
+        {"P{i}: -1", "P{i}: 1", -1},
         {"P{l}: -1", "P{l}: 1", -1},
         {"P{i,i}: 1 9", "P{i,i}: 2 0", -1},
         {"P{b}: false", "P{b}: true", -1},
