@@ -97,7 +97,6 @@ TEST(ArrayConstructionTest, FactoriesAgree) {
         {factory::MakeArray<unsigned>(type, VectorRawData<unsigned>::Make(copy(values)),
                                       VectorRawData<SpecialKind>::Make(copy(kinds)), kOrder),
          "i: 5 6!All 7"},
-        {factory::MakeArray(type, std::vector<unsigned>(), Indices(), Kinds(), kOrder), "i!:"},
     };
     for (const auto& [array, expected] : cases) {
         EXPECT_EQ(TextOf(array), expected);
@@ -136,15 +135,6 @@ TEST(ArrayConstructionTest, RowsHaveTheirBlocksBeforeAnyoneReadsThem) {
                             factory::MakeArray<LumTuple>(type, MakeBlocklessRows(), kOrder));
     const LumTuple inValue(factory::MakeTuple(LumTuple(type))->AsTuple().GetTupleData());
     EXPECT_EQ(TextOf(inValue), "(0 '')");
-}
-
-TEST(ArrayConstructionTest, AbsentOperationsFail) {
-    const SV column = test::ColumnOf("i: 1 2");
-    EXPECT_LUM_ERROR(NotTypedArray, "", column->AsTypedArray<unsigned char>());
-    EXPECT_LUM_ERROR(IllegalComparison, "", column->Compare(*column->Clone()));
-    EXPECT_LUM_ERROR(IllegalComparison, "", column->IsEqual(*column->Clone()));
-    EXPECT_LUM_ERROR(CollectionNotMutable, "", column->AsMutableCollection());
-    EXPECT_EQ(column->GetHashValue(), 0u);
 }
 
 }  // namespace

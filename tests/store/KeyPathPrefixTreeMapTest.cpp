@@ -267,11 +267,9 @@ TEST(KeyPathPrefixTreeMapTest, AFailedInsertLeavesNothing) {
     ScarceTree tree(left);
     tree.Insert(KeyPath({L"a"}), 1);
     for (const KeyPath& path : {KeyPath({L"a", L"b", L"c"}), KeyPath({L"x", L"y", L"z"})}) {
-        for (std::size_t enough = 0; enough < 2; ++enough) {
+        for (const std::size_t enough : {0, 1}) {
             left = enough;
             EXPECT_THROW(tree.Insert(path, 2), std::bad_alloc);
-            left = enough;
-            EXPECT_THROW(tree.InsertOrAssign(path, 2), std::bad_alloc);
         }
     }
     EXPECT_FALSE(tree.HasDescendantWithValue(0));
@@ -297,12 +295,12 @@ TEST(KeyPathPrefixTreeMapTest, LongPathsNeedNoStack) {
         const Tree* const end = tree.Find(path);
         ASSERT_NE(end, nullptr);
         EXPECT_EQ(end->GetKeyPath(), path);
-        EXPECT_EQ(tree.GetDescendantsWithValue(1), std::vector<KeyPath>{path});
-        EXPECT_EQ(tree.GetEldersOfDescendantsWithValue(2), std::vector<KeyPath>{sibling});
-        EXPECT_EQ(tree.FindRelationsWithValue(path, 1), std::vector<KeyPath>{path});
         EXPECT_FALSE(end->HasAncestorWithValue(1));
         EXPECT_FALSE(tree.HasAncestorWithValue(sibling, 1));
         EXPECT_FALSE(tree.HasDescendantWithValue(3));
+        EXPECT_EQ(tree.GetDescendantsWithValue(1), Paths{path});
+        EXPECT_EQ(tree.GetEldersOfDescendantsWithValue(2), Paths{sibling});
+        EXPECT_EQ(tree.FindRelationsWithValue(path, 1), Paths{path});
         Tree copy;
         copy.CopyFrom(tree, {path, sibling});
         EXPECT_EQ(copy.Find(sibling)->GetValue(), 2);

@@ -5,13 +5,18 @@
 #include <string>
 #include <unordered_set>
 
+#include "lum/core/store/IStoreTable.h"
+#include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/store/StoreValue.h"
+#include "lum/core/store/TableFactory.h"
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/TypeUtil.h"
 #include "tests/store/ScalarSamples.h"
 #include "tests/support/CollatorPoolGuard.h"
+#include "tests/support/ColumnText.h"
 #include "tests/support/FoldingCollatorPool.h"
+#include "tests/support/KeySets.h"
 #include "tests/support/LumErrorMatchers.h"
 
 namespace lum::core {
@@ -195,6 +200,19 @@ TEST_F(StoreValueCompareTest, AsKeysOfStandardContainers) {
     EXPECT_EQ(values.size(), 151u);
     EXPECT_TRUE(values.contains(MakeInt64(49)));
     EXPECT_FALSE(values.contains(MakeReal64(49)));
+}
+
+TEST_F(StoreValueCompareTest, CollectionsDoNotCompare) {
+    const SV column = test::ColumnOf("i: 1");
+    for (const SV& value : {column, test::SetOf("i: 1"), test::KeySetOf("i: 1", "i: 1"),
+                            MakeKeyMap({{L"a", column}}), MakeTable({{L"a", column}}, {})}) {
+        EXPECT_EQ(value->GetHashValue(), 0u);
+        EXPECT_LUM_ERROR(IllegalComparison, "", value->Compare(*value->Clone()));
+        EXPECT_LUM_ERROR(IllegalComparison, "", value->IsEqual(*value->Clone()));
+        if (value->GetStoreType() != StoreType::KeyMap) {
+            EXPECT_LUM_ERROR(CollectionNotMutable, "", value->AsMutableCollection());
+        }
+    }
 }
 
 TEST(StoreTypeOfValueTest, Groups) {

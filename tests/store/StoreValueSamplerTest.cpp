@@ -116,18 +116,18 @@ TEST(StoreValueSamplerTest, KeySetsOfArraysKeepEveryKey) {
     };
     for (const auto& [keys, expected] : cases) {
         SCOPED_TRACE(keys);
-        const SV keyColumn = ColumnOf(keys);
+        const SV column = ColumnOf(keys);
         test::BoxedEntries entries;
-        for (lumsize_t i = 0; i < keyColumn->GetCount(); ++i) {
-            const SV key = keyColumn->AsArray().GetElement(i);
+        const auto& iterable = column->AsArray().GetStoreValueIterable();
+        for (auto it = iterable.begin()->Clone(); *it != iterable.end(); it->Advance()) {
+            const SV key = it->Dereference();
             if (key->IsSpecial()) {
                 entries.special.emplace_back(key->GetSpecialKind(), ColumnOf("i: 7 8"));
             } else {
                 entries.normal.emplace_back(key, ColumnOf("i: 7 8"));
             }
         }
-        const SV keySet =
-            test::MakeKeySetOf(keyColumn->AsArray().GetElementType(), arrays, entries);
+        const SV keySet = test::MakeKeySetOf(column->AsArray().GetElementType(), arrays, entries);
         const SV sample = SampleStoreValue(*keySet, 1);
         EXPECT_EQ(sample->GetType(), keySet->GetType());
         EXPECT_EQ(test::KeySetText(*sample),
@@ -135,8 +135,7 @@ TEST(StoreValueSamplerTest, KeySetsOfArraysKeepEveryKey) {
     }
 
     auto values = std::make_unique<MapContainer<unsigned, SV>>();
-    values->emplace(1u, nullptr);
-    values->emplace(2u, factory::MakeSpecial(arrays, SpecialKind::Null));
+    *values = {{1u, nullptr}, {2u, factory::MakeSpecial(arrays, SpecialKind::Null)}};
     const SV odd =
         factory::MakeKeySet<unsigned, SV>(IntType::Get32(), arrays, std::move(values),
                                           std::make_unique<MapContainer<SpecialKind, SV>>());
