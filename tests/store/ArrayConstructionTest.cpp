@@ -8,7 +8,6 @@
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/TupleFactory.h"
 #include "lum/core/store/ValueFactory.h"
-#include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/HeterogeneousTypes.h"
 #include "lum/core/types/ScalarTypes.h"
 #include "tests/support/ColumnText.h"

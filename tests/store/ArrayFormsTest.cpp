@@ -5,13 +5,11 @@
 #include <algorithm>
 #include <string>
 #include <type_traits>
-#include <utility>
 #include <vector>
 
 #include "core/main/store/TemporaryRawDataAccess.h"
 #include "lum/core/store/IStoreCollection.h"
 #include "lum/core/store/ITypedArray.h"
-#include "lum/core/store/ValueFactory.h"
 #include "lum/core/store/ValueUtil.h"
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/ScalarTypes.h"

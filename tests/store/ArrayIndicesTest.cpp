@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <functional>
-#include <string>
 #include <utility>
 #include <vector>
 
@@ -9,7 +8,6 @@
 #include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/IStoreCollection.h"
 #include "lum/core/store/ITypedArray.h"
-#include "lum/core/types/CollectionTypes.h"
 #include "tests/support/AllocationCounter.h"
 #include "tests/support/CollatorPoolGuard.h"
 #include "tests/support/ColumnForms.h"

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <limits>
 #include <string>
 #include <utility>
@@ -15,7 +14,6 @@
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/ExternalType.h"
 #include "lum/core/types/ScalarTypes.h"
-#include "tests/support/CollatorPoolGuard.h"
 #include "tests/support/ColumnForms.h"
 #include "tests/support/ColumnText.h"
 #include "tests/support/LumErrorMatchers.h"

@@ -2,11 +2,9 @@
 
 #include <limits>
 #include <memory>
-#include <string>
 #include <utility>
 #include <vector>
 
-#include "lum/core/store/ArrayAdapter.h"
 #include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/TableFactory.h"
@@ -15,7 +13,6 @@
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/ScalarTypes.h"
 #include "tests/support/AllocationCounter.h"
-#include "tests/support/CollatorPoolGuard.h"
 #include "tests/support/ColumnForms.h"
 #include "tests/support/ColumnText.h"
 #include "tests/support/LumErrorMatchers.h"

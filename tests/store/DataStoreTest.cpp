@@ -2,19 +2,15 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <unordered_map>
-#include <utility>
 
 #include "core/main/store/ValueKeyMap.h"
 #include "lum/core/store/ArrayFactory.h"
-#include "lum/core/store/IStoreCollection.h"
 #include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/store/TupleFactory.h"
 #include "lum/core/store/ValueFactory.h"
-#include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/HeterogeneousTypes.h"
 #include "lum/core/types/ScalarTypes.h"
 #include "tests/support/ColumnText.h"

@@ -1,22 +1,17 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <unordered_map>
 #include <utility>
-#include <vector>
 
 #include "lum/core/store/IStoreCollection.h"
 #include "lum/core/store/IStoreKeyMap.h"
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/store/ValueFactory.h"
-#include "lum/core/types/CollectionTypes.h"
-#include "lum/core/types/HeterogeneousTypes.h"
-#include "lum/core/types/ScalarTypes.h"
 #include "lum/core/types/StringType.h"
 #include "tests/support/ColumnText.h"
 #include "tests/support/LumErrorMatchers.h"

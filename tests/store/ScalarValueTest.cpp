@@ -8,7 +8,6 @@
 #include "lum/core/store/StoreValue.h"
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/types/TypeUtil.h"
-#include "lum/core/utility/LumTuple.h"
 #include "tests/store/ScalarSamples.h"
 #include "tests/support/AllocationCounter.h"
 #include "tests/support/AnyType.h"

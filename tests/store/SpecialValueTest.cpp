@@ -1,11 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "lum/core/store/SpecialKindText.h"
 #include "lum/core/store/StoreValue.h"
 #include "lum/core/store/ValueFactory.h"
-#include "tests/store/ScalarSamples.h"
 #include "tests/support/AnyType.h"
 #include "tests/support/LumErrorMatchers.h"
 

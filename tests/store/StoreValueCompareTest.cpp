@@ -5,7 +5,6 @@
 #include <string>
 #include <unordered_set>
 
-#include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/store/StoreValue.h"
 #include "lum/core/store/TableFactory.h"

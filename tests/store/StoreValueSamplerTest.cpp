@@ -7,7 +7,6 @@
 #include <utility>
 #include <vector>
 
-#include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/IStoreCollection.h"
 #include "lum/core/store/IStoreDictionary.h"
 #include "lum/core/store/IStoreTable.h"

@@ -8,7 +8,6 @@
 #include <new>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "core/main/types/PackedStructOffsets.h"
 #include "lum/core/store/IStoreCollection.h"

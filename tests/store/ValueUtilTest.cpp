@@ -5,9 +5,7 @@
 #include <bit>
 #include <functional>
 #include <string>
-#include <utility>
 
-#include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/TupleFactory.h"
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/types/ExternalType.h"
