@@ -62,10 +62,7 @@ TEST(KeyMapTest, Reads) {
 
     auto cursor = keyMap.GetEntries();
     ++cursor;
-    ++cursor;
-    EXPECT_TRUE(cursor.IsAtEnd());
-    EXPECT_LUM_REPORT(IteratorOutOfBounds, "", "(m_pos != m_values->end())", cursor.GetKey());
-    EXPECT_LUM_REPORT(IteratorOutOfBounds, "", "(m_pos != m_values->end())", ++cursor);
+    EXPECT_TRUE((++cursor).IsAtEnd());
 }
 
 TEST(KeyMapTest, WritesKeepTheTypesOfMembers) {

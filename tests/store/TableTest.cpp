@@ -72,15 +72,9 @@ TEST(TableTest, ReadsAsTableKeyMapAndCollection) {
     const std::unique_ptr<Columns> copy = table.CopyColumns();
     EXPECT_EQ(copy->size(), 2u);
     EXPECT_EQ(copy->at(L"n"), column);
-    EXPECT_EQ(keyMap.GetKeyType(), StringType::Get());
     auto entries = keyMap.GetEntries();
     ++entries;
     EXPECT_TRUE((++entries).IsAtEnd());
-    EXPECT_FALSE(keyMap.HasSpecialKeys() || keyMap.HasSpecialKey(SpecialKind::Null));
-    EXPECT_LUM_REPORT(SpecialKeysNotSupported, "", "",
-                      keyMap.GetValueForSpecialKey(SpecialKind::Null));
-    EXPECT_LUM_REPORT(SpecialKeysNotSupported, "", "", keyMap.GetSpecialKeyCount());
-    EXPECT_LUM_REPORT(SpecialKeysNotSupported, "", "", keyMap.GetSpecialEntries());
 }
 
 TEST(TableTest, OfNoColumns) {
