@@ -95,15 +95,6 @@ TEST(ArrayIndicesTest, StorageIsSharedAndNothingGrowsWithIt) {
     }
 }
 
-TEST(ArrayIndicesTest, StorageLivesAsLongAsAnySlice) {
-    SV column = test::ColumnOf("s: 'longer than the handle' b -");
-    const SV slice = column->AsArray().GetRange(0, 1, 1);
-    const SV indexed = column->AsArray().WithIndices(Indices{2, 0}, kOrder);
-    column.reset();
-    EXPECT_EQ(TextOf(slice), "s!: 'longer than the handle'");
-    EXPECT_EQ(TextOf(indexed), "s: - 'longer than the handle'");
-}
-
 struct Read {
     const char* name;
     std::function<void(const SV&)> run;

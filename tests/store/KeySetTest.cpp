@@ -407,6 +407,7 @@ TEST_F(KeySetTest, AdaptersReadElementTypes) {
     const KeySetAdapter<RIndirectString, unsigned> stored(KeySetOf("s: a", "c: 00000007"));
     EXPECT_EQ(&(*stored.begin()).first, &stored.GetEntries().GetKey());
     EXPECT_EQ((*stored.begin()).second, 7u);
+    // Any byte but 0 is true.
     auto truths = Values<unsigned char, unsigned char>(BoolType::Get());
     truths->emplace(2, 3);
     const KeySetAdapter<bool, bool> bools(MakeKeySet<unsigned char, unsigned char>(

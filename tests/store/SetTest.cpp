@@ -218,8 +218,7 @@ TEST_F(SetTest, CursorsVisitValuesAlone) {
         found.push_back(value);
     }
     EXPECT_EQ(found, std::vector<int>{-7});
-    EXPECT_EQ(*SetAdapter<LumDateTime>(SetOf("d: 2024-03-01")).begin(),
-              LumDateTime(2024, 3, 1, 0, 0, 0, 0));
+    // Any byte but 0 is true.
     EXPECT_TRUE(*SetAdapter<bool>(MakeSet<unsigned char>(BoolType::Get(), {2})).begin());
 
     const SV set = SetOf("i: 1");
