@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <memory>
 #include <new>
-#include <string>
+#include <ostream>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -16,107 +16,79 @@
 #include "tests/support/SmallStack.h"
 
 namespace lum::core {
+
+void PrintTo(const KeyPath& path, std::ostream* stream) {
+    *stream << '/' << path.ToString().toStdString();
+}
+
 namespace {
 
 using Tree = KeyPathPrefixTreeMap<int, 0>;
+using Paths = std::vector<KeyPath>;
 
 static_assert(std::is_nothrow_move_constructible_v<Tree>);
 static_assert(!std::is_copy_constructible_v<Tree> && !std::is_move_assignable_v<Tree> &&
               !std::is_convertible_v<int, Tree>);
 
-using Names = std::vector<std::string>;
-
-KeyPath PathOf(const Names& names) {
-    std::vector<KeySegment> segments;
-    for (const std::string& name : names) {
-        segments.emplace_back(TStringCore::fromUtf8(name), nullptr);
-    }
-    return KeyPath(std::move(segments));
-}
-
-Names NamesOf(const KeyPath& path) {
-    Names names;
-    for (const KeySegment& segment : path.GetSegments()) {
-        names.push_back(segment.GetSegment().GetValue().toStdString());
-    }
-    return names;
-}
-
-std::vector<Names> NamesOf(const std::vector<KeyPath>& paths) {
-    std::vector<Names> lists;
-    for (const KeyPath& path : paths) {
-        lists.push_back(NamesOf(path));
-    }
-    return lists;
-}
-
-Names Prefix(const Names& names, std::size_t count) {
-    return Names(names.begin(), names.begin() + static_cast<std::ptrdiff_t>(count));
-}
-
 // The slow and obvious form of the tree: a list of all its nodes in the order in which they came.
 class NodeList {
 public:
     struct Node {
-        Names names;
+        KeyPath path;
         int value;
         const Tree* place;  // Where the tree says that it is.
     };
 
-    NodeList(int value, const Tree* root) { m_nodes.push_back({{}, value, root}); }
+    NodeList(int value, const Tree* root) { m_nodes.push_back({KeyPath(), value, root}); }
 
-    Node* Find(const Names& names) {
+    Node* Find(const KeyPath& path) {
         const auto found = std::find_if(m_nodes.begin(), m_nodes.end(),
-                                        [&](const Node& node) { return node.names == names; });
+                                        [&](const Node& node) { return node.path == path; });
         return found == m_nodes.end() ? nullptr : &*found;
     }
 
-    bool Insert(const Names& names, int value) {
-        if (Find(names) != nullptr) {
+    bool Insert(const KeyPath& path, int value) {
+        if (Find(path) != nullptr) {
             return false;
         }
-        for (std::size_t count = 1; count < names.size(); ++count) {
-            if (Find(Prefix(names, count)) == nullptr) {
-                m_nodes.push_back({Prefix(names, count), 0, nullptr});
-            }
-        }
-        m_nodes.push_back({names, value, nullptr});
+        Insert(path.GetParent(), 0);
+        m_nodes.push_back({path, value, nullptr});
         return true;
     }
 
-    std::vector<Names> Children(const Names& names) const {
-        std::vector<Names> children;
+    Paths Children(const KeyPath& path) const {
+        Paths children;
         for (const Node& node : m_nodes) {
-            if (node.names.size() == names.size() + 1 &&
-                Prefix(node.names, names.size()) == names) {
-                children.push_back(node.names);
+            if (node.path.GetCount() == path.GetCount() + 1 && path.IsPrefixOf(node.path)) {
+                children.push_back(node.path);
             }
         }
         return children;
     }
 
-    // Those above `names`, root first, with at least `from` segments.
-    std::vector<Names> Above(const Names& names, std::size_t from, int value) {
-        std::vector<Names> above;
-        for (std::size_t count = from; count < names.size(); ++count) {
-            const Node* const node = Find(Prefix(names, count));
+    // Those above `path` that have at least `from` segments, the nearest first.
+    Paths Above(KeyPath path, std::size_t from, int value) {
+        Paths above;
+        while (path.GetCount() > from) {
+            path = path.GetParent();
+            const Node* const node = Find(path);
             if (node != nullptr && node->value == value) {
-                above.push_back(node->names);
+                above.push_back(path);
             }
         }
         return above;
     }
 
-    std::vector<Names> Below(const Names& names, int value, bool isWithinFound) {
-        std::vector<Names> below;
-        const std::vector<Names> children = Children(names);
+    Paths Below(const KeyPath& path, int value, bool isWithinFound) {
+        Paths below;
+        const Paths children = Children(path);
         for (auto child = children.rbegin(); child != children.rend(); ++child) {
             const bool isFound = Find(*child)->value == value;
             if (isFound) {
                 below.push_back(*child);
             }
             if (!isFound || isWithinFound) {
-                const std::vector<Names> more = Below(*child, value, isWithinFound);
+                const Paths more = Below(*child, value, isWithinFound);
                 below.insert(below.end(), more.begin(), more.end());
             }
         }
@@ -130,55 +102,51 @@ private:
 };
 
 // Many different names at the first level, so that finding them takes an index, and few below.
-Names RandomNames(test::Random& random) {
-    Names names;
+KeyPath RandomPath(test::Random& random) {
+    KeyPath path;
     for (std::size_t left = random.Below(6); left > 0; --left) {
-        const std::size_t limit = names.empty() ? 60 : 3;
-        names.push_back("n" + std::to_string(random.Below(limit)));
+        const std::size_t limit = path.IsEmpty() ? 60 : 3;
+        path = path.Add(RInternString(L"n" + TStringCore::number(random.Below(limit))));
     }
-    return names;
+    return path;
 }
 
 void ExpectSameAnswers(Tree& tree, NodeList& list, test::Random& random) {
-    for (const NodeList::Node& node : list.GetNodes()) {
-        const Tree* const place = std::as_const(tree).Find(PathOf(node.names));
-        ASSERT_TRUE(place != nullptr && place == tree.Find(PathOf(node.names)));
+    for (const auto& [path, ownValue, formerPlace] : list.GetNodes()) {
+        const Tree* const place = std::as_const(tree).Find(path);
+        ASSERT_TRUE(place != nullptr && place == tree.Find(path));
         // Nodes stay where they are.
-        ASSERT_TRUE(node.place == nullptr || node.place == place);
-        ASSERT_EQ(place->GetValue(), node.value);
-        ASSERT_EQ(NamesOf(place->GetKeyPath()), node.names);
-        ASSERT_EQ(NamesOf(place->GetChildren()), list.Children(node.names));
-        const Tree* const parent =
-            node.names.empty() ? nullptr : tree.Find(PathOf(node.names).GetParent());
-        ASSERT_EQ(place->GetParent(), parent);
+        ASSERT_TRUE(formerPlace == nullptr || formerPlace == place);
+        ASSERT_EQ(place->GetValue(), ownValue);
+        ASSERT_EQ(place->GetKeyPath(), path);
+        ASSERT_EQ(place->GetChildren(), list.Children(path));
+        ASSERT_EQ(place->GetParent(), path.IsEmpty() ? nullptr : tree.Find(path.GetParent()));
 
         const int value = static_cast<int>(random.Below(4));
-        std::vector<Names> above = list.Above(node.names, 0, value);
-        std::reverse(above.begin(), above.end());
-        const std::vector<Names> below = list.Below(node.names, value, true);
-        ASSERT_EQ(NamesOf(place->GetAncestorsWithValue(value)), above);
+        const Paths above = list.Above(path, 0, value);
+        const Paths below = list.Below(path, value, true);
+        ASSERT_EQ(place->GetAncestorsWithValue(value), above);
         ASSERT_EQ(place->HasAncestorWithValue(value), !above.empty());
-        ASSERT_EQ(NamesOf(place->GetDescendantsWithValue(value)), below);
+        ASSERT_EQ(place->GetDescendantsWithValue(value), below);
         ASSERT_EQ(place->HasDescendantWithValue(value), !below.empty());
-        ASSERT_EQ(NamesOf(place->GetEldersOfDescendantsWithValue(value)),
-                  list.Below(node.names, value, false));
+        ASSERT_EQ(place->GetEldersOfDescendantsWithValue(value), list.Below(path, value, false));
 
         // A path from this node on, which mostly leads out of the tree somewhere.
-        const Names more = RandomNames(random);
-        Names whole = node.names;
-        whole.insert(whole.end(), more.begin(), more.end());
-        std::vector<Names> relations = list.Above(whole, node.names.size() + 1, value);
+        const KeyPath more = RandomPath(random);
+        const KeyPath whole = path.Add(more);
         const NodeList::Node* const end = list.Find(whole);
-        ASSERT_EQ(place->Find(PathOf(more)) != nullptr, end != nullptr);
-        if (!more.empty() && end != nullptr && end->value == value) {
+        ASSERT_EQ(place->Find(more) != nullptr, end != nullptr);
+        Paths relations = list.Above(whole, path.GetCount() + 1, value);
+        std::reverse(relations.begin(), relations.end());
+        if (!more.IsEmpty() && end != nullptr && end->value == value) {
             relations.push_back(whole);
         }
-        ASSERT_EQ(place->HasAncestorWithValue(PathOf(more), value), !relations.empty());
+        ASSERT_EQ(place->HasAncestorWithValue(more, value), !relations.empty());
         if (end != nullptr) {
-            const std::vector<Names> rest = list.Below(whole, value, true);
+            const Paths rest = list.Below(whole, value, true);
             relations.insert(relations.end(), rest.begin(), rest.end());
         }
-        ASSERT_EQ(NamesOf(place->FindRelationsWithValue(PathOf(more), value)), relations);
+        ASSERT_EQ(place->FindRelationsWithValue(more, value), relations);
     }
 }
 
@@ -189,13 +157,13 @@ TEST(KeyPathPrefixTreeMapTest, RandomAgainstAList) {
         auto tree = std::make_unique<Tree>(round);
         NodeList list(round, tree.get());
         for (int step = 0; step < 240; ++step) {
-            const Names names = RandomNames(random);
+            const KeyPath path = RandomPath(random);
             const int value = static_cast<int>(random.Below(4));
-            const bool isNew = list.Insert(names, value);
+            const bool isNew = list.Insert(path, value);
             const bool assigns = random.Below(4) == 0;
-            const auto inserted = assigns ? tree->InsertOrAssign(PathOf(names), value)
-                                          : tree->Insert(PathOf(names), value);
-            NodeList::Node& node = *list.Find(names);
+            const auto inserted =
+                assigns ? tree->InsertOrAssign(path, value) : tree->Insert(path, value);
+            NodeList::Node& node = *list.Find(path);
             if (assigns) {
                 node.value = value;
             }
@@ -204,7 +172,7 @@ TEST(KeyPathPrefixTreeMapTest, RandomAgainstAList) {
             node.place = inserted.first;
             if (step == 120) {
                 tree = std::make_unique<Tree>(std::move(*tree));
-                list.Find({})->place = tree.get();
+                list.Find(KeyPath())->place = tree.get();
             }
             if (step % 60 == 59) {
                 ASSERT_NO_FATAL_FAILURE(ExpectSameAnswers(*tree, list, random));
@@ -215,19 +183,19 @@ TEST(KeyPathPrefixTreeMapTest, RandomAgainstAList) {
 
 TEST(KeyPathPrefixTreeMapTest, CopyFrom) {
     Tree source(7);
-    source.Insert(PathOf({"a", "b"}), 1);
-    source.Insert(PathOf({"c"}), 2);
+    source.Insert(KeyPath({L"a", L"b"}), 1);
+    source.Insert(KeyPath({L"c"}), 2);
     Tree tree;
-    tree.Insert(PathOf({"c"}), 3);
-    tree.CopyFrom(source, {PathOf({"a", "b"}), PathOf({"c"}), PathOf({"d"}), KeyPath()});
-    EXPECT_EQ(tree.Find(PathOf({"a", "b"}))->GetValue(), 1);
-    EXPECT_EQ(tree.Find(PathOf({"a"}))->GetValue(), 0);  // Only leads there.
-    EXPECT_EQ(tree.Find(PathOf({"c"}))->GetValue(), 3);  // Was there before.
-    EXPECT_EQ(tree.Find(PathOf({"d"})), nullptr);
+    tree.Insert(KeyPath({L"c"}), 3);
+    tree.CopyFrom(source, {KeyPath({L"a", L"b"}), KeyPath({L"c"}), KeyPath({L"d"}), KeyPath()});
+    EXPECT_EQ(tree.Find(KeyPath({L"a", L"b"}))->GetValue(), 1);
+    EXPECT_EQ(tree.Find(KeyPath({L"a"}))->GetValue(), 0);  // Only leads there.
+    EXPECT_EQ(tree.Find(KeyPath({L"c"}))->GetValue(), 3);  // Was there before.
+    EXPECT_EQ(tree.Find(KeyPath({L"d"})), nullptr);
     EXPECT_EQ(tree.GetValue(), 0);
 
-    tree.CopyFrom(*tree.Find(PathOf({"a"})), {PathOf({"b"})});
-    EXPECT_EQ(tree.Find(PathOf({"b"}))->GetValue(), 1);
+    tree.CopyFrom(*tree.Find(KeyPath({L"a"})), {KeyPath({L"b"})});
+    EXPECT_EQ(tree.Find(KeyPath({L"b"}))->GetValue(), 1);
 }
 
 TEST(KeyPathPrefixTreeMapTest, TheFirstTypesStay) {
@@ -244,16 +212,16 @@ TEST(KeyPathPrefixTreeMapTest, TheFirstTypesStay) {
 
 TEST(KeyPathPrefixTreeMapTest, MovedOutOfTheMiddle) {
     Tree tree(5);
-    tree.Insert(PathOf({"a", "b", "c"}), 1);
-    Tree* const source = tree.Find(PathOf({"a", "b"}));
+    tree.Insert(KeyPath({L"a", L"b", L"c"}), 1);
+    Tree* const source = tree.Find(KeyPath({L"a", L"b"}));
     {
         const Tree moved(std::move(*source));
-        EXPECT_EQ(moved.Find(PathOf({"c"}))->GetParent(), &moved);
-        EXPECT_EQ(NamesOf(moved.Find(PathOf({"c"}))->GetKeyPath()), (Names{"a", "b", "c"}));
+        EXPECT_EQ(moved.Find(KeyPath({L"c"}))->GetParent(), &moved);
+        EXPECT_EQ(moved.Find(KeyPath({L"c"}))->GetKeyPath(), KeyPath({L"a", L"b", L"c"}));
         EXPECT_TRUE(moved.HasAncestorWithValue(5));
     }
-    EXPECT_EQ(tree.Find(PathOf({"a", "b"})), source);
-    EXPECT_TRUE(tree.Insert(PathOf({"a", "b", "c"}), 2).second);
+    EXPECT_EQ(tree.Find(KeyPath({L"a", L"b"})), source);
+    EXPECT_TRUE(tree.Insert(KeyPath({L"a", L"b", L"c"}), 2).second);
 }
 
 // Names whose numbers are far apart and no longer spread by the order of first use.
@@ -297,20 +265,18 @@ private:
 TEST(KeyPathPrefixTreeMapTest, AFailedInsertLeavesNothing) {
     std::size_t left = 1;
     ScarceTree tree(left);
-    tree.Insert(PathOf({"a"}), 1);
-    for (const Names& names : {Names{"a", "b", "c"}, Names{"x", "y", "z"}}) {
-        for (std::size_t enough = 0; enough < names.size() - 1; ++enough) {
+    tree.Insert(KeyPath({L"a"}), 1);
+    for (const KeyPath& path : {KeyPath({L"a", L"b", L"c"}), KeyPath({L"x", L"y", L"z"})}) {
+        for (const std::size_t enough : {0, 1}) {
             left = enough;
-            EXPECT_THROW(tree.Insert(PathOf(names), 2), std::bad_alloc);
-            left = enough;
-            EXPECT_THROW(tree.InsertOrAssign(PathOf(names), 2), std::bad_alloc);
+            EXPECT_THROW(tree.Insert(path, 2), std::bad_alloc);
         }
     }
-    EXPECT_EQ(NamesOf(tree.GetDescendantsWithValue(0)), std::vector<Names>());
-    EXPECT_EQ(NamesOf(tree.GetDescendantsWithValue(1)), std::vector<Names>{{"a"}});
+    EXPECT_FALSE(tree.HasDescendantWithValue(0));
+    EXPECT_EQ(tree.GetDescendantsWithValue(1), Paths{KeyPath({L"a"})});
     EXPECT_FALSE(tree.HasDescendantWithValue(2));
     left = 2;
-    EXPECT_TRUE(tree.Insert(PathOf({"a", "b", "c"}), 2).second);
+    EXPECT_TRUE(tree.Insert(KeyPath({L"a", L"b", L"c"}), 2).second);
 }
 
 // A path is as long as its author likes, and a thread's stack is not.
@@ -329,12 +295,12 @@ TEST(KeyPathPrefixTreeMapTest, LongPathsNeedNoStack) {
         const Tree* const end = tree.Find(path);
         ASSERT_NE(end, nullptr);
         EXPECT_EQ(end->GetKeyPath(), path);
-        EXPECT_EQ(tree.GetDescendantsWithValue(1), std::vector<KeyPath>{path});
-        EXPECT_EQ(tree.GetEldersOfDescendantsWithValue(2), std::vector<KeyPath>{sibling});
-        EXPECT_EQ(tree.FindRelationsWithValue(path, 1), std::vector<KeyPath>{path});
         EXPECT_FALSE(end->HasAncestorWithValue(1));
         EXPECT_FALSE(tree.HasAncestorWithValue(sibling, 1));
         EXPECT_FALSE(tree.HasDescendantWithValue(3));
+        EXPECT_EQ(tree.GetDescendantsWithValue(1), Paths{path});
+        EXPECT_EQ(tree.GetEldersOfDescendantsWithValue(2), Paths{sibling});
+        EXPECT_EQ(tree.FindRelationsWithValue(path, 1), Paths{path});
         Tree copy;
         copy.CopyFrom(tree, {path, sibling});
         EXPECT_EQ(copy.Find(sibling)->GetValue(), 2);

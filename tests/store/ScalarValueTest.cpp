@@ -8,11 +8,11 @@
 #include "lum/core/store/StoreValue.h"
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/types/TypeUtil.h"
-#include "lum/core/utility/LumTuple.h"
 #include "tests/store/ScalarSamples.h"
 #include "tests/support/AllocationCounter.h"
 #include "tests/support/AnyType.h"
 #include "tests/support/CollatorPoolGuard.h"
+#include "tests/support/ColumnText.h"
 #include "tests/support/FoldingCollatorPool.h"
 #include "tests/support/LumErrorMatchers.h"
 
@@ -24,7 +24,6 @@ using test::kScalarLetters;
 using test::MakeSample;
 using test::TypeOfLetter;
 
-constexpr double kInfinity = std::numeric_limits<double>::infinity();
 constexpr int kLowestInt = std::numeric_limits<int>::min();
 constexpr int64 kLowestLong = std::numeric_limits<int64>::min();
 
@@ -73,7 +72,6 @@ TEST_F(ScalarValueTest, MakersMakeNewObjectsInOneAllocation) {
         const SV value = MakeSample(letter);
         EXPECT_EQ(counter.GetCount(), 1u) << letter;
         EXPECT_EQ(value->GetType(), TypeOfLetter(letter)) << letter;
-        EXPECT_EQ(value->GetStoreType(), TypeOfLetter(letter)->GetStoreType());
         EXPECT_EQ(value->GetSpecialKind(), SpecialKind::Normal);
         EXPECT_FALSE(value->IsSpecial());
         EXPECT_EQ(value->GetCount(), 1u);
@@ -86,56 +84,33 @@ TEST_F(ScalarValueTest, MakersMakeNewObjectsInOneAllocation) {
     }
 }
 
-TEST_F(ScalarValueTest, UniqueTwins) {
-    const LumDateTime date = LumDateTime::FromValue(123456789);
-    const std::pair<std::unique_ptr<StoreValue>, SV> twins[] = {
-        {MakeBoolUniquePtr(true), MakeBool(true)},
-        {MakeInt32UniquePtr(-7), MakeInt32(-7)},
-        {MakeInt64UniquePtr(kLowestLong), MakeInt64(kLowestLong)},
-        {MakeReal32UniquePtr(1.5f), MakeReal32(1.5f)},
-        {MakeReal32UniquePtr(1.5f, 3, 2), MakeReal32(1.5f, 3, 2)},
-        {MakeReal64UniquePtr(-0.5), MakeReal64(-0.5)},
-        {MakeReal64UniquePtr(-0.5, 3, 2), MakeReal64(-0.5, 3, 2)},
-        {MakeDateUniquePtr(date), MakeDate(date)},
-        {MakeDateTimeUniquePtr(date), MakeDateTime(date)}};
-    for (const auto& [unique, shared] : twins) {
-        EXPECT_EQ(unique->GetType(), shared->GetType());
-        EXPECT_TRUE(unique->IsEqual(*shared)) << unique->GetType()->ToString();
-    }
-}
-
 TEST_F(ScalarValueTest, KeepsItsContent) {
+    EXPECT_TRUE(MakeBoolUniquePtr(true)->AsBool());  // The other unique makers make all casts.
     EXPECT_EQ(MakeInt64(kLowestLong)->AsInt64(), kLowestLong);
     EXPECT_TRUE(std::signbit(MakeReal64(-0.0)->AsReal64()));
-    EXPECT_EQ(MakeReal32(1.5f, 3, 2)->GetType()->ToString(), L"f<3,2>");
     EXPECT_EQ(MakeColor(1, 2, 3, 4)->AsColor().AsInt32(), 0x04010203);
     EXPECT_EQ(MakeColor(-1)->AsColor().AsInt32(), -1);
     EXPECT_EQ(MakeColor(LumColor::FromInt32(9))->AsColor().AsInt32(), 9);
     EXPECT_LUM_ERROR(InvalidGreen, "Must be between 0 and 255", MakeColor(1, 256, 3, 4));
 
-    const TStringCore text(L"a text that is longer than its handle");
-    const SV strings[] = {MakeString(text), MakeString(L"a text that is longer than its handle"),
-                          MakeString(RIndirectString(text))};
-    for (const SV& value : strings) {
-        EXPECT_EQ(value->AsString(), text);
-        EXPECT_EQ(value->GetType(), StringType::Get());
-    }
-    EXPECT_EQ(strings[2]->Clone()->AsString()->data(), text.data());  // Shared, not copied.
-
     const test::CollatorPoolGuard pool(std::make_shared<test::FoldingCollatorPool>());
     const Collation fold(RInternString(L"fold"));
-    for (const SV& value : {MakeString(text, fold), MakeString(L"x", fold),
-                            MakeString(RIndirectString(text), fold)}) {
-        EXPECT_EQ(value->GetType(), StringType::Get(fold));
+    const wchar_t kText[] = L"a text that is longer than its handle";
+    const TStringCore text(kText);
+    for (const Collation& collation : {Collation(), fold}) {
+        for (const SV& value : {MakeString(text, collation), MakeString(kText, collation),
+                                MakeString(RIndirectString(text), collation)}) {
+            EXPECT_EQ(value->AsString(), text);
+            EXPECT_EQ(value->GetType(), StringType::Get(collation));
+        }
     }
+    EXPECT_EQ(MakeString(kText)->GetType(), StringType::Get());
+    const SV shared = MakeString(RIndirectString(text));
+    EXPECT_EQ(shared->Clone()->AsString()->data(), text.data());  // Not copied.
 }
 
 TEST_F(ScalarValueTest, Hashes) {
-    struct Case {
-        SV value;
-        uint64 expected;
-    };
-    const Case cases[] = {
+    const std::pair<SV, uint64> cases[] = {
         {MakeBool(false), 0},
         {MakeBool(true), 1},
         {MakeInt32(5), 0x2d401a55eec16520},
@@ -153,33 +128,11 @@ TEST_F(ScalarValueTest, Hashes) {
         {MakeDateTime(LumDateTime::FromValue(5)), LumDateTime::FromValue(5).GetHashValue()},
         {MakeColor(5), 0x2d401a55eec16520},
     };
-    for (const Case& c : cases) {
-        EXPECT_EQ(c.value->GetHashValue(), c.expected) << c.value->GetType()->ToString();
-        EXPECT_EQ(std::hash<SV>()(c.value), c.expected);
+    for (const auto& [value, expected] : cases) {
+        EXPECT_EQ(value->GetHashValue(), expected) << value->GetType()->ToString();
+        EXPECT_EQ(std::hash<SV>()(value), expected);
     }
     EXPECT_EQ(std::hash<SV>()(SV()), 0u);
-}
-
-/// What a number holds; dates and colours by their raw value.
-double NumberOf(const StoreValue& value) {
-    switch (value.GetStoreType()) {
-        case StoreType::Bool:
-            return value.AsBool() ? 5 : 0;
-        case StoreType::Int32:
-            return value.AsInt32();
-        case StoreType::Int64:
-            return static_cast<double>(value.AsInt64());
-        case StoreType::Real32:
-            return value.AsReal32();
-        case StoreType::Real64:
-            return value.AsReal64();
-        case StoreType::String:
-            return value.AsString() == L"5" ? 5 : 0;
-        case StoreType::Date:
-            return static_cast<double>(value.AsDate().GetValue() - LumDateTime().GetValue());
-        default:
-            return static_cast<double>(value.AsDateTime().GetValue() - LumDateTime().GetValue());
-    }
 }
 
 TEST_F(ScalarValueTest, CastsToEveryType) {
@@ -209,7 +162,7 @@ TEST_F(ScalarValueTest, CastsToEveryType) {
             } else {
                 const std::unique_ptr<StoreValue> result = value->Cast(target);
                 EXPECT_EQ(result->GetType(), TypeOfLetter(results[from][to])) << pair;
-                EXPECT_EQ(NumberOf(*result), 5) << pair;
+                EXPECT_TRUE(result->IsEqual(*MakeSample(results[from][to]))) << pair;
                 EXPECT_NE(result.get(), value.get()) << pair;
             }
         }
@@ -221,16 +174,11 @@ TEST_F(ScalarValueTest, CastsToEveryType) {
 }
 
 TEST_F(ScalarValueTest, CastsAtTheLimits) {
-    struct Case {
-        SV value;
-        SV expected;
-    };
     const float belowTwoTo31 = std::nextafter(0x1p31f, 0.0f);
     const double belowTwoTo63 = std::nextafter(0x1p63, 0.0);
-    const Case cases[] = {
+    const std::pair<SV, SV> cases[] = {
         {MakeInt32(kLowestInt), MakeInt64(kLowestInt)},
         {MakeInt32(16777217), MakeReal32(16777216)},
-        {MakeInt32(kLowestInt), MakeReal64(kLowestInt)},
         {MakeInt64(0x100000005), MakeInt32(5)},
         {MakeInt64(0xFFFFFFFF), MakeInt32(-1)},
         {MakeInt64(kLowestLong), MakeInt32(0)},
@@ -243,27 +191,24 @@ TEST_F(ScalarValueTest, CastsAtTheLimits) {
         {MakeReal32(0x1p63f), MakeInt64(kLowestLong)},
         {MakeReal32(-0x1p62f), MakeInt64(-(1LL << 62))},
         {MakeReal64(2147483647.9), MakeInt32(2147483647)},
-        {MakeReal64(2147483648.0), MakeInt32(kLowestInt)},
-        {MakeReal64(-2147483648.9), MakeInt32(kLowestInt)},
         {MakeReal64(-2147483647.9), MakeInt32(-2147483647)},
         {MakeReal64(3e10), MakeInt32(kLowestInt)},
         {MakeReal64(3e10), MakeInt64(30000000000)},
         {MakeReal64(belowTwoTo63), MakeInt64(9223372036854774784)},
         {MakeReal64(0x1p63), MakeInt64(kLowestLong)},
         {MakeReal64(-1e300), MakeInt64(kLowestLong)},
-        {MakeReal64(kInfinity), MakeInt64(kLowestLong)},
-        {MakeReal64(-kInfinity), MakeInt32(kLowestInt)},
+        {MakeReal64(-std::numeric_limits<double>::infinity()), MakeInt32(kLowestInt)},
         {MakeReal64(std::nan("")), MakeInt32(kLowestInt)},
         {MakeReal64(std::nan("")), MakeInt64(kLowestLong)},
         {MakeReal64(0.1), MakeReal32(0.1f)},
         {MakeReal64(1e300), MakeReal32(std::numeric_limits<float>::infinity())},
         {MakeReal32(0.1f), MakeReal64(double{0.1f})},
     };
-    for (const Case& c : cases) {
-        const std::unique_ptr<StoreValue> result = c.value->Cast(c.expected->GetType());
-        EXPECT_EQ(result->GetType(), c.expected->GetType());
-        EXPECT_EQ(result->GetHashValue(), c.expected->GetHashValue())
-            << NumberOf(*c.value) << " became " << NumberOf(*result);
+    for (const auto& [value, expected] : cases) {
+        const std::unique_ptr<StoreValue> result = value->Cast(expected->GetType());
+        EXPECT_EQ(result->GetType(), expected->GetType());
+        EXPECT_EQ(result->GetHashValue(), expected->GetHashValue())
+            << test::TextOf(*value) << " became " << test::TextOf(*result);
     }
     // A date keeps its time of day, both ways.
     const LumDateTime moment(2024, 2, 29, 23, 59, 58, 1234);

@@ -9,9 +9,8 @@
 #include "lum/core/store/SetFactory.h"
 #include "lum/core/store/StoreValue.h"
 #include "lum/core/types/ScalarTypes.h"
-#include "lum/core/types/StringType.h"
 #include "tests/support/CollatorPoolGuard.h"
-#include "tests/support/FoldingCollatorPool.h"
+#include "tests/support/ColumnText.h"
 #include "tests/support/LumErrorMatchers.h"
 #include "tests/support/Random.h"
 
@@ -21,16 +20,10 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 
 template <typename T>
-SV SetOf(const Type* type, const std::vector<T>& members) {
-    return factory::MakeSet<T>(
-        type, std::make_unique<SetContainer<T>>(members.begin(), members.end()), nullptr);
-}
-
-SV SetOf(const std::vector<unsigned long long>& members) {
-    return SetOf(IntType::Get64(), members);
-}
-SV SetOf(const std::vector<unsigned>& members) {
-    return SetOf(IntType::Get32(), members);
+SV SetOf(const std::vector<T>& members) {
+    return factory::MakeSet<T>(sizeof(T) == 4 ? IntType::Get32() : IntType::Get64(),
+                               std::make_unique<SetContainer<T>>(members.begin(), members.end()),
+                               nullptr);
 }
 
 /// Asks for few values, for many, for so many that the set makes its table, and for few again.
@@ -112,31 +105,21 @@ TEST(SetContainsEachTest, NumbersMadeToCollide) {
 }
 
 TEST(SetContainsEachTest, OtherMembersAreFoundOneByOne) {
-    const test::CollatorPoolGuard guard(std::make_shared<test::FoldingCollatorPool>());
-    const Collation collation = StringType::Get()->GetCollation();
-    auto texts = std::make_unique<SetContainer<RIndirectString>>(2, CollatorHash(collation),
-                                                                 CollatorEqualTo(collation));
-    texts->insert(L"member");
-    const SV strings =
-        factory::MakeSet<RIndirectString>(StringType::Get(), std::move(texts), nullptr);
-    const std::vector<RIndirectString> wanted{L"MEMBER", L"other", L"member"};
-    Bytes out(3);
-    strings->AsTypedSet<RIndirectString>().ContainsEach(wanted, out);
-    const bool folds = strings->AsTypedSet<RIndirectString>().Contains(L"MEMBER");
-    EXPECT_EQ(out, (Bytes{static_cast<unsigned char>(folds), 0, 1}));
-
-    const SV bools = SetOf<unsigned char>(BoolType::Get(), {1});
-    const Bytes cells{0, 1, 0};
-    bools->AsTypedSet<unsigned char>().ContainsEach(cells, out);
-    EXPECT_EQ(out, (Bytes{0, 1, 0}));
+    const test::CollatorPoolGuard pool;
+    Bytes out(2);
+    const std::vector<RIndirectString> wanted{L"other", L"member"};
+    test::SetOf("s: member")->AsTypedSet<RIndirectString>().ContainsEach(wanted, out);
+    EXPECT_EQ(out, (Bytes{0, 1}));
+    const Bytes cells{1, 0};
+    test::SetOf("b: true")->AsTypedSet<unsigned char>().ContainsEach(cells, out);
+    EXPECT_EQ(out, (Bytes{1, 0}));
 }
 
 TEST(SetContainsEachTest, RoomForAllAnswersIsNeeded) {
-    const SV set = SetOf(std::vector<unsigned>{1});
     const std::vector<unsigned> wanted{1, 1};
     Bytes out(1, 9);
     EXPECT_LUM_REPORT(OutOfBounds, "", "(out.GetSize() >= values.GetSize())",
-                      set->AsTypedSet<unsigned>().ContainsEach(wanted, out));
+                      test::SetOf("i: 1")->AsTypedSet<unsigned>().ContainsEach(wanted, out));
     EXPECT_EQ(out, Bytes{9});
 }
 

@@ -1,11 +1,8 @@
 #include <gtest/gtest.h>
 
-#include <string>
-
 #include "lum/core/store/SpecialKindText.h"
 #include "lum/core/store/StoreValue.h"
 #include "lum/core/store/ValueFactory.h"
-#include "tests/store/ScalarSamples.h"
 #include "tests/support/AnyType.h"
 #include "tests/support/LumErrorMatchers.h"
 
@@ -25,11 +22,11 @@ SpecialKind Kind(unsigned int number) {
 TEST(SpecialKindTest, NamesInOrder) {
     const char* const names[] = {"Normal",   "Null",   "All",   "Wildcard",   "Skipped",
                                  "NoAccess", "Ragged", "Error", "ManyValues", "Missing"};
+    ASSERT_EQ(std::size(names), kSpecialKindCount);
     for (unsigned int i = 0; i < kSpecialKindCount; ++i) {
         EXPECT_EQ(SpecialKindToString(Kind(i)).toStdString(), names[i]);
         EXPECT_EQ(SpecialKindFromString(SpecialKindToString(Kind(i))), Kind(i));
     }
-    EXPECT_EQ(std::size(names), kSpecialKindCount);
     EXPECT_LUM_ERROR(IllegalSpecialKind, "", SpecialKindToString(Kind(10)));
     EXPECT_LUM_ERROR(IllegalSpecialKind, "", SpecialKindToString(Kind(255)));
     for (const wchar_t* name : {L"", L"null", L"Null ", L"Nul"}) {
@@ -38,15 +35,13 @@ TEST(SpecialKindTest, NamesInOrder) {
 }
 
 TEST(SpecialValueTest, HasATypeAndAKind) {
-    for (unsigned int i = 1; i < kSpecialKindCount; ++i) {
-        const SV value = MakeSpecial(kInt, Kind(i));
-        EXPECT_EQ(value->GetSpecialKind(), Kind(i));
-        EXPECT_TRUE(value->IsSpecial());
-        EXPECT_EQ(value->GetType(), kInt);
-        EXPECT_EQ(value->GetCount(), 1u);
-        const std::unique_ptr<StoreValue> clone = value->Clone();
-        EXPECT_TRUE(clone->GetSpecialKind() == Kind(i) && clone->GetType() == kInt);
-    }
+    const SV value = MakeSpecial(kInt, SpecialKind::Missing);
+    EXPECT_EQ(value->GetSpecialKind(), SpecialKind::Missing);
+    EXPECT_TRUE(value->IsSpecial());
+    EXPECT_EQ(value->GetType(), kInt);
+    EXPECT_EQ(value->GetCount(), 1u);
+    const std::unique_ptr<StoreValue> clone = value->Clone();
+    EXPECT_TRUE(clone->GetSpecialKind() == SpecialKind::Missing && clone->GetType() == kInt);
     EXPECT_EQ(MakeSpecial(nullptr, SpecialKind::Null)->GetType(), nullptr);
     EXPECT_LUM_REPORT(NormalBoxedSpecial, "", "(m_specialKind) != (SpecialKind::Normal)",
                       MakeSpecial(kInt, SpecialKind::Normal));
@@ -77,8 +72,6 @@ TEST(SpecialValueTest, Orders) {
             const SV b = k == 0 ? MakeReal32(9, 4, 4) : MakeSpecial(RealType::Get32(), Kind(k));
             const int expected = i < k ? -1 : i > k ? 1 : 0;
             EXPECT_EQ(a->Compare(*b), expected) << i << ' ' << k;
-            EXPECT_EQ(a->IsLessThan(*b), expected < 0);
-            EXPECT_EQ(a->IsGreaterThan(*b), expected > 0);
             EXPECT_EQ(a->IsEqual(*b), expected == 0);
             EXPECT_EQ(a->FuzzyIsEqual(*b), expected == 0);
             EXPECT_EQ(a->FuzzyIsLessThan(*b), expected < 0);

@@ -5,13 +5,17 @@
 #include <string>
 #include <unordered_set>
 
+#include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/store/StoreValue.h"
+#include "lum/core/store/TableFactory.h"
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/TypeUtil.h"
 #include "tests/store/ScalarSamples.h"
 #include "tests/support/CollatorPoolGuard.h"
+#include "tests/support/ColumnText.h"
 #include "tests/support/FoldingCollatorPool.h"
+#include "tests/support/KeySets.h"
 #include "tests/support/LumErrorMatchers.h"
 
 namespace lum::core {
@@ -97,27 +101,22 @@ TEST_F(StoreValueCompareTest, Fuzzy) {
         return MakeSpecial(test::TypeOfLetter(letter), kind);
     };
     const SV nullInt = special('i', SpecialKind::Null);
-    struct Case {
+    const struct {
         SV left;
         SV right;
         // Whether left is equal to, less than, greater than right: T, F, or a code.
         const char* equal;
         const char* less;
         const char* greater;
-    };
-    const Case cases[] = {
-        {MakeInt32(1), MakeReal64(1.0), "T", "F", "F"},
+    } cases[] = {
         {MakeInt32(1), MakeReal64(1.5), "F", "T", "F"},
         {MakeReal64(1.5), MakeInt32(1), "F", "F", "T"},
         {MakeInt32(-1), MakeInt64(4294967295), "F", "T", "F"},
         {MakeInt64(16777217), MakeReal32(16777216), "T", "F", "F"},  // Real32 is what they share.
-        {MakeReal32(16777216), MakeInt64(16777217), "T", "F", "F"},
         {MakeInt32(1), MakeSample('F', 1), "T", "F", "F"},
         {MakeSample('R', 2), MakeInt64(1), "F", "F", "T"},
         {MakeBool(true), MakeInt32(1), "F", "195", "195"},
-        {MakeString(L"1"), MakeInt32(1), "F", "195", "195"},
         {MakeColor(1), MakeInt32(1), "F", "195", "195"},
-        {MakeColor(1), MakeColor(1), "T", "F", "F"},
         {MakeString(L"a"), MakeString(L"b"), "F", "T", "F"},
         {MakeSample('d', 1), MakeSample('t', 1), "T", "F", "F"},
         {MakeSample('t', 2), MakeSample('d', 1), "F", "F", "T"},
@@ -126,7 +125,6 @@ TEST_F(StoreValueCompareTest, Fuzzy) {
         {MakeReal32(1), MakeReal32(plusUlps(1.0f, 16)), "T", "F", "F"},
         {MakeReal32(plusUlps(1.0f, 17)), MakeReal32(1), "F", "F", "T"},
         {MakeReal32(0.1f), MakeReal64(0.1), "F", "F", "T"},
-        {MakeReal64(1), MakeReal32(plusUlps(1.0f, 1)), "F", "T", "F"},
         {MakeReal64(std::nan("")), MakeReal64(1), "F", "F", "F"},
         // The side whose type is not the promoted one is cast, and it alone: a Real64 of its own
         // precision casts to itself, and meets the Real32 as it is.
@@ -152,7 +150,7 @@ TEST_F(StoreValueCompareTest, Fuzzy) {
             return std::to_string(static_cast<int>(e.GetError()));
         }
     };
-    for (const Case& c : cases) {
+    for (const auto& c : cases) {
         SCOPED_TRACE((c.left->GetType()->ToString() + L" " + c.right->GetType()->ToString()));
         EXPECT_EQ(outcome([&] { return c.left->FuzzyIsEqual(*c.right); }), c.equal);
         EXPECT_EQ(outcome([&] { return c.left->FuzzyIsLessThan(*c.right); }), c.less);
@@ -201,6 +199,19 @@ TEST_F(StoreValueCompareTest, AsKeysOfStandardContainers) {
     EXPECT_EQ(values.size(), 151u);
     EXPECT_TRUE(values.contains(MakeInt64(49)));
     EXPECT_FALSE(values.contains(MakeReal64(49)));
+}
+
+TEST_F(StoreValueCompareTest, CollectionsDoNotCompare) {
+    const SV column = test::ColumnOf("i: 1");
+    for (const SV& value : {column, test::SetOf("i: 1"), test::KeySetOf("i: 1", "i: 1"),
+                            MakeKeyMap({{L"a", column}}), MakeTable({{L"a", column}}, {})}) {
+        EXPECT_EQ(value->GetHashValue(), 0u);
+        EXPECT_LUM_ERROR(IllegalComparison, "", value->Compare(*value->Clone()));
+        EXPECT_LUM_ERROR(IllegalComparison, "", value->IsEqual(*value->Clone()));
+        if (value->GetStoreType() != StoreType::KeyMap) {
+            EXPECT_LUM_ERROR(CollectionNotMutable, "", value->AsMutableCollection());
+        }
+    }
 }
 
 TEST(StoreTypeOfValueTest, Groups) {

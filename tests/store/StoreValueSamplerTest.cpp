@@ -7,8 +7,8 @@
 #include <utility>
 #include <vector>
 
-#include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/IStoreCollection.h"
+#include "lum/core/store/IStoreDictionary.h"
 #include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/store/KeySetFactory.h"
@@ -103,46 +103,38 @@ TEST(StoreValueSamplerTest, DepthCostsNoStack) {
     });
 }
 
-/// Arrays under `keys`, the first of them i: 0 1, the next i: 1 2.
-SV KeySetOfArrays(const SV& keys) {
-    test::BoxedEntries entries;
-    unsigned number = 0;
-    for (lumsize_t i = 0; i < keys->GetCount(); ++i) {
-        const SV key = keys->AsArray().GetElement(i);
-        const SV array = factory::MakeArray<unsigned>(IntType::Get32(), {number, number + 1},
-                                                      SortSpecOrder::UNKNOWN);
-        ++number;
-        if (key->IsSpecial()) {
-            entries.special.emplace_back(key->GetSpecialKind(), array);
-        } else {
-            entries.normal.emplace_back(key, array);
-        }
-    }
-    return test::MakeKeySetOf(keys->AsArray().GetElementType(), ArrayType::Get(IntType::Get32()),
-                              entries);
-}
-
 TEST(StoreValueSamplerTest, KeySetsOfArraysKeepEveryKey) {
     const test::CollatorPoolGuard guard;
-    for (const auto& [keys, entries] :
-         {std::pair("b: true false -", " !Null=i: 2 false=i: 1 true=i: 0"),
-          std::pair("i: 5 6 !All", " !All=i: 2 5=i: 0 6=i: 1"), std::pair("f: 1.5", " 1.5=i: 0"),
-          std::pair("c: ff000001", " ff000001=i: 0"), std::pair("l: 5 6", " 5=i: 0 6=i: 1"),
-          std::pair("r: 0.5", " 0.5=i: 0"), std::pair("d: 2024-03-01", " 2024-03-01=i: 0"),
-          std::pair("t: 2024-03-01T09:05:00", " 2024-03-01T09:05:00=i: 0"),
-          std::pair("s: x y", " x=i: 0 y=i: 1"), std::pair("P{i,s}: (1 x)", " (1 x)=i: 0")}) {
+    const Type* const arrays = ArrayType::Get(IntType::Get32());
+    const std::pair<const char*, const char*> cases[] = {
+        {"b: true false -", ": !Null=i: 7 false=i: 7 true=i: 7"},
+        {"i: 5 6 !All", ": !All=i: 7 5=i: 7 6=i: 7"},
+        {"r: 0.5", ": 0.5=i: 7"},
+        {"s: x y", ": x=i: 7 y=i: 7"},
+        {"P{i,s}: (1 x)", ": (1 x)=i: 7"},
+    };
+    for (const auto& [keys, expected] : cases) {
         SCOPED_TRACE(keys);
-        const SV keySet = KeySetOfArrays(ColumnOf(keys));
+        const SV column = ColumnOf(keys);
+        test::BoxedEntries entries;
+        const auto& iterable = column->AsArray().GetStoreValueIterable();
+        for (auto it = iterable.begin()->Clone(); *it != iterable.end(); it->Advance()) {
+            const SV key = it->Dereference();
+            if (key->IsSpecial()) {
+                entries.special.emplace_back(key->GetSpecialKind(), ColumnOf("i: 7 8"));
+            } else {
+                entries.normal.emplace_back(key, ColumnOf("i: 7 8"));
+            }
+        }
+        const SV keySet = test::MakeKeySetOf(column->AsArray().GetElementType(), arrays, entries);
         const SV sample = SampleStoreValue(*keySet, 1);
         EXPECT_EQ(sample->GetType(), keySet->GetType());
         EXPECT_EQ(test::KeySetText(*sample),
-                  keySet->GetType()->ToString().toStdString() + ":" + entries);
+                  keySet->GetType()->ToString().toStdString() + expected);
     }
 
-    const Type* const arrays = ArrayType::Get(IntType::Get32());
     auto values = std::make_unique<MapContainer<unsigned, SV>>();
-    values->emplace(1u, nullptr);
-    values->emplace(2u, factory::MakeSpecial(arrays, SpecialKind::Null));
+    *values = {{1u, nullptr}, {2u, factory::MakeSpecial(arrays, SpecialKind::Null)}};
     const SV odd =
         factory::MakeKeySet<unsigned, SV>(IntType::Get32(), arrays, std::move(values),
                                           std::make_unique<MapContainer<SpecialKind, SV>>());
@@ -151,8 +143,7 @@ TEST(StoreValueSamplerTest, KeySetsOfArraysKeepEveryKey) {
     EXPECT_EQ(elements.GetValue(1), nullptr);
     EXPECT_EQ(TextOf(elements.GetValue(2)), "!Null");
 
-    const SV boxed =
-        test::MakeKeySetOf(IntType::Get32(), arrays, test::BoxedEntries(), test::HandleSides::Keys);
+    const SV boxed = test::MakeKeySetOf(IntType::Get32(), arrays, {}, test::HandleSides::Keys);
     EXPECT_LUM_ERROR(NotKeyedCollection, "", SampleStoreValue(*boxed, 1));
 }
 

@@ -3,13 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <cstdlib>
-#include <functional>
 #include <limits>
 #include <memory>
 #include <new>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "core/main/types/PackedStructOffsets.h"
 #include "lum/core/store/IStoreCollection.h"
@@ -66,15 +64,13 @@ class TupleTest : public testing::Test {
 
 TEST_F(TupleTest, LaysMembersOut) {
     const TupleType* const type = TupleTypeOf("P{b,l,s}");
-    const PackedStructOffsets& offsets = *type->GetOffsets();
-    const lumsize_t expectedValues[] = {0, 8, 32};
+    const lumsize_t expected[] = {0, 8, 32};
     for (lumsize_t i = 0; i < 3; ++i) {
-        EXPECT_EQ(offsets.GetValueOffset(i), expectedValues[i]);
-        EXPECT_EQ(offsets.GetSpecialOffset(i), 64 + i);
+        EXPECT_EQ(type->GetOffsets()->GetValueOffset(i), expected[i]);
+        EXPECT_EQ(type->GetOffsets()->GetSpecialOffset(i), 64 + i);
     }
     EXPECT_EQ(LumTuple(type).GetDataSize(), 67u);
     EXPECT_EQ(LumTuple().GetDataSize(), 0u);
-    EXPECT_EQ(LumTuple().GetCount(), 0u);
     EXPECT_EQ(LumTuple().Compare(LumTuple()), 0);
     EXPECT_EQ(TupleType::Get({})->ToString(), L"P");
     EXPECT_EQ(TupleTypeOf("P{i,b}")->ToString(), L"P{i, b}");
@@ -86,7 +82,7 @@ TEST_F(TupleTest, TypesHoldPrimitivesAlone) {
     EXPECT_LUM_REPORT(TuplePrimitivesOnly, "", condition,
                       TupleType::Get({IntType::Get32(), ArrayType::Get(IntType::Get32())}));
     EXPECT_EQ(TupleType::Get({RealType::Get64(10, 2)})->GetBaseType(),
-              TupleType::Get({RealType::Get64()->GetBaseType()}));
+              TupleType::Get({RealType::Get64()}));
 }
 
 TEST_F(TupleTest, FreshRowsHoldDefaults) {
@@ -102,20 +98,13 @@ TEST_F(TupleTest, CheckedAccess) {
     LumTuple row = RowOf("P{s,i}: x 5");
     const char kIndex[] = "(index < members.size())";
     const char kSpecialIndex[] = "(index < m_type->GetMembers().size())";
-    const struct {
-        const char* condition;
-        std::function<void()> access;
-    } cases[] = {
-        {kIndex, [&] { row.GetNthInt32(7); }},
-        {kIndex, [&] { row.SetNthInt32(2, 1); }},
-        {kIndex, [&] { row.GetNthType(2); }},
-        {kIndex, [&] { row.GetNthValue<int>(std::numeric_limits<lumsize_t>::max()); }},
-        {kSpecialIndex, [&] { row.GetNthSpecial(2); }},
-        {kSpecialIndex, [&] { row.SetNthSpecial(2, SpecialKind::All); }},
-    };
-    for (const auto& c : cases) {
-        EXPECT_LUM_REPORT(OutOfBounds, "", c.condition, c.access());
-    }
+    constexpr lumsize_t kMax = std::numeric_limits<lumsize_t>::max();
+    EXPECT_LUM_REPORT(OutOfBounds, "", kIndex, row.GetNthInt32(2));
+    EXPECT_LUM_REPORT(OutOfBounds, "", kIndex, row.SetNthInt32(2, 1));
+    EXPECT_LUM_REPORT(OutOfBounds, "", kIndex, row.GetNthType(2));
+    EXPECT_LUM_REPORT(OutOfBounds, "", kIndex, row.GetNthValue<int>(kMax));
+    EXPECT_LUM_REPORT(OutOfBounds, "", kSpecialIndex, row.GetNthSpecial(2));
+    EXPECT_LUM_REPORT(OutOfBounds, "", kSpecialIndex, row.SetNthSpecial(2, SpecialKind::All));
     EXPECT_LUM_REPORT(TypeMismatchExpected, "", "(GetNthType(index)->Is(StoreType::Int32))",
                       row.GetNthInt32(0));
     EXPECT_LUM_REPORT(TypeMismatchExpected, "", "(GetNthType(index)->Is(StoreType::String))",
@@ -126,13 +115,11 @@ TEST_F(TupleTest, CheckedAccess) {
     EXPECT_THROW(row.SetNthValueUnsafe(1, LumTuple()), LumLogicException);
     EXPECT_EQ(TextOf(row), "(x 5)");
     EXPECT_EQ(row.GetNthValue<unsigned>(1), 5u);
-}
 
-TEST_F(TupleTest, ValuesAndKindsAreWrittenApart) {
-    LumTuple row = RowOf("P{i,s}: 5!Error x");
-    row.SetNthInt32(0, 6);
-    row.SetNthSpecial(1, SpecialKind::Null);
-    EXPECT_EQ(TextOf(row), "(6!Error x!Null)");
+    // Values and kinds are written apart.
+    row.SetNthSpecial(1, SpecialKind::Error);
+    row.SetNthInt32(1, 6);
+    EXPECT_EQ(TextOf(row), "(x 6!Error)");
 }
 
 // Columns may come from outside with any byte for a Bool.
@@ -147,31 +134,29 @@ TEST_F(TupleTest, AnyByteButZeroIsTrue) {
 
 TEST_F(TupleTest, CopiesAreIndependentAndReferencesAreNot) {
     LumTuple source = RowOf("P{s,i}: 'longer than the handle' 1");
-    LumTuple copy(source);
+    const LumTuple copy(source);
     LumTuple assigned;
     assigned = source;
-    LumTupleData clone = source.CloneOfData();
+    const LumTuple cloned(source.CloneOfData());
     const LumTuple reference(source.GetTupleData());
     EXPECT_TRUE(reference.GetTupleData().IsReference());
-    EXPECT_FALSE(clone.IsReference());
+    EXPECT_FALSE(source.CloneOfData().IsReference());
     EXPECT_FALSE(LumTuple(reference).GetTupleData().IsReference());  // Copies always own.
 
     source.SetNthInt32(1, 2);
     source.SetNthString(0, L"other");
-    for (const LumTuple& unchanged : {copy, assigned, LumTuple(clone)}) {
-        EXPECT_EQ(TextOf(unchanged), "('longer than the handle' 1)");
-    }
+    EXPECT_EQ(TextOf(copy), "('longer than the handle' 1)");
+    EXPECT_TRUE(assigned == copy && cloned == copy);
     EXPECT_EQ(TextOf(reference), "(other 2)");
 
     LumTuple moved(std::move(source));
     EXPECT_EQ(TextOf(moved), "(other 2)");
     EXPECT_EQ(TextOf(source), "('' 0)");  // NOLINT(bugprone-use-after-move): an owner once more.
-    LumTupleData sharing = copy.ReferenceToData();
+    LumTupleData sharing = assigned.ReferenceToData();
     sharing = moved.GetTupleData();
     EXPECT_TRUE(sharing.IsReference());
     moved.SetNthInt32(1, 3);
     EXPECT_EQ(sharing.GetNthInt32(1), 3);
-    EXPECT_EQ(TextOf(copy), "('longer than the handle' 1)");
 }
 
 TEST_F(TupleTest, ReferencesKeepTheBlockAndItsMembersAlive) {
@@ -219,12 +204,10 @@ TEST_F(TupleTest, Orders) {
         const char* right;
         int expected;
     } cases[] = {
-        {"P{i}: 5", "P{i}: 5", 0},
         {"P{i}: -1", "P{i}: 1", -1},
-        {"P{i,i}: 1 2", "P{i,i}: 1 3", -1},
+        {"P{l}: -1", "P{l}: 1", -1},
         {"P{i,i}: 1 9", "P{i,i}: 2 0", -1},
         {"P{b}: false", "P{b}: true", -1},
-        {"P{l}: -9223372036854775807", "P{l}: 1", -1},
         {"P{s}: B", "P{s}: a", -1},
         {"P{d}: 2024-03-01", "P{d}: 2024-02-29", 1},
         {"P{c}: ff000000", "P{c}: 00000000", -1},  // Colours order as signed numbers.
@@ -245,8 +228,7 @@ TEST_F(TupleTest, Orders) {
         EXPECT_EQ(left.Compare(right), c.expected);
         EXPECT_EQ(right.Compare(left), -c.expected);
         EXPECT_EQ(left == right, c.expected == 0);
-        EXPECT_EQ(left < right, c.expected < 0);
-        EXPECT_EQ(left > right, c.expected > 0);
+        EXPECT_TRUE((left < right) == (c.expected < 0) && (left > right) == (c.expected > 0));
     }
     EXPECT_LUM_REPORT(TypeMismatch, "", "(m_type == other.m_type)",
                       RowOf("P{i}: 1").Compare(RowOf("P{l}: 1")));
@@ -268,11 +250,11 @@ TEST_F(TupleTest, HashesKindsAndRawBits) {
     EXPECT_EQ(RowOf("P{i}: 5").GetHashValue(),
               0xaf63bd4c8601b7dfull + 0x9e3779b9 + 0x2d401a55eec16520ull);
     EXPECT_EQ(std::hash<LumTuple>()(RowOf("P{i}: 5")), RowOf("P{i}: 5").GetHashValue());
-    for (const auto& [left, right] :
-         std::vector<std::pair<const char*, const char*>>{{"P{r}: -0", "P{r}: 0"},
-                                                          {"P{i}: -", "P{i}: 0"},
-                                                          {"P{i}: 1!Null", "P{i}: 2!Null"},
-                                                          {"P{i,i}: 1 2", "P{i,i}: 2 1"}}) {
+    const std::pair<const char*, const char*> different[] = {{"P{r}: -0", "P{r}: 0"},
+                                                             {"P{i}: -", "P{i}: 0"},
+                                                             {"P{i}: 1!Null", "P{i}: 2!Null"},
+                                                             {"P{i,i}: 1 2", "P{i,i}: 2 1"}};
+    for (const auto& [left, right] : different) {
         EXPECT_NE(RowOf(left).GetHashValue(), RowOf(right).GetHashValue()) << left;
     }
 }
@@ -310,26 +292,19 @@ class ValueTupleTest : public TupleTest {};
 TEST_F(ValueTupleTest, IsACollectionOfItsMembers) {
     const SV value = factory::MakeTuple(RowOf("P{i,s,b,d}: 5 x true!All 2024-03-01"));
     EXPECT_EQ(value->GetCount(), 4u);
-    EXPECT_EQ(value->GetType(), TupleTypeOf("P{i,s,b,d}"));
     EXPECT_EQ(value->GetHashValue(), value->AsTuple().GetHashValue());
     const IStoreCollection& members = value->AsCollection();
-    const struct {
-        const wchar_t* key;
-        const char* expected;
-    } cases[] = {
-        {L"0", "5"},    {L"1", "x"},    {L"2", "!All"}, {L"3", "2024-03-01"},
-        {L"4", "null"}, {L"x", "null"}, {L"", "null"},  {L"-1", "null"},
-    };
-    for (const auto& c : cases) {
-        const std::string key = TStringCore(c.key).toStdString();
-        SCOPED_TRACE(key);
-        EXPECT_EQ(TextOf(members.TryGetValue(c.key)), c.expected);
-        EXPECT_EQ(members.HasKey(c.key), members.TryGetValue(c.key) != nullptr);
-        if (members.HasKey(c.key)) {
-            EXPECT_EQ(TextOf(members.GetValue(c.key)), c.expected);
-        } else {
-            EXPECT_LUM_ERROR(KeyNotFound, key, members.GetValue(c.key));
-        }
+    const std::pair<const wchar_t*, const char*> keys[] = {
+        {L"0", "5"}, {L"1", "x"}, {L"2", "!All"}, {L"3", "2024-03-01"}};
+    for (const auto& [key, expected] : keys) {
+        EXPECT_EQ(TextOf(members.TryGetValue(key)), expected);
+        EXPECT_EQ(TextOf(members.GetValue(key)), expected);
+        EXPECT_TRUE(members.HasKey(key));
+    }
+    for (const wchar_t* const key : {L"4", L"x", L"", L"-1"}) {
+        EXPECT_EQ(members.TryGetValue(key), nullptr);
+        EXPECT_FALSE(members.HasKey(key));
+        EXPECT_LUM_ERROR(KeyNotFound, TStringCore(key).toStdString(), members.GetValue(key));
     }
     EXPECT_LUM_ERROR(IllegalCast, "", value->Cast(value->GetType()));
 }
@@ -338,7 +313,6 @@ TEST_F(ValueTupleTest, ComparesWithRowsOfItsOwnTypeAlone) {
     const SV value = factory::MakeTuple(RowOf("P{i}: 5"));
     EXPECT_TRUE(value->IsEqual(*value->Clone()));
     EXPECT_FALSE(value->IsEqual(*factory::MakeTuple(RowOf("P{l}: 5"))));
-    EXPECT_FALSE(value->IsEqual(*factory::MakeInt32(5)));
     EXPECT_FALSE(value->IsEqual(*factory::MakeSpecial(value->GetType(), SpecialKind::Null)));
     EXPECT_EQ(value->Compare(*factory::MakeTuple(RowOf("P{i}: 6"))), -1);
     EXPECT_LUM_REPORT(ExpectedTuple, "", "", value->Compare(*factory::MakeInt32(5)));

@@ -2,10 +2,13 @@
 
 #include <algorithm>
 
+#include "core/main/serialize/KeySetEntries.h"
 #include "core/main/store/ValueKeySet.h"
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/KeySetFactory.h"
+#include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/ValueUtil.h"
+#include "lum/core/types/CollectionTypes.h"
 #include "tests/support/ColumnText.h"
 
 namespace lum::test {
@@ -14,21 +17,28 @@ using namespace core;
 
 SV MakeKeySetOf(const Type* keyType, const Type* elementType, const BoxedEntries& entries,
                 HandleSides handles) {
-    return DispatchKeySet(
-        keyType, elementType, handles,
-        [&]<typename K, typename V>(StorageTag<K>, StorageTag<V>) -> SV {
-            auto values =
-                MakeMapContainer<K, V>(keyType, static_cast<lumsize_t>(entries.normal.size()));
-            auto specials = std::make_unique<MapContainer<SpecialKind, V>>();
+    // Whatever is an array is stored as SV.
+    const StoreType keyStorage = handles == HandleSides::Keys || handles == HandleSides::Both
+                                     ? StoreType::Array
+                                     : keyType->GetStoreType();
+    const StoreType elementStorage =
+        handles == HandleSides::Elements || handles == HandleSides::Both
+            ? StoreType::Array
+            : elementType->GetStoreType();
+    return DispatchStorage(elementStorage, [&]<typename V>(StorageTag<V>) {
+        auto specials = std::make_unique<MapContainer<SpecialKind, V>>();
+        for (const auto& [kind, element] : entries.special) {
+            specials->emplace(kind, FetchStoreValue<V>(element));
+        }
+        return DispatchStorage(keyStorage, [&]<typename K>(StorageTag<K>) {
+            auto values = MakeMapContainer<K, V>(keyType, 0);
             for (const auto& [key, element] : entries.normal) {
                 values->emplace(FetchStoreValue<K>(key), FetchStoreValue<V>(element));
-            }
-            for (const auto& [kind, element] : entries.special) {
-                specials->emplace(kind, FetchStoreValue<V>(element));
             }
             return factory::MakeKeySet<K, V>(keyType, elementType, std::move(values),
                                              std::move(specials));
         });
+    });
 }
 
 SV KeySetOf(const std::string& keys, const std::string& elements) {
@@ -48,37 +58,29 @@ SV KeySetOf(const std::string& keys, const std::string& elements) {
                         elementColumn->AsArray().GetElementType(), entries);
 }
 
-BoxedEntries EntriesOf(const StoreValue& keySet, HandleSides handles) {
-    const KeySetType& type = keySet.GetType()->As<KeySetType>();
-    const Type* const keyType = type.GetKeyType();
-    const Type* const elementType = type.GetElementType();
-    return DispatchKeySet(
-        keyType, elementType, handles, [&]<typename K, typename V>(StorageTag<K>, StorageTag<V>) {
-            const IStoreDictionary<K, V>& dictionary = keySet.AsDictionary<K, V>();
-            BoxedEntries entries;
-            for (const auto& [key, element] : dictionary.GetEntries()) {
-                entries.normal.emplace_back(MakeStoreValueFromStorageType<K>(keyType, key),
-                                            MakeStoreValueFromStorageType<V>(elementType, element));
-            }
-            for (const auto& [kind, element] : dictionary.GetSpecialEntries()) {
-                entries.special.emplace_back(
-                    kind, MakeStoreValueFromStorageType<V>(elementType, element));
-            }
-            return entries;
-        });
+namespace {
+
+std::string TextOfStored(const Type* type, const void* stored) {
+    return DispatchStorage(type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
+        return TextOf(MakeStoreValueFromStorageType<T>(type, *static_cast<const T*>(stored)));
+    });
 }
 
+}  // namespace
+
 std::string KeySetText(const StoreValue& keySet) {
-    const BoxedEntries entries = EntriesOf(keySet);
+    const KeySetType& type = keySet.GetType()->As<KeySetType>();
+    const KeySetEntries entries = CollectKeySetEntries(keySet);
     std::vector<std::string> parts;
-    for (const auto& [key, element] : entries.normal) {
-        parts.push_back(" " + TextOf(key) + "=" + TextOf(element));
+    for (const auto& [key, element] : entries.entries) {
+        parts.push_back(" " + TextOfStored(type.GetKeyType(), key) + "=" +
+                        TextOfStored(type.GetElementType(), element));
     }
-    for (const auto& [kind, element] : entries.special) {
-        parts.push_back(" " + TextOf(kind) + "=" + TextOf(element));
+    for (const auto& [kind, element] : entries.specialEntries) {
+        parts.push_back(" " + TextOf(kind) + "=" + TextOfStored(type.GetElementType(), element));
     }
     std::sort(parts.begin(), parts.end());
-    std::string text = keySet.GetType()->ToString().toStdString() + ":";
+    std::string text = type.ToString().toStdString() + ":";
     for (const std::string& part : parts) {
         text += part;
     }

@@ -4,10 +4,8 @@
 #include <utility>
 #include <vector>
 
-#include "lum/core/store/IStoreDictionary.h"
-#include "lum/core/store/StoreTypeDispatcher.h"
+#include "lum/core/store/SpecialKind.h"
 #include "lum/core/store/StoreValue.h"
-#include "lum/core/types/CollectionTypes.h"
 
 namespace lum::test {
 
@@ -20,33 +18,12 @@ struct BoxedEntries {
 /// Which sides of a key set are stored as SV whatever their type is.
 enum class HandleSides { None, Keys, Elements, Both };
 
-/// Calls `function` with the StorageTags of keys and elements.
-template <typename F>
-decltype(auto) DispatchKeySet(const core::Type* keyType, const core::Type* elementType,
-                              HandleSides handles, const F& function) {
-    using core::StorageTag;
-    using core::StoreType;
-    const bool handlesAsKeys = handles == HandleSides::Keys || handles == HandleSides::Both;
-    const bool handlesAsElements = handles == HandleSides::Elements || handles == HandleSides::Both;
-    // Whatever is an array is stored as SV.
-    return core::DispatchStorage(
-        handlesAsKeys ? StoreType::Array : keyType->GetStoreType(),
-        [&]<typename K>(StorageTag<K> key) {
-            return core::DispatchStorage(
-                handlesAsElements ? StoreType::Array : elementType->GetStoreType(),
-                [&]<typename V>(StorageTag<V> element) { return function(key, element); });
-        });
-}
-
 /// Of several entries under one key the first stays. Needs a collator pool for strings as keys.
 core::SV MakeKeySetOf(const core::Type* keyType, const core::Type* elementType,
                       const BoxedEntries& entries, HandleSides handles = HandleSides::None);
 /// Both texts are those of ColumnOf. Each cell of `keys` is a key, a special cell a special key;
 /// its element is the cell at its place in `elements`.
 core::SV KeySetOf(const std::string& keys, const std::string& elements);
-
-/// What the cursors of a key set visit.
-BoxedEntries EntriesOf(const core::StoreValue& keySet, HandleSides handles = HandleSides::None);
 
 /// "K<i,s<ROOT>>: !Null=a 1=b", sorted; keys and elements are stored as their types say.
 std::string KeySetText(const core::StoreValue& keySet);

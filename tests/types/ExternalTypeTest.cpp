@@ -49,8 +49,7 @@ TEST_F(ExternalTypeTest, TypeOfAnIdAndOfItsName) {
     const ExternalType* const type = ExternalType::Get(40);
     EXPECT_EQ(ExternalType::Get(TStringCore(L"blob")), type);
     EXPECT_EQ(type->GetBaseType(), type);
-    EXPECT_EQ(type->GetExternalTypeId(), 40);
-    EXPECT_EQ(type->GetExternalTypeName(), L"blob");
+    EXPECT_TRUE(type->GetExternalTypeId() == 40 && type->GetExternalTypeName() == L"blob");
     EXPECT_EQ(type->ToString(), L"x<blob>");
     EXPECT_EQ(GetExternalTypeId(L"blob"), 40);
     EXPECT_EQ(GetExternalTypeName(40), L"blob");
@@ -72,7 +71,7 @@ TEST_F(ExternalTypeTest, ValuesGoToBytesAndBack) {
 }
 
 TEST_F(ExternalTypeTest, RefusedRegistrationsInTheOrderOfTheirTests) {
-    const char* const taken =
+    const char taken[] =
         "(m_typeIds.find(typeName) == m_typeIds.end() && "
         "m_externalTypeRegistrations.find(typeId) == m_externalTypeRegistrations.end())";
     EXPECT_LUM_REPORT(ExternalTypeExists, "", taken,

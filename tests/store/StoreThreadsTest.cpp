@@ -1,14 +1,20 @@
-// Arrays that are read for the first time on many threads at once.
+// Collections that are read for the first time on many threads at once.
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <functional>
+#include <memory>
+#include <numeric>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "lum/core/store/ArrayFactory.h"
+#include "lum/core/store/IStoreSet.h"
 #include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/ITypedArray.h"
+#include "lum/core/store/KeySetFactory.h"
+#include "lum/core/store/SetFactory.h"
 #include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/TableFactory.h"
 #include "lum/core/types/ScalarTypes.h"
@@ -23,7 +29,14 @@ namespace {
 
 constexpr std::size_t kThreadCount = 4;
 
-TEST(ArrayThreadsTest, FirstReadsAtOnce) {
+/// Reads on all threads at once give one text.
+void ExpectOneText(const std::function<std::string()>& read) {
+    std::vector<std::string> texts(kThreadCount);
+    test::RunTogether(kThreadCount, [&](std::size_t thread) { texts[thread] = read(); });
+    EXPECT_EQ(texts, std::vector<std::string>(kThreadCount, texts[0]));
+}
+
+TEST(StoreThreadsTest, FirstReadsAtOnce) {
     const test::CollatorPoolGuard pool;
     test::Random random;
     SCOPED_TRACE(random.Trace());
@@ -48,7 +61,7 @@ TEST(ArrayThreadsTest, FirstReadsAtOnce) {
     }
 }
 
-TEST(ArrayThreadsTest, RowsOfATableCutAtOnce) {
+TEST(StoreThreadsTest, RowsOfATableCutAtOnce) {
     const SV column = factory::MakeArray<unsigned>(
         IntType::Get32(), std::vector<unsigned>{1, 2, 3, 4}, SortSpecOrder::UNKNOWN);
     const SV table = factory::MakeTable({{L"a", column}, {L"b", column}}, {});
@@ -61,7 +74,7 @@ TEST(ArrayThreadsTest, RowsOfATableCutAtOnce) {
     EXPECT_EQ(test::TextOf(*columns[0]), "i: 2 3");
 }
 
-TEST(ArrayThreadsTest, ElementsOfAConstantAreOneObject) {
+TEST(StoreThreadsTest, ElementsOfAConstantAreOneObject) {
     const Type* const type = test::TypeOf("i");
     for (const SV& column : {factory::MakeConstantArray<unsigned>(type, 7u, 3),
                              factory::MakeConstantArray<unsigned>(type, 3, SpecialKind::Null)}) {
@@ -75,16 +88,44 @@ TEST(ArrayThreadsTest, ElementsOfAConstantAreOneObject) {
     }
 }
 
-TEST(ArrayThreadsTest, RowsMadeByTheColumnItself) {
+TEST(StoreThreadsTest, UntouchedRows) {
     const test::CollatorPoolGuard pool;
     const auto* const type = &test::TypeOf("P{i,s}")->As<TupleType>();
-    // None of these rows was touched before the column took them over.
+    // None of these rows was touched before the collections took them over.
     const SV column =
         factory::MakeArray(type, std::vector<LumTuple>(20, LumTuple(type)), SortSpecOrder::ASC);
-    std::vector<std::string> texts(kThreadCount);
-    test::RunTogether(kThreadCount,
-                      [&](std::size_t thread) { texts[thread] = test::TextOf(column); });
-    EXPECT_EQ(texts, std::vector<std::string>(kThreadCount, texts[0]));
+    ExpectOneText([&] { return test::TextOf(column); });
+
+    auto values = std::make_unique<MapContainer<unsigned, LumTuple>>();
+    for (unsigned key = 0; key < 20; ++key) {
+        values->emplace(key, LumTuple(type));
+    }
+    auto specials = std::make_unique<MapContainer<SpecialKind, LumTuple>>();
+    specials->emplace(SpecialKind::Null, LumTuple(type));
+    const SV keySet = factory::MakeKeySet<unsigned, LumTuple>(
+        IntType::Get32(), type, std::move(values), std::move(specials));
+    ExpectOneText([&] { return test::TextOf(keySet); });
+}
+
+TEST(StoreThreadsTest, SetsLookColumnsUp) {
+    constexpr unsigned kCount = 1000;
+    auto values = std::make_unique<SetContainer<unsigned>>();
+    for (unsigned value = 0; value < kCount; value += 2) {
+        values->insert(value);
+    }
+    const SV value = factory::MakeSet<unsigned>(IntType::Get32(), std::move(values), nullptr);
+    const auto& set = value->AsTypedSet<unsigned>();
+    std::vector<unsigned> wanted(kCount);
+    std::iota(wanted.begin(), wanted.end(), 0u);
+    std::vector<int> counts(kThreadCount);
+    test::RunTogether(kThreadCount, [&](std::size_t thread) {
+        std::vector<unsigned char> out(kCount);
+        for (int round = 0; round < 4; ++round) {
+            set.ContainsEach(wanted, out);
+            counts[thread] += std::accumulate(out.begin(), out.end(), 0);
+        }
+    });
+    EXPECT_EQ(counts, std::vector<int>(kThreadCount, 4 * kCount / 2));
 }
 
 }  // namespace
