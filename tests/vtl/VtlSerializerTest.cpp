@@ -43,8 +43,6 @@ TransformSpec MakeCopy(const std::string& input, const std::string& output) {
     return TransformSpec(OperatorType::Copy, Keys({input}), Keys({output}));
 }
 
-// Literals ----------------------------------------------------------------------------------------
-
 struct LiteralCase {
     SV value;
     const char* text;
@@ -94,47 +92,35 @@ TEST(VtlSerializerTest, Literals) {
     }
 }
 
-struct RefusedCase {
-    const char* name;
-    LumError error;
-    SV value;
-};
-
 TEST(VtlSerializerTest, RefusedLiterals) {
     const SV array = factory::MakeArray<unsigned int>(IntType::Get32(), std::vector<unsigned int>{},
                                                       SortSpecOrder::UNKNOWN);
-    const RefusedCase cases[] = {
-        {"array", LumError::OperatorTypeNotPrimitive, array},
-        {"special of an array", LumError::OperatorTypeNotPrimitive,
-         MakeSpecial(ArrayType::Get(IntType::Get32()), SpecialKind::Null)},
-        {"special of an external type", LumError::OperatorTypeExternal,
-         MakeSpecial(ExternalType::Get(1), SpecialKind::Null)},
-    };
-    for (const RefusedCase& row : cases) {
-        SCOPED_TRACE(row.name);
-        const bool isExternal = row.error == LumError::OperatorTypeExternal;
+    const SV special = MakeSpecial(ArrayType::Get(IntType::Get32()), SpecialKind::Null);
+    const SV external = MakeSpecial(ExternalType::Get(1), SpecialKind::Null);
+    for (const SV& value : {array, special, external}) {
+        const bool isExternal = value == external;
+        const LumError error =
+            isExternal ? LumError::OperatorTypeExternal : LumError::OperatorTypeNotPrimitive;
         const auto condition = [&](const std::string& owner) {
             return isExternal ? "!(" + owner + ".GetValue()->GetStoreType() == StoreType::External)"
                               : "(IsPrimitiveStoreType(" + owner + ".GetValue()->GetStoreType()))";
         };
 
         TStringCore text = L"before ";
-        TransformSpec transform(OperatorType::Constant, Key("a"), Key("b"), nullptr, row.value);
-        EXPECT_TRUE(test::FailsAs({row.error, "", true, condition("spec")},
+        TransformSpec transform(OperatorType::Constant, Key("a"), Key("b"), nullptr, value);
+        EXPECT_TRUE(test::FailsAs({error, "", true, condition("spec")},
                                   [&] { TransformToString(text, transform); }));
         EXPECT_EQ(text, L"before a -> constant");
 
         transform.GetValue() = nullptr;
         transform.GetFunctionSpec() =
-            FunctionSpec::Make(L"f", {ValueSpec(Key("k")), ValueSpec(row.value)});
-        EXPECT_TRUE(test::FailsAs({row.error, "", true, condition("valuespec")},
+            FunctionSpec::Make(L"f", {ValueSpec(Key("k")), ValueSpec(value)});
+        EXPECT_TRUE(test::FailsAs({error, "", true, condition("valuespec")},
                                   [&] { TransformsToString(List(transform), true); }));
-        EXPECT_TRUE(test::FailsAs({row.error, "", true, condition("valuespec")},
+        EXPECT_TRUE(test::FailsAs({error, "", true, condition("valuespec")},
                                   [&] { FunctionToString(*transform.GetFunctionSpec()); }));
     }
 }
-
-// Functions ---------------------------------------------------------------------------------------
 
 TEST(VtlSerializerTest, FunctionNames) {
     using namespace std::string_view_literals;
@@ -147,8 +133,6 @@ TEST(VtlSerializerTest, FunctionNames) {
         EXPECT_EQ(FunctionToString(*FunctionSpec::Make(TStringCore(name))).toStdString(), expected);
     }
 }
-
-// Statements --------------------------------------------------------------------------------------
 
 TEST(VtlSerializerTest, Statements) {
     const auto function = FunctionSpec::Make(
@@ -178,7 +162,12 @@ TEST(VtlSerializerTest, Statements) {
                      TransformToString(TransformSpec(static_cast<OperatorType>(33), {}, {})));
 }
 
-// Lists -------------------------------------------------------------------------------------------
+const char* const kNestedText =
+    "a -> case -> b\n"
+    "  -> when -> c\n"
+    "    d -> copy -> e\n"
+    "    // inner\n"
+    "  f -> copy -> g\n";
 
 std::vector<TransformSpec> MakeNested() {
     return List(
@@ -189,13 +178,6 @@ std::vector<TransformSpec> MakeNested() {
                            MakeCopy("f", "g"))),
         TransformSpec(OperatorType::NoOp, Keys({"h"}), Keys({"i"})));
 }
-
-const char* const kNestedText =
-    "a -> case -> b\n"
-    "  -> when -> c\n"
-    "    d -> copy -> e\n"
-    "    // inner\n"
-    "  f -> copy -> g\n";
 
 TEST(VtlSerializerTest, Lists) {
     const std::vector<TransformSpec> list = MakeNested();
