@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <bit>
 #include <climits>
 #include <cmath>
 #include <limits>
@@ -10,12 +9,10 @@
 #include <string>
 #include <utility>
 
-#include "RandomTest.h"
-
 namespace lumhost::test {
 namespace {
 
-// Which days there are is told by CsvImportTest.
+// CsvImportTest tells which days there are, and that whatever has a kind can be read.
 TEST(CellTextTest, ClassifiesCells) {
     const std::string longZero = "0." + std::string(400, '0');
     const std::string tooLarge = "1" + std::string(400, '0') + ".0";
@@ -76,52 +73,6 @@ TEST(CellTextTest, ReadsDatesAndTimes) {
               (DateTimeFields{12024, 3, 1, 9, 5, 7, 250}));
     EXPECT_EQ(ReadDateTime("2024-03-01T09:05:07.25"), (DateTimeFields{2024, 3, 1, 9, 5, 7, 2500}));
     EXPECT_EQ(ReadDate("2024-03-01T09:05:07"), std::nullopt);
-}
-
-using CellTextRandomTest = RandomTest;
-
-// A column is filled by the reader that its type names, so whatever gets a kind has to be read.
-bool IsRead(CellKind kind, const std::string& text) {
-    switch (kind) {
-        case kBoolCell:
-            return ReadBool(text).has_value();
-        case kInt32Cell:
-        case kInt64Cell:
-            return (kind == kInt64Cell || ReadInt32(text).has_value()) &&
-                   ReadReal64(text) == static_cast<double>(*ReadInt64(text));
-        case kWideInt64Cell:
-            return ReadInt64(text).has_value() && !ReadInt32(text).has_value();
-        case kReal64Cell:
-            return ReadReal64(text).has_value() && std::isfinite(*ReadReal64(text));
-        case kDateCell:
-            return ReadDate(text).has_value() && ReadDateTime(text) == ReadDate(text);
-        case kDateTimeCell:
-            return ReadDateTime(text).has_value();
-        default:
-            return true;
-    }
-}
-
-TEST_F(CellTextRandomTest, WhatHasAKindIsRead) {
-    constexpr const char* kPieces[] = {"0",   "1",   "9",         "12",         "2024", "-",
-                                       "+",   ".",   "e",         "E",          ":",    "T",
-                                       "-01", "00:", "123456789", "2147483647", "true"};
-    int counts[9] = {};
-    for (int round = 0; round < 300000; ++round) {
-        std::string text;
-        if (Below(4) == 0) {
-            text = Below(2) == 0 ? "2023-11-" : "1999-02-03T10:";
-        }
-        for (std::size_t pieces = 1 + Below(5); pieces > 0; --pieces) {
-            text += OneOf(kPieces);
-        }
-        const CellKind kind = ClassifyCell(text);
-        ASSERT_TRUE(IsRead(kind, text)) << Trace(text);
-        ++counts[std::countr_zero(static_cast<unsigned>(kind))];
-    }
-    for (int bit = 0; bit < 8; ++bit) {
-        EXPECT_GT(counts[bit], 20) << "too few cells of kind " << (1 << bit);
-    }
 }
 
 }  // namespace

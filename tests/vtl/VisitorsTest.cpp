@@ -79,36 +79,35 @@ private:
 const char* const kKeyCalls = "o:o4 i:i4 i:k1 i:k2 o:o3 i:i3 o:o1 o:o2 i:i1 i:i2 o:o5 i:i5";
 const char* const kTopKeyCalls = "o:o1 o:o2 i:i1 i:i2 o:o5 i:i5";
 
-TEST(VisitorsTest, PreOrderVisitShowsWhatIsBelowFirst) {
-    const Program program = Parse(kProgramText);
-    Calls calls;
-    Visitors::PreOrderVisit(calls.Transform(), calls.Visit('o'), calls.Visit('i'), program,
-                            /*recurse=*/true);
-    EXPECT_EQ(calls.Take(),
-              "t:o4 o:o4 i:i4 i:k1 i:k2 t:o3 o:o3 i:i3 t:o1 o:o1 o:o2 i:i1 i:i2 t:o5 o:o5 i:i5");
-    Visitors::PreOrderVisit(nullptr, calls.Visit('o'), calls.Visit('i'), program,
-                            /*recurse=*/false);
-    EXPECT_EQ(calls.Take(), kTopKeyCalls);
-    Visitors::PreOrderVisit(calls.Transform(), nullptr, nullptr, program, /*recurse=*/true);
-    EXPECT_EQ(calls.Take(), "t:o4 t:o3 t:o1 t:o5");
-    Visitors::PreOrderVisit(nullptr, nullptr, calls.Visit('i'), program[0], /*recurse=*/false);
-    EXPECT_EQ(calls.Take(), "i:i1 i:i2");
+TEST(VisitorsTest, AllGoThroughKeysInOneOrder) {
+    for (const bool recurse : {true, false}) {
+        const char* const expectedCalls = recurse ? kKeyCalls : kTopKeyCalls;
+        const char* const expectedText = recurse ? kRewrittenText : kRewrittenTopText;
+        Program program = Parse(kProgramText);
+        Calls calls;
+        Visitors::PreOrderVisit(nullptr, calls.Visit('o'), calls.Visit('i'), program, recurse);
+        EXPECT_EQ(calls.Take(), expectedCalls);
+
+        const Program rewritten =
+            Visitors::RewriteKeys(calls.Rewrite('o'), calls.Rewrite('i'), program, recurse);
+        EXPECT_EQ(calls.Take(), expectedCalls);
+        EXPECT_EQ(TextOf(rewritten), expectedText);
+        EXPECT_EQ(TextOf(program), kProgramText);
+
+        Visitors::OverwriteKeys(calls.Overwrite('o'), calls.Overwrite('i'), program, recurse);
+        EXPECT_EQ(calls.Take(), expectedCalls);
+        EXPECT_EQ(TextOf(program), expectedText);
+    }
 }
 
-TEST(VisitorsTest, OverwriteKeysChangesInPlace) {
+TEST(VisitorsTest, CallbacksMayBeMissing) {
     Program program = Parse(kProgramText);
     Calls calls;
-    Visitors::OverwriteKeys(calls.Overwrite('o'), calls.Overwrite('i'), program, /*recurse=*/true);
-    EXPECT_EQ(calls.Take(), kKeyCalls);
-    EXPECT_EQ(TextOf(program), kRewrittenText);
-
-    program = Parse(kProgramText);
-    Visitors::OverwriteKeys(calls.Overwrite('o'), calls.Overwrite('i'), program,
-                            /*recurse=*/false);
-    EXPECT_EQ(calls.Take(), kTopKeyCalls);
-    EXPECT_EQ(TextOf(program), kRewrittenTopText);
-
-    program = Parse(kProgramText);
+    Visitors::PreOrderVisit(calls.Transform(), calls.Visit('o'), nullptr, program,
+                            /*recurse=*/true);
+    EXPECT_EQ(calls.Take(), "t:o4 o:o4 t:o3 o:o3 t:o1 o:o1 o:o2 t:o5 o:o5");
+    Visitors::PreOrderVisit(nullptr, nullptr, calls.Visit('i'), program[0], /*recurse=*/false);
+    EXPECT_EQ(calls.Take(), "i:i1 i:i2");
     Visitors::OverwriteKeys(nullptr, calls.Overwrite('i'), program[0], /*recurse=*/true);
     EXPECT_EQ(calls.Take(), "i:i4 i:k1 i:k2 i:i3 i:i1 i:i2");
 }
@@ -135,19 +134,6 @@ TEST(VisitorsTest, OverwriteKeysReplacesFunctions) {
     EXPECT_EQ(TextOf(program), "i_ -> map (f k_) -> o#\ni_ -> map (g :1:i) -> o#\n");
     EXPECT_EQ(FunctionToString(*function), L"f k");  // Others may share it.
     EXPECT_NE(program[1].GetFunctionSpec(), withoutKey);
-}
-
-TEST(VisitorsTest, RewriteKeysMakesANewList) {
-    const Program program = Parse(kProgramText);
-    Calls calls;
-    const auto rewrite = [&](bool recurse) {
-        return Visitors::RewriteKeys(calls.Rewrite('o'), calls.Rewrite('i'), program, recurse);
-    };
-    EXPECT_EQ(TextOf(rewrite(/*recurse=*/true)), kRewrittenText);
-    EXPECT_EQ(calls.Take(), kKeyCalls);
-    EXPECT_EQ(TextOf(rewrite(/*recurse=*/false)), kRewrittenTopText);
-    EXPECT_EQ(calls.Take(), kTopKeyCalls);
-    EXPECT_EQ(TextOf(program), kProgramText);
 }
 
 TEST(VisitorsTest, RewriteKeysDropsCommentsButThoseOfNoOps) {

@@ -28,34 +28,23 @@ TEST(VtlLinesTest, Cuts) {
     const std::pair<const char*, Lines> cases[] = {
         {"", {}},
         {"a\n\n\nb\n", {"a", "b"}},
-        {"a\r\nb", {"a\r", "b"}},
-        {" \n\t", {" ", "\t"}},
         // In quotes and behind a backslash a line feed is part of the line.
         {"a 'b\nc' d\ne", {"a 'b\nc' d", "e"}},
         {"'a\\'b\nc'\nd", {"'a\\'b\nc'", "d"}},
-        {"a 'b\nc", {"a 'b\nc"}},
         {"a\\\nb\nc", {"a\\\nb", "c"}},
-        {"a\\", {"a\\"}},
         // A comment at the very start of a line is without quotes and backslashes.
         {"// it's\na", {"// it's", "a"}},
-        {"// a\\\nb", {"// a\\", "b"}},
         {" // it's\na\nb'\nc", {" // it's\na\nb'", "c"}},
         // Slashes at the start of a line keep quotes from ever closing.
         {"'a\n//b'\nc\n'd'\ne", {"'a\n//b'\nc\n'd'\ne"}},
         // A word loses its quotes.
         {"'a-b.c;'", {"a-b.c;"}},
-        {"'a->b'", {"'a->b'"}},
         {"'a\nb'", {"a\nb"}},
         {"''\na", {"", "a"}},
-        {"'a' ", {"'a' "}},
         {"'a' 'b'", {"'a' 'b'"}},
     };
     for (const auto& [text, lines] : cases) {
         EXPECT_EQ(LinesOf(TStringCore::fromUtf8(text)), lines) << text;
-    }
-    for (const char delimiter : std::string(":/{ ()\",")) {
-        const std::string line = std::string("'a") + delimiter + "b'";
-        EXPECT_EQ(LinesOf(TStringCore::fromUtf8(line)), Lines{line});
     }
 }
 
@@ -94,9 +83,9 @@ Lines CutByModel(const std::string& text) {
 }
 
 TEST(VtlLinesTest, AgreesWithTheModel) {
-    const char* const pieces[] = {"\n", "\n", "\n//", "//", "'",
-                                  "'",  "\\", "a",    " ",  "->",
-                                  ":",  "/",  "\r",   "\t", "a long piece of text "};
+    const char* const pieces[] = {
+        "\n", "\n", "\n//", "//", "'",  "'", "\\", "a",  " ",  "->",
+        ":",  "/",  "(",    ")",  "\"", ",", "{",  "\r", "\t", "a long piece of text "};
     test::Random random;
     SCOPED_TRACE(random.Trace());
     for (int round = 0; round < 20000; ++round) {

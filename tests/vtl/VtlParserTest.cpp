@@ -77,6 +77,8 @@ TEST(VtlParserTest, Statements) {
         // Functions.
         {"-> map (+ a b) -> x", "-> map ('+' a b) -> x"},
         {"-> map (-a) -> x", "-> map ('-' a) -> x"},
+        {"-> map (* a) -> x", "-> map ('*' a) -> x"},
+        {"-> map (< a) -> x", "-> map ('<' a) -> x"},
         {"-> map (> a) -> x", "-> map ('>' a) -> x"},
         {"-> map ('/' a) -> x", "-> map ('/' a) -> x"},
         {"-> map (f a/b c:i/d 'e f' 12) -> x", "-> map (f a/b c:i/d 'e f' 12) -> x"},

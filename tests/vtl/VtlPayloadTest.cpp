@@ -99,10 +99,11 @@ TEST(VtlPayloadTest, IsReadAsItIsWritten) {
 }
 
 TEST(VtlPayloadTest, WhatOthersMayWrite) {
-    for (const char* const line :
+    const GraphEdge edge(3, {4}, Key("a/b"), kC);
+    for (const std::string line :
          {"  3 , , 4 , a / b , c  ", "3,,4,a:K<s,i>/b:A<i>,c", "3,,4,'a'/b,c",
           "3,,4,a/b,constant, and more", "\n\n3,,4,a/b,c\n\n", "3,,4,a/b,c\r", "03,,0004,a/b,c"}) {
-        EXPECT_EQ(Edges(line), (std::vector{GraphEdge(3, {4}, Key("a/b"), kC)})) << line;
+        EXPECT_EQ(Edges(line + "\n" + line), (std::vector{edge, edge})) << line;
     }
     // The number that stands for none.
     EXPECT_FALSE(Edges("4294967295,,a,i")[0].HasSource());
