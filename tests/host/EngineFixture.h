@@ -16,6 +16,7 @@
 #include "lum/core/utility/LumException.h"
 #include "tests/support/CollatorPoolGuard.h"
 #include "tests/support/ColumnText.h"
+#include "tests/support/LumErrorMatchers.h"
 
 // What programs over the columns of a store give, and how they fail.
 
@@ -84,17 +85,10 @@ protected:
 
     void ExpectFaults(std::span<const FaultCase> cases) {
         for (const FaultCase& row : cases) {
-            SCOPED_TRACE(row.program);
             StartAfresh();
-            try {
-                Run(row.program);
-                ADD_FAILURE() << "nothing was thrown";
-            } catch (const lum::core::LumRuntimeException& error) {
-                const std::string text = error.what();
-                EXPECT_EQ(error.GetError(), row.error) << text;
-                EXPECT_TRUE(text.ends_with(row.details)) << text;
-            }
-            EXPECT_EQ(m_store->TryGetValue(lum::core::KeyPath(L"out")), nullptr);
+            EXPECT_TRUE(lum::test::FailsAs({row.error, row.details}, [&] { Run(row.program); }))
+                << row.program;
+            EXPECT_EQ(m_store->TryGetValue(lum::core::KeyPath(L"out")), nullptr) << row.program;
         }
     }
 

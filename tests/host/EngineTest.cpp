@@ -125,8 +125,8 @@ TEST_F(EngineTest, FaultsAreReported) {
         {"n -> copy ->", OneOutputNeeded},
         {"n -> copy -> out b", OneOutputNeeded},
         {"n -> copy -> one/out", IllegalOutputKey, "one/out"},
-        {"one -> copy -> n/0", IllegalOutputKey},
-        {"one -> copy -> a/''/out", IllegalOutputKey},
+        {"one -> copy -> n/0", IllegalOutputKey, "n/0"},
+        {"one -> copy -> a/''/out", IllegalOutputKey, "a//out"},
         {"-> copy -> out", OneInputNeeded},
         {"one -> copy -> k/a\nk -> copy -> k/b", CopyIntoSelf},
         {"n -> copy (inc) -> out", FunctionNotUsed},
@@ -135,7 +135,7 @@ TEST_F(EngineTest, FaultsAreReported) {
 
         {"n -> map -> out", FunctionNeeded},
         {"one -> map (inc) -> out", MapInputType},
-        {"n -> map (nosuch) -> out", FunctionNotFound},
+        {"n -> map (nosuch) -> out", FunctionNotFound, "nosuch(i)"},
         {"n -> map (inc :1:i) -> out", NonCreatorCalledAsCreator, "inc"},
         {"n -> map (addConstant) -> out", CreatorInputCount, "addConstant"},
         {"n -> map (addConstant :1:r) -> out", CreatorInputType, "addConstant"},
@@ -152,7 +152,7 @@ TEST_F(EngineTest, FaultsAreReported) {
         {"n -> copy -> k/n\nk/n -> filter :true (> :1:i) -> out", FilterParentNotTable},
         {"n -> reduce (sum) -> out", InitialValueNeeded},
         {"n -> reduce :0:r (sum) -> out", ReduceInitialType},
-        {"n -> reduce :0:i (nosuch) -> out", FunctionNotFound},
+        {"n -> reduce :0:i (nosuch) -> out", FunctionNotFound, "nosuch(i, i)"},
         {"one -> reduce :0:i (sum) -> out", ReduceInputType},
         {"n -> reduce :0:i (sum :1:i) -> out", NonCreatorCalledAsCreator, "sum"},
         {"n -> scan :0:r (sum) -> out", ScanInitialType},
@@ -192,7 +192,7 @@ TEST_F(EngineTest, FaultsAreReported) {
         {"n -> setValue (inc) -> out", SetValueTypeMismatch, "inc"},
         {"one -> setValue (toInt64) -> one", SetValueTypeMismatch, "toInt64"},
         {"one -> setValue (inc) -> n", KeyNotUpdatable, "n"},
-        {"one one one -> setValueMulti (+) -> out", FunctionNotFound},
+        {"one one one -> setValueMulti (+) -> out", FunctionNotFound, "+(vector {i, i, i})"},
         {"one zero -> setValueMulti ('/') -> out", DivideByZero},
         {"-> constant :-2147483648:i -> low\nlow -> setValueMulti ('/' :-1:i) -> out", OutOfBounds},
 
@@ -220,7 +220,7 @@ TEST_F(EngineTest, FaultsAreReported) {
         {"-> call :b -> out\n-> block :b ->\n  -> return ->", InvalidInputCount, "b"},
         {"one -> call :b -> out out\nx -> block :b ->\n  x x -> return ->", IllegalOutputKey,
          "out"},
-        {"-> call :b -> out\n-> block :b ->\n  one -> return ->", KeyNotFound},
+        {"-> call :b -> out\n-> block :b ->\n  one -> return ->", KeyNotFound, "one"},
     };
     ExpectFaults(cases);
 }

@@ -150,11 +150,12 @@ TEST_F(StoreFilesTest, WhatCannotBeWrittenLeavesTheFile) {
         {"a.lum", "n",
          "what stands at \"n\" is neither a key map nor a table, and cannot be a file's root"},
     };
-    for (const auto& [name, path, fault] : cases) {
-        m_folder.WriteFile(name, "former");
-        EXPECT_EQ(FaultOf([&] { Write(name, *store, path); }), "source: " + std::string(fault));
-        EXPECT_EQ(m_folder.ReadFile(name), "former");
-        std::filesystem::remove(m_folder.PathOf(name));
+    for (const auto& row : cases) {
+        m_folder.WriteFile(row.name, "former");
+        EXPECT_EQ(FaultOf([&] { Write(row.name, *store, row.path); }),
+                  "source: " + std::string(row.fault));
+        EXPECT_EQ(m_folder.ReadFile(row.name), "former");
+        std::filesystem::remove(m_folder.PathOf(row.name));
         EXPECT_TRUE(std::filesystem::is_empty(m_folder.GetPath()));
     }
 }
@@ -172,9 +173,9 @@ TEST_F(StoreFilesTest, FaultsOfInputsNameTheFile) {
         {"a.lum", "n\n1\n", "a.lum: "},
         {"a.lum", "", "a.lum: the file is empty"},
     };
-    for (const auto& [name, text, fault] : cases) {
-        m_folder.WriteFile(name, text);
-        EXPECT_TRUE(FaultOf([&] { Read(name); }).starts_with(fault)) << text;
+    for (const auto& row : cases) {
+        m_folder.WriteFile(row.name, row.text);
+        EXPECT_TRUE(FaultOf([&] { Read(row.name); }).starts_with(row.fault)) << row.text;
     }
     ASSERT_EQ(::mkfifo(m_folder.PathOf("pipe").c_str(), 0600), 0);
     m_folder.WriteFile("locked", "some");
@@ -187,8 +188,9 @@ TEST_F(StoreFilesTest, FaultsOfInputsNameTheFile) {
     if (::geteuid() != 0) {
         unmapped.emplace_back("locked", "Permission denied");
     }
-    for (const auto& [name, fault] : unmapped) {
-        EXPECT_EQ(FaultOf([&] { MemoryMap::Open(m_folder.PathOf(name)); }), name + ": " + fault);
+    for (const auto& row : unmapped) {
+        EXPECT_EQ(FaultOf([&] { MemoryMap::Open(m_folder.PathOf(row.first)); }),
+                  row.first + ": " + row.second);
     }
 }
 

@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
-#include <utility>
+#include <string>
 #include <vector>
 
 #include "lum/core/functions/FunctionKey.h"
@@ -37,13 +37,13 @@ TEST(TypeLookupTest, TypesOfKeysStandOnTheirLastSegment) {
         EXPECT_EQ(lookup.IsKeyMap(Key(path)), isKeyMap) << path;
     }
     // In failures paths stand without their types.
-    const std::pair<const char*, const char*> untyped[] = {
-        {"a", "a"}, {"a:M/b", "a/b"}, {"a:i/'two words'", "a/'two words'"}};
-    for (const auto& [path, text] : untyped) {
-        EXPECT_FALSE(lookup.HasType(Key(path))) << path;
-        EXPECT_LUM_REPORT(KeyNotFound, text, "", lookup.GetType(Key(path)));
-        EXPECT_LUM_REPORT(KeyNotFound, text, "", lookup.IsKeyMap(Key(path)));
+    for (const std::string name : {"a", "a/b", "a/'two words'"}) {
+        const KeyPath path = Key(name);
+        EXPECT_FALSE(lookup.HasType(path)) << name;
+        EXPECT_LUM_REPORT(KeyNotFound, name, "", lookup.GetType(path));
+        EXPECT_LUM_REPORT(KeyNotFound, name, "", lookup.IsKeyMap(path));
     }
+    EXPECT_LUM_REPORT(KeyNotFound, "a/b", "", lookup.GetType(Key("a:M/b")));
     const char* const condition = "!(m_segments->empty())";
     EXPECT_LUM_REPORT(EmptyKeyPath, "", condition, lookup.HasType(KeyPath()));
     EXPECT_LUM_REPORT(EmptyKeyPath, "", condition, lookup.GetType(KeyPath()));

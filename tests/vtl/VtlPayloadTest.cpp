@@ -139,10 +139,11 @@ TEST(VtlPayloadTest, MarkersAreNeededInOrder) {
         {"(graph)\n(updatable-keys)\n(vtl)", kVtl},
         {"(graph)\n(updatable-keys)\n(vtl) \n", kVtl},
     };
-    for (const auto& [text, condition] : cases) {
+    for (const auto& row : cases) {
         Payload payload;
         payload.edges = {GraphEdge(Key("kept"), kI)};
-        EXPECT_LUM_REPORT(InvalidPayloadContent, "", condition, ParseInto(payload, text)) << text;
+        EXPECT_LUM_REPORT(InvalidPayloadContent, "", row.second, ParseInto(payload, row.first))
+            << row.first;
         EXPECT_EQ(payload.edges.size(), 1u);
     }
 }
