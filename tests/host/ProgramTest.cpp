@@ -89,6 +89,10 @@ TEST_F(ProgramTest, Prints) {
          "keepOnlyFirst  Int64    Bool    regular  creator (), stateful\n"
          "keepOnlyFirst  String   Bool    regular  creator (), stateful\n"
          "keepOnlyFirst  AnyType  Bool    regular  creator (), stateful\n"},
+        {"functions and",
+         "function  inputs             output  forms    flags\n"
+         "and       Bool, Bool         Bool    regular\n"
+         "and       list (Bool, Bool)  Bool    -\n"},
         {"apply sqrt wide.csv n", "[2,[0,\"Null\"],[0,\"Null\"]]\n"},
         {"apply - wide.csv n m", "[3,[0,\"Null\"],-12]\n"},
         {"apply '<' wide.csv n --constant -2", "[false,[false,\"Null\"],true]\n"},

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "lum/core/serialize/VtlParser.h"
 #include "lum/core/serialize/VtlSerializer.h"
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/vtl/GraphEdge.h"
@@ -162,17 +163,13 @@ TEST(TransformSpecTest, CopiesOwnAllButFunctionAndLiteral) {
 }
 
 TEST(TransformSpecTest, CollectAllInputs) {
-    const auto function = FunctionSpec::Make(
-        L"f", {ValueSpec(Key("c")), ValueSpec(MakeInt32(1)), ValueSpec(Key("d"))});
-    const TransformSpec child(OperatorType::Map, Keys({"x"}), Keys({"y"}));
-    const TransformSpec whole(OperatorType::When, Keys({"a", "b"}), Keys({"o"}), function,
-                              List(child), MakeInt32(2));
+    const TransformSpec whole =
+        ParseVtlList(L"a b -> when (f c :1:i d) -> o\n  x -> copy -> y", false)[0];
     EXPECT_EQ(whole.CollectAllInputs(), Keys({"a", "b", "c", "d"}));
-    EXPECT_EQ(child.CollectAllInputs(), Keys({"x"}));
-    EXPECT_LUM_LOGIC_REPORT(Unspecified, "", "(m_value) != nullptr",
-                            TransformSpec(OperatorType::Map, Key("a"), Key("b"),
-                                          FunctionSpec::Make(L"f", {ValueSpec()}), nullptr)
-                                .CollectAllInputs());
+    EXPECT_EQ(whole.GetChildTransforms()[0].CollectAllInputs(), Keys({"x"}));
+    const TransformSpec bad(OperatorType::Map, Key("a"), Key("b"),
+                            FunctionSpec::Make(L"f", std::vector<ValueSpec>(1)), nullptr);
+    EXPECT_LUM_LOGIC_REPORT(Unspecified, "", "(m_value) != nullptr", bad.CollectAllInputs());
 }
 
 TEST(GraphEdgeTest, ConstructorsAndEquality) {
