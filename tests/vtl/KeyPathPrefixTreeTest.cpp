@@ -12,7 +12,6 @@
 #include <utility>
 #include <vector>
 
-#include "lum/core/serialize/VtlParser.h"
 #include "lum/core/store/IDataStore.h"
 #include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/store/StoreValue.h"
@@ -127,10 +126,9 @@ TEST(KeyPathPrefixTreeTest, OfAStore) {
 }
 
 TEST(KeyPathPrefixTreeTest, OfTransforms) {
-    std::vector<TransformSpec> program = ParseVtlList(
-        L"// says something\nin -> case -> out/a out\n"
-        L"  below -> groupBy (f arguments/k :7:i) -> below/out\n",
-        /*keepComments=*/true);
+    std::vector<TransformSpec> program = test::Program(
+        "// says something\nin -> case -> out/a out\n"
+        "  below -> groupBy (f arguments/k :7:i) -> below/out\n");
     EXPECT_THAT(ConcreteOf(*KeyPathPrefixTree::Make(program, /*recurse=*/false)),
                 ElementsAre("in", "out", "out/a"));
     const auto whole = KeyPathPrefixTree::Make(program, /*recurse=*/true);

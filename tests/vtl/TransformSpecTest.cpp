@@ -9,7 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "lum/core/serialize/VtlParser.h"
 #include "lum/core/serialize/VtlSerializer.h"
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/vtl/GraphEdge.h"
@@ -163,8 +162,7 @@ TEST(TransformSpecTest, CopiesOwnAllButFunctionAndLiteral) {
 }
 
 TEST(TransformSpecTest, CollectAllInputs) {
-    const TransformSpec whole =
-        ParseVtlList(L"a b -> when (f c :1:i d) -> o\n  x -> copy -> y", false)[0];
+    const TransformSpec whole = test::Program("a b -> when (f c :1:i d) -> o\n  x -> copy -> y")[0];
     EXPECT_EQ(whole.CollectAllInputs(), Keys({"a", "b", "c", "d"}));
     EXPECT_EQ(whole.GetChildTransforms()[0].CollectAllInputs(), Keys({"x"}));
     const TransformSpec bad(OperatorType::Map, Key("a"), Key("b"),

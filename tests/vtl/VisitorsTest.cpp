@@ -9,7 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "lum/core/serialize/VtlParser.h"
 #include "lum/core/serialize/VtlSerializer.h"
 #include "tests/support/LumErrorMatchers.h"
 #include "tests/vtl/Programs.h"
@@ -20,13 +19,11 @@ namespace {
 using test::Key;
 using test::Keys;
 using test::List;
+using test::Program;
 
-using Program = std::vector<TransformSpec>;
+using Transforms = std::vector<TransformSpec>;
 
-Program Parse(const std::string& text) {
-    return ParseVtlList(TStringCore::fromUtf8(text), /*keepComments=*/true);
-}
-std::string TextOf(const Program& program) {
+std::string TextOf(const Transforms& program) {
     return TransformsToString(program, /*includeComments=*/true).toStdString();
 }
 
@@ -83,12 +80,12 @@ TEST(VisitorsTest, AllGoThroughKeysInOneOrder) {
     for (const bool recurse : {true, false}) {
         const char* const expectedCalls = recurse ? kKeyCalls : kTopKeyCalls;
         const char* const expectedText = recurse ? kRewrittenText : kRewrittenTopText;
-        Program program = Parse(kProgramText);
+        Transforms program = Program(kProgramText);
         Calls calls;
         Visitors::PreOrderVisit(nullptr, calls.Visit('o'), calls.Visit('i'), program, recurse);
         EXPECT_EQ(calls.Take(), expectedCalls);
 
-        const Program rewritten =
+        const Transforms rewritten =
             Visitors::RewriteKeys(calls.Rewrite('o'), calls.Rewrite('i'), program, recurse);
         EXPECT_EQ(calls.Take(), expectedCalls);
         EXPECT_EQ(TextOf(rewritten), expectedText);
@@ -101,7 +98,7 @@ TEST(VisitorsTest, AllGoThroughKeysInOneOrder) {
 }
 
 TEST(VisitorsTest, CallbacksMayBeMissing) {
-    Program program = Parse(kProgramText);
+    Transforms program = Program(kProgramText);
     Calls calls;
     Visitors::PreOrderVisit(calls.Transform(), calls.Visit('o'), nullptr, program,
                             /*recurse=*/true);
@@ -113,7 +110,7 @@ TEST(VisitorsTest, CallbacksMayBeMissing) {
 }
 
 TEST(VisitorsTest, OverwriteKeysReplacesFunctions) {
-    Program program = Parse("i -> map (f k) -> o\ni -> map (g :1:i) -> o\n");
+    Transforms program = Program("i -> map (f k) -> o\ni -> map (g :1:i) -> o\n");
     const std::shared_ptr<FunctionSpec> function = program[0].GetFunctionSpec();
     const std::shared_ptr<FunctionSpec> withoutKey = program[1].GetFunctionSpec();
     Calls calls;
@@ -137,13 +134,13 @@ TEST(VisitorsTest, OverwriteKeysReplacesFunctions) {
 }
 
 TEST(VisitorsTest, RewriteKeysDropsCommentsButThoseOfNoOps) {
-    Program program = Parse("-> constant :1:i -> o\ni -> copy -> o\n");
+    Transforms program = Program("-> constant :1:i -> o\ni -> copy -> o\n");
     TransformSpec noOp(OperatorType::NoOp, Keys({"i"}), Keys({"o"}),
                        FunctionSpec::Make(L"f", Key("k")), List(program[1]), nullptr, L" kept");
     program[1] = noOp;
     program[0].GetComment() = L" dropped";
     Calls calls;
-    const Program rewritten =
+    const Transforms rewritten =
         Visitors::RewriteKeys(calls.Rewrite('o'), calls.Rewrite('i'), program, /*recurse=*/true);
     EXPECT_EQ(calls.Take(), "o:o");
     EXPECT_EQ(TextOf(rewritten), "-> constant :1:i -> o#\n// kept\n  i -> copy -> o\n");
@@ -154,14 +151,14 @@ TEST(VisitorsTest, RewriteKeysDropsCommentsButThoseOfNoOps) {
 
 TEST(VisitorsTest, RewriteKeysNeedsItsCallbacks) {
     Calls calls;
-    const Program program = Parse(kProgramText);
+    const Transforms program = Program(kProgramText);
     EXPECT_THROW(Visitors::RewriteKeys(nullptr, calls.Rewrite('i'), program, /*recurse=*/true),
                  std::bad_function_call);
     EXPECT_EQ(calls.Take(), "");
     EXPECT_THROW(Visitors::RewriteKeys(calls.Rewrite('o'), nullptr, program, /*recurse=*/true),
                  std::bad_function_call);
     EXPECT_EQ(calls.Take(), "o:o4");
-    EXPECT_NO_THROW(Visitors::RewriteKeys(nullptr, nullptr, Parse("// c\n-> copy ->\n"),
+    EXPECT_NO_THROW(Visitors::RewriteKeys(nullptr, nullptr, Program("// c\n-> copy ->\n"),
                                           /*recurse=*/true));
     EXPECT_LUM_REPORT(ValueSpecHoldsValue, "", "!(path.IsEmpty())",
                       Visitors::RewriteKeys(

@@ -9,7 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "lum/core/serialize/VtlParser.h"
 #include "lum/core/serialize/VtlSerializer.h"
 #include "lum/core/utility/MetricsFilter.h"
 #include "tests/support/LumErrorMatchers.h"
@@ -19,6 +18,7 @@ namespace lum::core {
 namespace {
 
 using test::Key;
+using test::Program;
 using KeySet = std::unordered_set<KeyPath>;
 
 constexpr BufferType kC = BufferType::C;
@@ -42,10 +42,6 @@ Payload Parse(const std::string& text) {
     Payload payload;
     ParseInto(payload, text);
     return payload;
-}
-
-std::vector<TransformSpec> Program(const std::string& text) {
-    return ParseVtlList(TStringCore::fromUtf8(text), /*keepComments=*/true);
 }
 
 std::string PrintedProgram(const Payload& payload) {

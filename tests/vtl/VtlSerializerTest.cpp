@@ -12,7 +12,6 @@
 #include <vector>
 
 #include "lum/core/serialize/KeyPathSerializerCache.h"
-#include "lum/core/serialize/VtlParser.h"
 #include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/types/CollectionTypes.h"
@@ -133,8 +132,7 @@ const char* const kNestedText =
 
 TEST(VtlSerializerTest, Lists) {
     const std::string nested = kNestedText;
-    std::vector<TransformSpec> list =
-        ParseVtlList(TStringCore::fromUtf8("// first\n" + nested), /*keepComments=*/true);
+    std::vector<TransformSpec> list = test::Program("// first\n" + nested);
     list.push_back(TransformSpec(OperatorType::NoOp, Keys({"h"}), Keys({"i"})));
     EXPECT_EQ(TransformsToString(list, /*includeComments=*/true).toStdString(),
               "// first\n" + nested + "\n");
@@ -150,12 +148,12 @@ TEST(VtlSerializerTest, Lists) {
 }
 
 TEST(VtlSerializerTest, CacheChangesNothingInTheText) {
-    const TStringCore text = TStringCore::fromUtf8(
-        kNestedText + std::string("a:i -> copy -> a:A<i>\na -> copy -> x:i/x\n-> call :a -> a\n"));
-    const std::vector<TransformSpec> list = ParseVtlList(text, /*keepComments=*/true);
+    const std::string text =
+        kNestedText + std::string("a:i -> copy -> a:A<i>\na -> copy -> x:i/x\n-> call :a -> a\n");
     KeyPathSerializerCache cache;
-    EXPECT_EQ(TransformsToString(list, true, &cache), text);
-    EXPECT_EQ(TransformsToString(list, true, &cache), text);
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(TransformsToString(test::Program(text), true, &cache).toStdString(), text);
+    }
     const KeyPathSerializerCache::Key key{L"a", IntType::Get32(), true, true};
     EXPECT_NE(cache.TryGet(key), nullptr);
 }
