@@ -44,12 +44,8 @@ TEST(CellTextTest, ClassifiesCells) {
 TEST(CellTextTest, ReadsNumbers) {
     EXPECT_EQ(ReadInt32("+17"), 17);
     EXPECT_EQ(ReadInt32("-2147483648"), INT_MIN);
-    EXPECT_EQ(ReadInt32("007"), 7);
-    EXPECT_EQ(ReadInt64("-9223372036854775808"), LLONG_MIN);
-    EXPECT_EQ(ReadReal64("-.5"), -0.5);
     EXPECT_EQ(ReadReal64("+5."), 5.0);
     EXPECT_EQ(ReadReal64("4.9e-324"), std::numeric_limits<double>::denorm_min());
-    EXPECT_EQ(ReadReal64("9007199254740993"), 9007199254740992.0);
     EXPECT_EQ(ReadReal32("0.1"), 0.1f);
     EXPECT_TRUE(std::signbit(*ReadReal64("-0.0")));
     EXPECT_EQ(ReadColor("fFff0080"), 0xFFFF0080u);

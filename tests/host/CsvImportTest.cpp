@@ -16,13 +16,13 @@
 #include "CellText.h"
 #include "CsvExport.h"
 #include "FileError.h"
-#include "RandomTest.h"
 #include "lum/core/serialize/StoreValueSerializer.h"
 #include "lum/core/store/KeyPath.h"
 #include "lum/core/store/StoreValue.h"
 #include "lum/core/utility/Collation.h"
 #include "lum/core/utility/LumDateTime.h"
 #include "lum/core/utility/LumException.h"
+#include "tests/support/Random.h"
 
 namespace lumhost::test {
 namespace {
@@ -232,18 +232,18 @@ TEST(CsvImportTest, DaysAreThoseOfTheLibrary) {
     }
 }
 
-using CsvImportRandomTest = RandomTest;
-
 // Over a file of many buffers: all values come back bit by bit.
-TEST_F(CsvImportRandomTest, IsExportedAsItWas) {
+TEST(CsvImportTest, IsExportedAsItWas) {
+    lum::test::Random random;
     constexpr std::size_t kRows = 20'000;
     const unsigned long long firstTime = LumDateTime::DateTimeMinimum.GetValue();
     const unsigned long long lastTime = LumDateTime::DateTimeMaximum.GetValue();
     std::string text = "l,r,t,s\n";
     for (std::size_t row = 0; row < kRows; ++row) {
-        const std::uint64_t bits = (std::uint64_t{Below(1u << 31)} << 33) ^ Below(~0u);
-        if (Below(8) != 0) {
-            text += std::to_string(std::bit_cast<long long>(bits) >> Below(64));
+        const std::uint64_t bits =
+            (std::uint64_t{random.Below(1u << 31)} << 33) ^ random.Below(~0u);
+        if (random.Below(8) != 0) {
+            text += std::to_string(std::bit_cast<long long>(bits) >> random.Below(64));
         }
         text += ',';
         if (const double real = std::bit_cast<double>(bits); std::isfinite(real)) {
@@ -259,13 +259,14 @@ TEST_F(CsvImportRandomTest, IsExportedAsItWas) {
     text += "9223372036854775807,0.5,2024-01-01T00:00:00,\n";  // For the types, whatever the draw.
     std::ostringstream out;
     ExportCsv(Import(text), out, "text.csv");
-    EXPECT_TRUE(out.str() == text) << Trace(text.substr(0, 1000));
+    EXPECT_TRUE(out.str() == text) << random.Trace();
     EXPECT_EQ(FaultOf(text + "x\n"), "text.csv:" + std::to_string(2 * kRows + 3) +
                                          ": the row has 1 field, but the first row has 4 fields");
 }
 
 // Whatever the type that is found for a cell, the reader of that type takes it.
-TEST_F(CsvImportRandomTest, AnyCellIsRead) {
+TEST(CsvImportTest, AnyCellIsRead) {
+    lum::test::Random random;
     constexpr const char* kPieces[] = {"0",   "1",   "9",         "12",         "2024", "-",
                                        "+",   ".",   "e",         "E",          ":",    "T",
                                        "-01", "00:", "123456789", "2147483647", "true"};
@@ -273,13 +274,16 @@ TEST_F(CsvImportRandomTest, AnyCellIsRead) {
     for (int round = 0; round < 600; ++round) {
         std::string row = "1";
         for (int cell = 0; cell < 500; ++cell) {
-            row += Below(4) != 0 ? "," : Below(2) == 0 ? ",2023-11-" : ",1999-02-03T10:";
-            for (std::size_t pieces = 1 + Below(5); pieces > 0; --pieces) {
-                row += OneOf(kPieces);
+            row += random.Below(4) != 0   ? ","
+                   : random.Below(2) == 0 ? ",2023-11-"
+                                          : ",1999-02-03T10:";
+            for (std::size_t pieces = 1 + random.Below(5); pieces > 0; --pieces) {
+                row += random.OneOf(kPieces);
             }
         }
         std::vector<NamedColumn> columns;
-        ASSERT_NO_THROW(columns = Import(row, {.hasHeader = false, .types = {}})) << Trace(row);
+        ASSERT_NO_THROW(columns = Import(row, {.hasHeader = false, .types = {}}))
+            << random.Trace() << row;
         for (const NamedColumn& column : columns) {
             ++counts[column.values->GetType()->ToString().toStdString()];
         }

@@ -8,7 +8,7 @@
 
 #include "CsvText.h"
 #include "FileError.h"
-#include "RandomTest.h"
+#include "tests/support/Random.h"
 
 namespace lumhost::test {
 namespace {
@@ -125,48 +125,47 @@ TEST(CsvReaderTest, PositionFollowsTheRows) {
     EXPECT_FALSE(reader.ReadRows(rows, 1));
 }
 
-class CsvReaderRandomTest : public RandomTest {
-protected:
-    // Nothing but structure reaches every pair of neighbours, faults above all.
-    std::string MakeText() {
-        constexpr const char* kPieces[] = {"a",  "bcdefghi", ",",    ",", "\"",
-                                           "\"", "\n",       "\r\n", "\r"};
-        std::string text;
-        for (std::size_t left = Below(12); left > 0; --left) {
-            text += OneOf(kPieces);
-        }
-        return text;
+// Nothing but structure reaches every pair of neighbours, faults above all.
+std::string MakeText(lum::test::Random& random) {
+    constexpr const char* kPieces[] = {"a", "bcdefghi", ",", ",", "\"", "\"", "\n", "\r\n", "\r"};
+    std::string text;
+    for (std::size_t left = random.Below(12); left > 0; --left) {
+        text += random.OneOf(kPieces);
     }
-    // Rows without a fault, which may be longer than the buffer.
-    std::string MakeRows() {
-        constexpr const char* kCells[] = {"",
-                                          "a",
-                                          "0123456789 \xC3\xA4",
-                                          "\"\"",
-                                          "\"b,\n\r\"",
-                                          "\"\"\"\"",
-                                          "\"\n\"",
-                                          "\"\"\"a\"\"\"",
-                                          "\" 0123456789\r\n\"\"\""};
-        std::string text;
-        const std::size_t columns = 1 + Below(4);
-        for (std::size_t left = Below(20); left > 0; --left) {
-            for (std::size_t column = 0; column < columns; ++column) {
-                text += std::string(column == 0 ? "" : ",") + OneOf(kCells);
-            }
-            text += Below(2) == 0 ? "\n" : "\r\n";
-        }
-        return text;
-    }
-};
+    return text;
+}
 
-TEST_F(CsvReaderRandomTest, AgreesWithTheModel) {
+// Rows without a fault, which may be longer than the buffer.
+std::string MakeRows(lum::test::Random& random) {
+    constexpr const char* kCells[] = {"",
+                                      "a",
+                                      "0123456789 \xC3\xA4",
+                                      "\"\"",
+                                      "\"b,\n\r\"",
+                                      "\"\"\"\"",
+                                      "\"\n\"",
+                                      "\"\"\"a\"\"\"",
+                                      "\" 0123456789\r\n\"\"\""};
+    std::string text;
+    const std::size_t columns = 1 + random.Below(4);
+    for (std::size_t left = random.Below(20); left > 0; --left) {
+        for (std::size_t column = 0; column < columns; ++column) {
+            text += std::string(column == 0 ? "" : ",") + random.OneOf(kCells);
+        }
+        text += random.Below(2) == 0 ? "\n" : "\r\n";
+    }
+    return text;
+}
+
+TEST(CsvReaderTest, AgreesWithTheModel) {
+    lum::test::Random random;
     for (int round = 0; round < 20000; ++round) {
         const bool isGood = round % 8 == 0;
-        const std::string text = isGood ? MakeRows() : MakeText();
+        const std::string text = isGood ? MakeRows(random) : MakeText(random);
+        SCOPED_TRACE(random.Trace() + ": " + testing::PrintToString(text));
         const Reading expected = CsvModel(text).Read();
-        ASSERT_EQ(ReadCsv(text, 16 + Below(round % 3 == 0 ? 100 : 16)), expected) << Trace(text);
-        ASSERT_TRUE(expected.faultLine == 0 || !isGood) << Trace(text);
+        ASSERT_EQ(ReadCsv(text, 16 + random.Below(round % 3 == 0 ? 100 : 16)), expected);
+        ASSERT_TRUE(expected.faultLine == 0 || !isGood);
     }
 }
 
