@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
-#include <functional>
 #include <limits>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
