@@ -2,66 +2,55 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <memory>
 #include <sstream>
 #include <string>
 
 namespace lumhost::test {
 namespace {
 
-using std::chrono::milliseconds;
-
-// A clock that is set by hand.
-struct HandClock {
-    std::chrono::steady_clock::time_point now{};
-
-    Progress::Clock Get() {
-        return [this] { return now; };
-    }
-};
-
 std::string Bar(unsigned filled, const std::string& percent) {
     return "\rReading [" + std::string(filled, '#') + std::string(40 - filled, '.') + "] " +
            percent + "%";
 }
 
-TEST(ProgressTest, DrawsOnATerminalAndWipesTheBar) {
-    std::ostringstream out;
-    HandClock clock;
-    {
-        Progress progress(out, true, "Reading", clock.Get());
-        clock.now += milliseconds(499);
-        progress.Update(10, 100);
-        EXPECT_EQ(out.str(), "") << "short work shows nothing";
-
-        clock.now += milliseconds(1);
-        progress.Update(50, 100);
-        EXPECT_EQ(out.str(), Bar(20, " 50"));
-        clock.now += milliseconds(99);
-        progress.Update(60, 100);
-        EXPECT_EQ(out.str(), Bar(20, " 50")) << "drawn more than ten times a second";
-
-        clock.now += milliseconds(1);
-        progress.Update(100, 100);
-        clock.now += milliseconds(100);
-        progress.Update(150, 100);
-        clock.now += milliseconds(100);
-        progress.Update(5, 0);
-        EXPECT_EQ(out.str(), Bar(20, " 50") + Bar(40, "100") + Bar(40, "100") + Bar(0, "  0"));
-        out.str("");
+class ProgressTest : public testing::Test {
+protected:
+    std::unique_ptr<Progress> Make(bool isTerminal) {
+        return std::make_unique<Progress>(m_out, isTerminal, "Reading", [this] { return m_now; });
     }
-    EXPECT_EQ(out.str(), '\r' + std::string(Bar(0, "  0").size() - 1, ' ') + '\r');
+    // What is written when so many milliseconds have passed.
+    std::string UpdateAfter(int wait, unsigned long long done, unsigned long long all) {
+        m_now += std::chrono::milliseconds(wait);
+        m_out.str("");
+        m_progress->Update(done, all);
+        return m_out.str();
+    }
+
+    std::chrono::steady_clock::time_point m_now{};
+    std::ostringstream m_out;
+    std::unique_ptr<Progress> m_progress = Make(/*isTerminal=*/true);
+};
+
+TEST_F(ProgressTest, DrawsOnATerminalAndWipesTheBar) {
+    EXPECT_EQ(UpdateAfter(499, 10, 100), "") << "short work shows nothing";
+    EXPECT_EQ(UpdateAfter(1, 50, 100), Bar(20, " 50"));
+    EXPECT_EQ(UpdateAfter(99, 60, 100), "") << "drawn more than ten times a second";
+    EXPECT_EQ(UpdateAfter(1, 100, 100), Bar(40, "100"));
+    EXPECT_EQ(UpdateAfter(100, 150, 100), Bar(40, "100"));
+    EXPECT_EQ(UpdateAfter(100, 5, 0), Bar(0, "  0"));
+    m_out.str("");
+    m_progress = nullptr;
+    EXPECT_EQ(m_out.str(), '\r' + std::string(Bar(0, "  0").size() - 1, ' ') + '\r');
 }
 
-TEST(ProgressTest, WritesNothingElsewhere) {
-    std::ostringstream out;
-    HandClock clock;
-    {
-        Progress progress(out, false, "Reading", clock.Get());
-        clock.now += std::chrono::hours(1);
-        progress.Update(1, 2);
-    }
-    { const Progress unused(out, true, "Reading", clock.Get()); }
-    EXPECT_EQ(out.str(), "");
+TEST_F(ProgressTest, WritesNothingElsewhere) {
+    m_progress = Make(/*isTerminal=*/false);
+    EXPECT_EQ(UpdateAfter(3'600'000, 1, 2), "");
+    m_progress = Make(/*isTerminal=*/true);
+    m_progress = nullptr;  // Nothing was drawn.
+    EXPECT_EQ(m_out.str(), "");
 }
 
 }  // namespace

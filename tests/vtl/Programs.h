@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "lum/core/serialize/VtlParser.h"
 #include "lum/core/store/KeyPath.h"
 #include "lum/core/vtl/TransformSpec.h"
 
@@ -22,6 +23,11 @@ inline std::vector<core::KeyPath> Keys(const std::vector<std::string>& texts) {
         keys.push_back(Key(text));
     }
     return keys;
+}
+
+/// The statements of a text, comments among them.
+inline std::vector<core::TransformSpec> Program(const std::string& text) {
+    return core::ParseVtlList(core::TStringCore::fromUtf8(text), /*keepComments=*/true);
 }
 
 /// A list of transforms, which initializer lists would copy.

@@ -1,15 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <string>
-#include <unordered_map>
 #include <vector>
 
-#include "lum/core/Check.h"
 #include "lum/core/functions/FunctionKey.h"
 #include "lum/core/store/ValueFactory.h"
-#include "lum/core/types/CollectionTypes.h"
-#include "lum/core/types/HeterogeneousTypes.h"
-#include "lum/core/types/ScalarTypes.h"
 #include "lum/core/vtl/FunctionInputTypes.h"
 #include "lum/core/vtl/FunctionSpec.h"
 #include "lum/core/vtl/ITypeRecorder.h"
@@ -23,93 +19,69 @@ namespace {
 using test::Key;
 
 TEST(TypeLookupTest, TypesOfKeysStandOnTheirLastSegment) {
-    const Type* const column = ArrayType::Get(IntType::Get32());
+    const KeyPathTypeLookup lookup;
     const struct {
         const char* path;
-        const Type* type;  // Null where there is none.
-        bool isKeyMap = false;
-        const char* text = "";  // Of the path, in failures.
-    } cases[] = {
-        {"a:i", IntType::Get32()},
-        {"a/b:A<i>", column},
-        {"a:f/b:M{ x:A<i> }", KeyMapType::Get({{L"x", column}}), true},
-        {"a:M", KeyMapType::Get({}), true},
-        {"a:T{ x:A<i> }", TableType::Get({{L"x", column}})},
-        {"a", nullptr, false, "a"},
-        {"a:M/b", nullptr, false, "a/b"},
-        {"a:i/'two words'", nullptr, false, "a/'two words'"},
+        const char* type;
+        bool isKeyMap;
+    } typed[] = {
+        {"a:i", "i", false},
+        {"a/b:A<i>", "A<i>", false},
+        {"a:f/b:M{ x:A<i> }", "M{x:A<i>}", true},
+        {"a:M", "M", true},
+        {"a:T{ x:A<i> }", "T{x:A<i>}", false},
     };
-    const KeyPathTypeLookup lookup;
-    for (const auto& test : cases) {
-        SCOPED_TRACE(test.path);
-        const KeyPath path = Key(test.path);
-        EXPECT_EQ(lookup.HasType(path), test.type != nullptr);
-        if (test.type != nullptr) {
-            EXPECT_EQ(lookup.GetType(path), test.type);
-            EXPECT_EQ(lookup.IsKeyMap(path), test.isKeyMap);
-        } else {
-            EXPECT_LUM_REPORT(KeyNotFound, test.text, "", lookup.GetType(path));
-            EXPECT_LUM_REPORT(KeyNotFound, test.text, "", lookup.IsKeyMap(path));
-        }
+    for (const auto& [path, type, isKeyMap] : typed) {
+        EXPECT_TRUE(lookup.HasType(Key(path))) << path;
+        EXPECT_EQ(lookup.GetType(Key(path))->ToString().toStdString(), type);
+        EXPECT_EQ(lookup.IsKeyMap(Key(path)), isKeyMap) << path;
     }
+    // In failures paths stand without their types.
+    for (const std::string name : {"a", "a/b", "a/'two words'"}) {
+        const KeyPath path = Key(name);
+        EXPECT_FALSE(lookup.HasType(path)) << name;
+        EXPECT_LUM_REPORT(KeyNotFound, name, "", lookup.GetType(path));
+        EXPECT_LUM_REPORT(KeyNotFound, name, "", lookup.IsKeyMap(path));
+    }
+    EXPECT_LUM_REPORT(KeyNotFound, "a/b", "", lookup.GetType(Key("a:M/b")));
     const char* const condition = "!(m_segments->empty())";
     EXPECT_LUM_REPORT(EmptyKeyPath, "", condition, lookup.HasType(KeyPath()));
     EXPECT_LUM_REPORT(EmptyKeyPath, "", condition, lookup.GetType(KeyPath()));
     EXPECT_LUM_REPORT(EmptyKeyPath, "", condition, lookup.IsKeyMap(KeyPath()));
 }
 
-// What an engine has: types are recorded while a program is planned, and looked up for the next
-// function.
-class PlannedTypes final : public ITypeLookup, public ITypeRecorder {
+// An engine's own record of types, which links against the interface alone.
+class TypeOfOneKey final : public ITypeRecorder {
 public:
-    bool HasType(const KeyPath& path) const override { return HasRecordedType(path); }
-    const Type* GetType(const KeyPath& path) const override { return GetRecordedType(path); }
-    bool IsKeyMap(const KeyPath& path) const override {
-        return GetType(path)->Is(StoreType::KeyMap);
-    }
-
-    void RecordType(const KeyPath& path, const Type* type) override {
-        LUM_CHECK(m_types.emplace(path, type).second, LumError::KeyTypeAlreadySet);
-    }
-    void RecordChildType(const KeyPath& path, const Type* type) override {
-        RecordType(path, ArrayType::Get(type));
-    }
-    void RecordNestedType(const KeyPath& path, const Type* type) override {
-        RecordChildType(path, ArrayType::Get(type));
-    }
-    bool HasRecordedType(const KeyPath& path) const override { return m_types.count(path) != 0; }
-    const Type* GetRecordedType(const KeyPath& path) const override {
-        LUM_CHECK(HasRecordedType(path), LumError::PathTypeNotFound);
-        return m_types.at(path);
-    }
+    void RecordType(const KeyPath&, const Type* type) override { m_type = type; }
+    void RecordChildType(const KeyPath&, const Type* type) override { m_type = type; }
+    void RecordNestedType(const KeyPath&, const Type* type) override { m_type = type; }
+    bool HasRecordedType(const KeyPath&) const override { return m_type != nullptr; }
+    const Type* GetRecordedType(const KeyPath&) const override { return m_type; }
 
 private:
-    std::unordered_map<KeyPath, const Type*> m_types;
+    const Type* m_type = nullptr;
 };
 
 TEST(TypeLookupTest, InputTypesOfFunctions) {
-    PlannedTypes planned;
-    ITypeRecorder& recorder = planned;
-    recorder.RecordType(Key("a"), BoolType::Get());
-    recorder.RecordChildType(Key("b"), RealType::Get64());
+    const KeyPathTypeLookup lookup;
     const auto function = FunctionSpec::Make(
-        L"f", {ValueSpec(Key("b")), ValueSpec(factory::MakeInt32(7)), ValueSpec(Key("a"))});
-    const std::vector<const Type*> types = GetFunctionInputTypes(*function, planned);
-    EXPECT_EQ(types, (std::vector<const Type*>{ArrayType::Get(RealType::Get64()), IntType::Get32(),
-                                               BoolType::Get()}));
-    EXPECT_EQ(
-        FunctionKey::FromNonVariableInputs(L"f", {types[1]}, FunctionKey::ArgContainer::Separate)
-            .ToString(),
-        L"f(i)");
+        L"f", {ValueSpec(Key("b:A<r>")), ValueSpec(factory::MakeInt32(7)), ValueSpec(Key("a:b"))});
+    const std::vector<const Type*> types = GetFunctionInputTypes(*function, lookup);
+    EXPECT_EQ(FunctionKey::FromNonVariableInputs(L"f", types, FunctionKey::ArgContainer::Separate)
+                  .ToString(),
+              L"f(A<r<-1,-1>>, i, b)");
 
-    const KeyPathTypeLookup written;
-    EXPECT_TRUE(GetFunctionInputTypes(*FunctionSpec::Make(L"f"), written).empty());
-    EXPECT_EQ(GetFunctionInputTypes(*FunctionSpec::Make(L"f", Key("x/y:i")), written),
-              std::vector<const Type*>{IntType::Get32()});
-    EXPECT_LUM_REPORT(KeyNotFound, "b", "", GetFunctionInputTypes(*function, written));
+    const std::unique_ptr<ITypeRecorder> recorder = std::make_unique<TypeOfOneKey>();
+    recorder->RecordType(Key("b"), types[0]);
+    EXPECT_EQ(recorder->GetRecordedType(Key("b")), types[0]);
+
+    EXPECT_TRUE(GetFunctionInputTypes(*FunctionSpec::Make(L"f"), lookup).empty());
+    EXPECT_LUM_REPORT(KeyNotFound, "b", "",
+                      GetFunctionInputTypes(*FunctionSpec::Make(L"f", Key("b")), lookup));
     EXPECT_LUM_LOGIC_REPORT(
         Unspecified, "", "(m_value) != nullptr",
-        GetFunctionInputTypes(*FunctionSpec::Make(L"f", std::vector<ValueSpec>(1)), written));
+        GetFunctionInputTypes(*FunctionSpec::Make(L"f", std::vector<ValueSpec>(1)), lookup));
 }
 
 }  // namespace

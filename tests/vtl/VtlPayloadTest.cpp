@@ -9,7 +9,6 @@
 #include <utility>
 #include <vector>
 
-#include "lum/core/serialize/VtlParser.h"
 #include "lum/core/serialize/VtlSerializer.h"
 #include "lum/core/utility/MetricsFilter.h"
 #include "tests/support/LumErrorMatchers.h"
@@ -19,6 +18,7 @@ namespace lum::core {
 namespace {
 
 using test::Key;
+using test::Program;
 using KeySet = std::unordered_set<KeyPath>;
 
 constexpr BufferType kC = BufferType::C;
@@ -44,98 +44,75 @@ Payload Parse(const std::string& text) {
     return payload;
 }
 
-std::vector<TransformSpec> Program(const std::string& text) {
-    return ParseVtlList(TStringCore::fromUtf8(text), /*keepComments=*/true);
-}
-
 std::string PrintedProgram(const Payload& payload) {
     return TransformsToPayloadString(payload.transforms).toStdString();
 }
 
+std::string WithEdges(const std::string& lines) {
+    return "(graph)\n" + lines + "(updatable-keys)\n(vtl)\n";
+}
+
 std::vector<GraphEdge> Edges(const std::string& lines) {
-    return Parse("(graph)\n" + lines + "\n(updatable-keys)\n(vtl)\n").edges;
+    return Parse(WithEdges(lines + "\n")).edges;
 }
 
-std::vector<GraphEdge> EdgeList(GraphEdge edge) {
-    return {std::move(edge)};
-}
-
-TEST(VtlPayloadTest, Sections) {
+TEST(VtlPayloadTest, IsReadAsItIsWritten) {
     Payload payload;
-    EXPECT_EQ(Make(payload), "(graph)\n(updatable-keys)\n(vtl)\n");
+    EXPECT_EQ(Make(payload), WithEdges(""));
+
+    const std::pair<GraphEdge, std::string> cases[] = {
+        {GraphEdge(3, {4, 5}, Key("a/b:i"), kC), "3,,4,5,a/b,c\n"},
+        {GraphEdge(Key("a/b"), kI), ",a/b,i\n"},
+        {GraphEdge(GraphEdge::NullSourceId, {4}, Key("a/b"), kI), ",4,a/b,i\n"},
+        {GraphEdge(0, {}, Key("a"), kC), "0,,a,c\n"},
+        {GraphEdge(GraphEdge::NullSourceId - 1, {GraphEdge::NullSourceId}, Key("a"), kC),
+         "4294967294,,4294967295,a,c\n"},
+        {GraphEdge(1, {2}, Key("'(vtl)'/'a,\\n(vtl)'/7"), kC), "1,,2,'(vtl)'/'a,\\n(vtl)'/7,c\n"},
+    };
+    std::string lines;
+    for (const auto& [edge, line] : cases) {
+        payload.edges.push_back(edge);
+        lines += line;
+    }
+    EXPECT_EQ(Make(payload), WithEdges(lines));
 
     payload.transforms = Program("// a comment\na:i -> map (negate) -> b:i\n");
-    payload.edges = {GraphEdge(3, {4, 5}, Key("a/b:i"), kC), GraphEdge(Key("a/b"), kI)};
     payload.keys = {Key("x:K<s,i>/'two words'")};
-    EXPECT_EQ(Make(payload),
-              "(graph)\n"
-              "3,,4,5,a/b,c\n"
-              ",a/b,i\n"
-              "(updatable-keys)\n"
-              "x/'two words'\n"
-              "(vtl)\n"
-              "a:i -> map (negate) -> b:i\n");
+    const std::string text = "(graph)\n" + lines +
+                             "(updatable-keys)\nx/'two words'\n"
+                             "(vtl)\na:i -> map (negate) -> b:i\n";
+    EXPECT_EQ(Make(payload), text);
 
-    const Payload read = Parse(Make(payload));
+    Payload read = Parse(text);
     EXPECT_EQ(read.edges, payload.edges);
     EXPECT_EQ(read.edges[0].key.GetSegments().back().GetType(), nullptr);
     EXPECT_EQ(read.keys, payload.keys);
     ASSERT_EQ(read.transforms.size(), 1u);
     EXPECT_EQ(PrintedProgram(read), PrintedProgram(payload));
+
+    ParseInto(read, WithEdges(""));  // Replaces what was there.
+    EXPECT_TRUE(read.transforms.empty() && read.edges.empty() && read.keys.empty());
 }
 
-TEST(VtlPayloadTest, ReplacesWhatWasThere) {
-    Payload payload;
-    payload.transforms = Program("a -> copy -> b");
-    payload.edges = {GraphEdge(Key("a"), kI)};
-    payload.keys = {Key("a")};
-    ParseInto(payload, "(graph)\n(updatable-keys)\n(vtl)\n");
-    EXPECT_TRUE(payload.transforms.empty());
-    EXPECT_TRUE(payload.edges.empty());
-    EXPECT_TRUE(payload.keys.empty());
-}
-
-TEST(VtlPayloadTest, EdgesInPrint) {
-    for (const auto& [edge, line] : std::vector<std::pair<GraphEdge, std::string>>{
-             {GraphEdge(GraphEdge::NullSourceId, {4}, Key("a/b"), kI), ",4,a/b,i"},
-             {GraphEdge(0, {}, Key("a"), kC), "0,,a,c"},
-             {GraphEdge(GraphEdge::NullSourceId - 1, {GraphEdge::NullSourceId}, Key("a"), kC),
-              "4294967294,,4294967295,a,c"},
-             {GraphEdge(1, {2}, Key("'(vtl)'/'a,\\n(vtl)'/7"), kC),
-              "1,,2,'(vtl)'/'a,\\n(vtl)'/7,c"}}) {
-        Payload payload;
-        payload.edges = {edge};
-        EXPECT_EQ(Make(payload), "(graph)\n" + line + "\n(updatable-keys)\n(vtl)\n");
-        EXPECT_EQ(Parse(Make(payload)).edges, payload.edges) << line;
-    }
-}
-
-TEST(VtlPayloadTest, EdgesThatOthersMayWrite) {
+TEST(VtlPayloadTest, WhatOthersMayWrite) {
     const GraphEdge edge(3, {4}, Key("a/b"), kC);
-    for (const char* const line :
-         {"3,,4,a/b,c", "  3 , , 4 , a / b , c  ", "3,,4,a:K<s,i>/b:A<i>,c", "3,,4,'a'/b,c",
+    for (const std::string line :
+         {"  3 , , 4 , a / b , c  ", "3,,4,a:K<s,i>/b:A<i>,c", "3,,4,'a'/b,c",
           "3,,4,a/b,constant, and more", "\n\n3,,4,a/b,c\n\n", "3,,4,a/b,c\r", "03,,0004,a/b,c"}) {
-        EXPECT_EQ(Edges(line), EdgeList(edge)) << line;
+        EXPECT_EQ(Edges(line + "\n" + line), (std::vector{edge, edge})) << line;
     }
     // The number that stands for none.
     EXPECT_FALSE(Edges("4294967295,,a,i")[0].HasSource());
-    // A type that begins like one of the letters, and many edges.
+    // A type that begins like one of the letters.
     EXPECT_EQ(Edges(",a:i,i\n,a,c"),
               (std::vector{GraphEdge(Key("a"), kI), GraphEdge(Key("a"), kC)}));
-}
 
-TEST(VtlPayloadTest, KeysThatOthersMayWrite) {
-    EXPECT_EQ(Parse("(graph)\n(updatable-keys)\na:i\n\n b / c \na\n7\n(vtl)\n").keys,
-              (KeySet{Key("a"), Key("b/c"), Key("7")}));
-}
-
-TEST(VtlPayloadTest, WhatStandsAroundTheSections) {
-    // Before the first one, and between a section and the last place where the next one begins.
+    // Before the first section, and between one and the last place where the next one begins.
     const Payload payload = Parse(
-        "greetings (graph)\n,a,c\n(updatable-keys) not yet\n(updatable-keys)\nb\n(vtl) not yet\n"
-        "(vtl)\na -> copy -> b\n");
-    EXPECT_EQ(payload.edges, EdgeList(GraphEdge(Key("a"), kC)));
-    EXPECT_EQ(payload.keys, KeySet{Key("b")});
+        "greetings (graph)\n,a,c\n(updatable-keys) not yet\n(updatable-keys)\n"
+        "a:i\n\n b / c \na\n7\n(vtl) not yet\n(vtl)\na -> copy -> b\n");
+    EXPECT_EQ(payload.edges, (std::vector{GraphEdge(Key("a"), kC)}));
+    EXPECT_EQ(payload.keys, (KeySet{Key("a"), Key("b/c"), Key("7")}));
     EXPECT_EQ(PrintedProgram(payload), "a -> copy -> b\n");
 }
 
@@ -144,24 +121,25 @@ TEST(VtlPayloadTest, MarkersAreNeededInOrder) {
     const char kKeys[] =
         "(updKeysStart > graphEnd && updKeysEnd >= updKeysStart + updKeysMarkerLen)";
     const char kVtl[] = "(vtlStart > updKeysEnd)";
-    for (const auto& row : std::vector<std::pair<std::string, std::string>>{
-             {"", kGraph},
-             {"(updatable-keys)\n(vtl)\n", kGraph},
-             {"(graph)\n(vtl)\n", kGraph},
-             {"(graph)(updatable-keys)\n(vtl)\n", kGraph},
-             {"(updatable-keys)\n(graph)\n(vtl)\n", kGraph},
-             {"(graph)\r\n(updatable-keys)\r\n(vtl)\r\n", kGraph},
-             {"(graph)\n(updatable-keys) \n(vtl)\n", kKeys},
-             {"(graph)\n(updatable-keys)", kKeys},
-             {"(graph)\n(updatable-keys)\n", kKeys},
-             {"(graph)\n(updatable-keys)\n a (vtl)\n", kKeys},
-             {"(vtl)\n(graph)\n(updatable-keys)\n", kKeys},
-             {"(graph)\n(updatable-keys)\n(vtl)", kVtl},
-             {"(graph)\n(updatable-keys)\n(vtl) \n", kVtl}}) {
-        SCOPED_TRACE(row.first);
+    const std::pair<const char*, const char*> cases[] = {
+        {"", kGraph},
+        {"(updatable-keys)\n(vtl)\n", kGraph},
+        {"(graph)\n(vtl)\n", kGraph},
+        {"(graph)(updatable-keys)\n(vtl)\n", kGraph},
+        {"(updatable-keys)\n(graph)\n(vtl)\n", kGraph},
+        {"(graph)\r\n(updatable-keys)\r\n(vtl)\r\n", kGraph},
+        {"(graph)\n(updatable-keys) \n(vtl)\n", kKeys},
+        {"(graph)\n(updatable-keys)\n", kKeys},
+        {"(graph)\n(updatable-keys)\n a (vtl)\n", kKeys},
+        {"(vtl)\n(graph)\n(updatable-keys)\n", kKeys},
+        {"(graph)\n(updatable-keys)\n(vtl)", kVtl},
+        {"(graph)\n(updatable-keys)\n(vtl) \n", kVtl},
+    };
+    for (const auto& row : cases) {
         Payload payload;
         payload.edges = {GraphEdge(Key("kept"), kI)};
-        EXPECT_LUM_REPORT(InvalidPayloadContent, "", row.second, ParseInto(payload, row.first));
+        EXPECT_LUM_REPORT(InvalidPayloadContent, "", row.second, ParseInto(payload, row.first))
+            << row.first;
         EXPECT_EQ(payload.edges.size(), 1u);
     }
 }
@@ -221,7 +199,7 @@ TEST(VtlPayloadTest, KeysThatRepeat) {
                                         std::vector{key});
         statements += TransformToString(payload.transforms.back()).toStdString() + "\n";
     }
-    EXPECT_EQ(Make(payload), "(graph)\n" + edges + "(updatable-keys)\n(vtl)\n" + statements);
+    EXPECT_EQ(Make(payload), WithEdges(edges) + statements);
     EXPECT_EQ(Parse(Make(payload)).edges, payload.edges);
     EXPECT_EQ(PrintedProgram(Parse(Make(payload))), statements);
 }

@@ -4,10 +4,12 @@
 #include <cmath>
 #include <cstddef>
 #include <memory>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
 
+#include "lum/core/serialize/OperatorTypeSerializeUtils.h"
 #include "lum/core/serialize/VtlParser.h"
 #include "lum/core/serialize/VtlSerializer.h"
 #include "lum/core/store/ValueFactory.h"
@@ -16,6 +18,7 @@
 #include "lum/core/types/ScalarTypes.h"
 #include "lum/core/types/StringType.h"
 #include "lum/core/types/TupleType.h"
+#include "lum/core/types/TypeUtil.h"
 #include "tests/support/Random.h"
 #include "tests/vtl/Programs.h"
 
@@ -39,6 +42,9 @@ public:
 private:
     std::size_t Below(std::size_t limit) { return m_random.Below(limit); }
     bool OneIn(std::size_t count) { return Below(count) == 0; }
+    int Number(int lowest, int highest) {
+        return lowest + static_cast<int>(Below(static_cast<std::size_t>(highest - lowest + 1)));
+    }
 
     TStringCore Text() {
         static const char16_t* const s_pieces[] = {
@@ -107,12 +113,11 @@ private:
                : std::isnan(value) ? -0.0
                                    : value;
     }
-    SV Literal(StoreType type) {
-        const LumDateTime date(static_cast<int>(1600 + Below(800)), static_cast<int>(1 + Below(12)),
-                               static_cast<int>(1 + Below(28)), static_cast<int>(Below(24)),
-                               static_cast<int>(Below(60)), static_cast<int>(Below(60)),
-                               static_cast<int>(Below(10000)));
-        switch (type) {
+    SV Literal(const Type* type) {
+        if (OneIn(8)) {
+            return factory::MakeSpecial(type, static_cast<SpecialKind>(1 + Below(9)));
+        }
+        switch (type->GetStoreType()) {
             case StoreType::Bool:
                 return factory::MakeBool(OneIn(2));
             case StoreType::Int32:
@@ -124,73 +129,41 @@ private:
             case StoreType::Real64:
                 return OneIn(2) ? factory::MakeReal64(Real()) : factory::MakeReal64(Real(), 9, 2);
             case StoreType::Date:
-                return factory::MakeDate(
-                    LumDateTime(2024, 3, static_cast<int>(1 + Below(31)), 0, 0, 0, 0));
+                return factory::MakeDate(LumDateTime(2024, 3, Number(1, 31), 0, 0, 0, 0));
             case StoreType::DateTime:
-                return factory::MakeDateTime(date);
+                return factory::MakeDateTime(
+                    LumDateTime(Number(1600, 2400), Number(1, 12), Number(1, 28), Number(0, 23),
+                                Number(0, 59), Number(0, 59), Number(0, 9999)));
             case StoreType::Color:
                 return factory::MakeColor(static_cast<int>(m_random.Bits()));
             default:
                 return factory::MakeString(OneIn(2) ? Name() : Text());
         }
     }
-    SV AnyLiteral() {
-        const Type* const type = PrimitiveType();
-        return OneIn(8) ? factory::MakeSpecial(type, static_cast<SpecialKind>(1 + Below(9)))
-                        : Literal(type->GetStoreType());
-    }
 
     std::shared_ptr<FunctionSpec> Function() {
         std::vector<ValueSpec> arguments;
         for (std::size_t left = Below(4); left > 0; --left) {
-            if (OneIn(2)) {
-                arguments.emplace_back(Path());
-            } else {
-                arguments.emplace_back(AnyLiteral());
-            }
+            arguments.push_back(OneIn(2) ? ValueSpec(Path()) : ValueSpec(Literal(PrimitiveType())));
         }
         return FunctionSpec::Make(OneIn(2) ? Name() : Text(), std::move(arguments));
     }
 
     TransformSpec MakeStatement(std::size_t level) {
-        if (OneIn(8)) {
+        const auto type = static_cast<OperatorType>(
+            Below(static_cast<std::size_t>(OperatorType::InternalCreateKeyMap) + 1));
+        if (type == OperatorType::NoOp || OneIn(8)) {
             return TransformSpec(level == 0 ? L" it's a \\" : L" a comment, -> 'quoted'");
         }
-        static const std::pair<OperatorType, StoreType> s_fixed[] = {
-            {OperatorType::Call, StoreType::String},    {OperatorType::Distinct, StoreType::Bool},
-            {OperatorType::Filter, StoreType::Bool},    {OperatorType::Index, StoreType::Int32},
-            {OperatorType::MultiSort, StoreType::Bool}, {OperatorType::Block, StoreType::String},
-        };
-        static const OperatorType s_typed[] = {OperatorType::Concat, OperatorType::Constant,
-                                               OperatorType::Reduce, OperatorType::Scan,
-                                               OperatorType::ScanRight};
-        static const OperatorType s_plain[] = {OperatorType::Map, OperatorType::ZipWith,
-                                               OperatorType::Return, OperatorType::InnerJoin};
-        static const OperatorType s_parents[] = {OperatorType::ApplyByPartition, OperatorType::Case,
-                                                 OperatorType::Else, OperatorType::GroupBy,
-                                                 OperatorType::When};
-        OperatorType type = m_random.OneOf(s_plain);
         SV value;
+        if (OperatorHasTypedArgument(type) && !OneIn(4)) {
+            value = Literal(PrimitiveType());
+        } else if (OperatorHasFixedArgumentType(type) && !OneIn(4)) {
+            value = Literal(MakePrimitiveType(OperatorFixedArgumentType(type)));
+        }
         std::vector<TransformSpec> children;
-        switch (Below(4)) {
-            case 0: {
-                const auto& [fixed, storeType] = m_random.OneOf(s_fixed);
-                type = fixed;
-                value = OneIn(4) ? nullptr : Literal(storeType);
-                break;
-            }
-            case 1:
-                type = m_random.OneOf(s_typed);
-                value = OneIn(4) ? nullptr : AnyLiteral();
-                break;
-            case 2:
-                type = m_random.OneOf(s_parents);
-                if (level < 4) {
-                    children = Make(level + 1);
-                }
-                break;
-            default:
-                break;
+        if (CanOperatorHaveChildTransforms(type) && level < 4) {
+            children = Make(level + 1);
         }
         return TransformSpec(type, Paths(), Paths(), OneIn(2) ? Function() : nullptr,
                              std::move(children), std::move(value));

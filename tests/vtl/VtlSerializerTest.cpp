@@ -2,10 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstddef>
-#include <functional>
 #include <limits>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -39,155 +36,88 @@ TransformSpec WithValue(OperatorType type, const SV& value) {
     return TransformSpec(type, KeyPath(), KeyPath(), nullptr, value);
 }
 
-TransformSpec MakeCopy(const std::string& input, const std::string& output) {
-    return TransformSpec(OperatorType::Copy, Keys({input}), Keys({output}));
-}
-
-// Literals ----------------------------------------------------------------------------------------
-
-struct LiteralCase {
-    SV value;
-    const char* text;
-};
-
-const LumDateTime kDate(2024, 3, 1, 0, 0, 0, 0);
-const LumDateTime kTime(2024, 3, 1, 9, 5, 0, 0);
-
-const LiteralCase kLiterals[] = {
-    {factory::MakeBool(true), ":true:b"},
-    {MakeInt32(-5), ":-5:i"},
-    {factory::MakeInt64(9223372036854775807), ":9223372036854775807:l"},
-    {factory::MakeReal32(0.1f), ":0.1:f"},
-    {factory::MakeReal64(-0.0), ":-0:r"},
-    {factory::MakeReal64(0.1), ":0.10000000000000001:r"},
-    {factory::MakeReal64(2.5, 3, 2), ":2.5:r<3,2>"},
-    {factory::MakeReal64(std::numeric_limits<double>::infinity()), ":+inf:r"},
-    {factory::MakeDate(kDate), ":'2024-03-01':d"},
-    {factory::MakeDateTime(kTime), ":'2024-03-01T09:05:00':t"},
-    {factory::MakeColor(1, 2, 3, 255), ":'ff010203':c"},
-    {MakeString(L"word-1"), ":word-1:s"},
-    {MakeString(L""), ":'':s"},
-    {MakeString(L"two words"), ":'two words':s"},
-    {MakeString(L" a"), ":' a':s"},
-    {MakeString(L"12"), ":'12':s"},
-    {MakeString(L"Null"), ":'Null':s"},
-    {MakeString(L"true"), ":'true':s"},
-    {MakeString(L"a'b\\c\nd\te"), ":'a\\'b\\\\c\\nd\te':s"},
-    // A zero ends the text.
-    {MakeString(TStringCore(std::u16string_view(u"a\0b", 3))), ":'a':s"},
-    // Special values are words, whatever their type; the type stays.
-    {MakeSpecial(IntType::Get32(), SpecialKind::Null), ":Null:i"},
-    {MakeSpecial(DateType::Get(), SpecialKind::Missing), ":Missing:d"},
-};
-
 TEST(VtlSerializerTest, Literals) {
-    for (const LiteralCase& row : kLiterals) {
-        SCOPED_TRACE(row.text);
-        const std::string text = row.text;
-        EXPECT_EQ(FunctionToString(*FunctionSpec::Make(L"f", row.value)).toStdString(),
-                  "f " + text);
-        EXPECT_EQ(TextOf(WithValue(OperatorType::Constant, row.value)),
-                  "-> constant " + text + " ->");
+    const LumDateTime date(2024, 3, 1, 0, 0, 0, 0);
+    const LumDateTime time(2024, 3, 1, 9, 5, 0, 0);
+    const std::pair<SV, std::string> cases[] = {
+        {factory::MakeBool(true), ":true:b"},
+        {MakeInt32(-5), ":-5:i"},
+        {factory::MakeInt64(9223372036854775807), ":9223372036854775807:l"},
+        {factory::MakeReal32(0.1f), ":0.1:f"},
+        {factory::MakeReal64(-0.0), ":-0:r"},
+        {factory::MakeReal64(0.1), ":0.10000000000000001:r"},
+        {factory::MakeReal64(2.5, 3, 2), ":2.5:r<3,2>"},
+        {factory::MakeReal64(std::numeric_limits<double>::infinity()), ":+inf:r"},
+        {factory::MakeDate(date), ":'2024-03-01':d"},
+        {factory::MakeDateTime(time), ":'2024-03-01T09:05:00':t"},
+        {factory::MakeColor(1, 2, 3, 255), ":'ff010203':c"},
+        {MakeString(L"word-1"), ":word-1:s"},
+        {MakeString(L""), ":'':s"},
+        {MakeString(L"two words"), ":'two words':s"},
+        {MakeString(L" a"), ":' a':s"},
+        {MakeString(L"12"), ":'12':s"},
+        {MakeString(L"Null"), ":'Null':s"},
+        {MakeString(L"true"), ":'true':s"},
+        {MakeString(L"a'b\\c\nd\te"), ":'a\\'b\\\\c\\nd\te':s"},
+        // A zero ends the text.
+        {MakeString(TStringCore(std::u16string_view(u"a\0b", 3))), ":'a':s"},
+        // Special values are words, whatever their type; the type stays.
+        {MakeSpecial(IntType::Get32(), SpecialKind::Null), ":Null:i"},
+        {MakeSpecial(DateType::Get(), SpecialKind::Missing), ":Missing:d"},
+    };
+    for (const auto& [value, text] : cases) {
+        EXPECT_EQ(FunctionToString(*FunctionSpec::Make(L"f", value)).toStdString(), "f " + text);
+        EXPECT_EQ(TextOf(WithValue(OperatorType::Constant, value)), "-> constant " + text + " ->");
         // Only five operators show the type of their literal.
-        EXPECT_EQ(TextOf(WithValue(OperatorType::Filter, row.value)),
+        EXPECT_EQ(TextOf(WithValue(OperatorType::Filter, value)),
                   "-> filter " + text.substr(0, text.rfind(':')) + " ->");
     }
 }
 
-struct RefusedCase {
-    const char* name;
-    LumError error;
-    SV value;
-};
-
 TEST(VtlSerializerTest, RefusedLiterals) {
     const SV array = factory::MakeArray<unsigned int>(IntType::Get32(), std::vector<unsigned int>{},
                                                       SortSpecOrder::UNKNOWN);
-    const RefusedCase cases[] = {
-        {"array", LumError::OperatorTypeNotPrimitive, array},
-        {"special of an array", LumError::OperatorTypeNotPrimitive,
-         MakeSpecial(ArrayType::Get(IntType::Get32()), SpecialKind::Null)},
-        {"special of an external type", LumError::OperatorTypeExternal,
-         MakeSpecial(ExternalType::Get(1), SpecialKind::Null)},
-    };
-    for (const RefusedCase& row : cases) {
-        SCOPED_TRACE(row.name);
-        const bool isExternal = row.error == LumError::OperatorTypeExternal;
+    const SV special = MakeSpecial(ArrayType::Get(IntType::Get32()), SpecialKind::Null);
+    const SV external = MakeSpecial(ExternalType::Get(1), SpecialKind::Null);
+    for (const SV& value : {array, special, external}) {
+        const bool isExternal = value == external;
+        const LumError error =
+            isExternal ? LumError::OperatorTypeExternal : LumError::OperatorTypeNotPrimitive;
         const auto condition = [&](const std::string& owner) {
             return isExternal ? "!(" + owner + ".GetValue()->GetStoreType() == StoreType::External)"
                               : "(IsPrimitiveStoreType(" + owner + ".GetValue()->GetStoreType()))";
         };
 
         TStringCore text = L"before ";
-        TransformSpec transform(OperatorType::Constant, Key("a"), Key("b"), nullptr, row.value);
-        EXPECT_TRUE(test::FailsAs({row.error, "", true, condition("spec")},
+        TransformSpec transform(OperatorType::Constant, Key("a"), Key("b"), nullptr, value);
+        EXPECT_TRUE(test::FailsAs({error, "", true, condition("spec")},
                                   [&] { TransformToString(text, transform); }));
         EXPECT_EQ(text, L"before a -> constant");
 
         transform.GetValue() = nullptr;
         transform.GetFunctionSpec() =
-            FunctionSpec::Make(L"f", {ValueSpec(Key("k")), ValueSpec(row.value)});
-        EXPECT_TRUE(test::FailsAs({row.error, "", true, condition("valuespec")},
+            FunctionSpec::Make(L"f", {ValueSpec(Key("k")), ValueSpec(value)});
+        EXPECT_TRUE(test::FailsAs({error, "", true, condition("valuespec")},
                                   [&] { TransformsToString(List(transform), true); }));
-        EXPECT_TRUE(test::FailsAs({row.error, "", true, condition("valuespec")},
+        EXPECT_TRUE(test::FailsAs({error, "", true, condition("valuespec")},
                                   [&] { FunctionToString(*transform.GetFunctionSpec()); }));
     }
 }
 
-// Functions ---------------------------------------------------------------------------------------
-
-TEST(VtlSerializerTest, FunctionNames) {
-    using namespace std::string_view_literals;
-    const std::pair<std::u16string_view, const char*> cases[] = {
-        {u"plus", "plus"},     {u"a-b.c?", "a-b.c?"}, {u"", "''"},         {u"+", "'+'"},
-        {u"/", "'/'"},         {u"12", "'12'"},       {u"true", "'true'"}, {u"a b", "'a b'"},
-        {u"it's", "'it\\'s'"}, {u" a", "' a'"},       {u"a\0b"sv, "'a'"},
-    };
-    for (const auto& [name, expected] : cases) {
-        EXPECT_EQ(FunctionToString(*FunctionSpec::Make(TStringCore(name))).toStdString(), expected);
-    }
-}
-
-// Statements --------------------------------------------------------------------------------------
-
 TEST(VtlSerializerTest, Statements) {
     const auto function = FunctionSpec::Make(
         L"f", {ValueSpec(Key("x/y:A<i>")), ValueSpec(MakeInt32(1)), ValueSpec(Key("'k 2'"))});
-    const std::pair<TransformSpec, const char*> cases[] = {
-        {TransformSpec(OperatorType::Map, Keys({"a/b:i", "'c d':A<s>", "12"}), Keys({"e:i", "f"}),
-                       function, {}, nullptr),
-         "a/b:i 'c d':A<s> 12 -> map (f x/y:A<i> :1:i 'k 2') -> e:i f"},
-        {TransformSpec(OperatorType::Scan, Keys({"a"}), Keys({"b"}), function, {}, MakeInt32(7)),
-         "a -> scan :7:i (f x/y:A<i> :1:i 'k 2') -> b"},
-        {TransformSpec(OperatorType::Return, {}, {}), "-> return ->"},
-        {TransformSpec(OperatorType::Return, Keys({"a"}), {}), "a -> return ->"},
-        // A key without a text still has its blank.
-        {TransformSpec(OperatorType::Copy, Keys({"a"}), KeyPath(), nullptr), "a -> copy -> "},
-        // A comment line has nothing else; that of a statement swallows it.
-        {TransformSpec(L" text"), "// text"},
-        {TransformSpec(OperatorType::NoOp, Keys({"a"}), Keys({"b"}), function, {}, MakeInt32(1)),
-         ""},
-        {TransformSpec(OperatorType::Copy, Keys({"a"}), Key("b"), std::vector<TransformSpec>(),
-                       L"why "),
-         "//why a -> copy -> b"},
-    };
-    for (const auto& [transform, expected] : cases) {
-        EXPECT_EQ(TextOf(transform), expected);
-    }
+    EXPECT_EQ(TextOf(TransformSpec(OperatorType::Scan, Keys({"a/b:i", "'c d':A<s>", "12"}),
+                                   Keys({"e:i", "f"}), function, {}, MakeInt32(7))),
+              "a/b:i 'c d':A<s> 12 -> scan :7:i (f x/y:A<i> :1:i 'k 2') -> e:i f");
+    // A comment line has nothing else.
+    EXPECT_EQ(TextOf(TransformSpec(OperatorType::NoOp, Keys({"a"}), Keys({"b"}), function, {},
+                                   MakeInt32(1))),
+              "");
+    const TStringCore withZero(std::u16string_view(u"a\0b", 3));
+    EXPECT_EQ(FunctionToString(*FunctionSpec::Make(withZero)), L"'a'");
     EXPECT_LUM_ERROR(InvalidOperatorValue, "type",
                      TransformToString(TransformSpec(static_cast<OperatorType>(33), {}, {})));
-}
-
-// Lists -------------------------------------------------------------------------------------------
-
-std::vector<TransformSpec> MakeNested() {
-    return List(
-        TransformSpec(L" first"),
-        TransformSpec(OperatorType::Case, Keys({"a"}), Key("b"),
-                      List(TransformSpec(OperatorType::When, {}, Key("c"),
-                                         List(MakeCopy("d", "e"), TransformSpec(L" inner"))),
-                           MakeCopy("f", "g"))),
-        TransformSpec(OperatorType::NoOp, Keys({"h"}), Keys({"i"})));
 }
 
 const char* const kNestedText =
@@ -198,8 +128,9 @@ const char* const kNestedText =
     "  f -> copy -> g\n";
 
 TEST(VtlSerializerTest, Lists) {
-    const std::vector<TransformSpec> list = MakeNested();
     const std::string nested = kNestedText;
+    std::vector<TransformSpec> list = test::Program("// first\n" + nested);
+    list.push_back(TransformSpec(OperatorType::NoOp, Keys({"h"}), Keys({"i"})));
     EXPECT_EQ(TransformsToString(list, /*includeComments=*/true).toStdString(),
               "// first\n" + nested + "\n");
     // Comments below a statement stay.
@@ -209,39 +140,19 @@ TEST(VtlSerializerTest, Lists) {
     TStringCore text = L"x";
     TransformToString(text, list[1]);
     EXPECT_EQ(text.toStdString() + "\n", "x" + nested);
-
     EXPECT_EQ(TransformsToString({}, true), L"");
     EXPECT_EQ(TransformsToString(List(TransformSpec(L"c")), false), L"");
 }
 
 TEST(VtlSerializerTest, CacheChangesNothingInTheText) {
-    std::vector<TransformSpec> list = MakeNested();
-    for (const LiteralCase& row : kLiterals) {
-        list.push_back(WithValue(OperatorType::Constant, row.value));
-    }
-    list.push_back(MakeCopy("a:i", "a:A<i>"));
-    list.push_back(MakeCopy("a", "x:i/x"));
-    const TStringCore expected = TransformsToString(list, true);
-    EXPECT_TRUE(expected.contains(L"\na:i -> copy -> a:A<i>\na -> copy -> x:i/x\n"));
+    const std::string text =
+        kNestedText + std::string("a:i -> copy -> a:A<i>\na -> copy -> x:i/x\n-> call :a -> a\n");
     KeyPathSerializerCache cache;
-    EXPECT_EQ(TransformsToString(list, true, &cache), expected);
-    EXPECT_EQ(TransformsToString(list, true, &cache), expected);
+    for (int round = 0; round < 2; ++round) {
+        EXPECT_EQ(TransformsToString(test::Program(text), true, &cache).toStdString(), text);
+    }
     const KeyPathSerializerCache::Key key{L"a", IntType::Get32(), true, true};
     EXPECT_NE(cache.TryGet(key), nullptr);
-}
-
-TEST(VtlSerializerTest, DeepNesting) {
-    constexpr std::size_t kDepth = 1000;
-    TransformSpec transform = MakeCopy("a", "b");
-    std::string expected;
-    for (std::size_t level = 0; level < kDepth; ++level) {
-        std::vector<TransformSpec> children = List(std::move(transform));
-        transform = TransformSpec(OperatorType::When, {}, Keys({"c"}));
-        transform.GetChildTransforms().swap(children);
-        expected += std::string(2 * level, ' ') + "-> when -> c\n";
-    }
-    expected += std::string(2 * kDepth, ' ') + "a -> copy -> b";
-    EXPECT_EQ(TextOf(transform), expected);
 }
 
 }  // namespace
