@@ -10,9 +10,6 @@ namespace lum::core {
 /// collection; IllegalKeyType for the key of a key set, which is looked at first.
 class LUM_CORE_API CollectionType : public Type {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return IsUniformCollectionStoreType(storeType);
-    }
     /// The array or set type of `elementType`.
     /// Errors: TypeMismatchExpected for any other `storeType`.
     static const CollectionType* Get(StoreType storeType, const Type* elementType);
@@ -33,9 +30,6 @@ private:
 /// The type of an array. Cost of Get: one load where the type is known.
 class LUM_CORE_API ArrayType final : public CollectionType {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return storeType == StoreType::Array;
-    }
     static const ArrayType* Get(const Type* elementType);
 
     /// The array of the element's base type.
@@ -52,9 +46,6 @@ private:
 /// The type of a set. Cost of Get: one load where the type is known.
 class LUM_CORE_API SetType final : public CollectionType {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return storeType == StoreType::Set;
-    }
     static const SetType* Get(const Type* elementType);
 
     /// The set of the element's base type.
@@ -71,9 +62,6 @@ private:
 /// The type of a key set: typed keys beside the typed elements.
 class LUM_CORE_API KeySetType final : public CollectionType {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return storeType == StoreType::KeySet;
-    }
     static const KeySetType* Get(const Type* keyType, const Type* elementType);
 
     const Type* GetKeyType() const noexcept { return m_keyType; }

@@ -14,9 +14,6 @@ LUM_CORE_API const TStringCore& GetExternalTypeName(unsigned short typeId);
 /// The type of values of a kind that the host registered. See Type for threads and ownership.
 class LUM_CORE_API ExternalType final : public Type {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return storeType == StoreType::External;
-    }
     /// The type of an id, which need not be registered.
     static const ExternalType* Get(unsigned short typeId);
     /// The type of a registered name. Errors: those of GetExternalTypeId.

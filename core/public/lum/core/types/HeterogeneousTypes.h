@@ -10,10 +10,6 @@ namespace lum::core {
 /// The type of a collection whose members have types of their own. See Type for threads, ownership.
 class LUM_CORE_API HeterogeneousType : public Type {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return storeType == StoreType::KeyMap || storeType == StoreType::Table ||
-               storeType == StoreType::Tuple;
-    }
     /// The type of the same members with their types' base types; this type if that is the same.
     const Type* GetBaseType() const override { return m_baseType; }
 
@@ -32,9 +28,6 @@ private:
 /// details, after a line of level Notice in the log.
 class LUM_CORE_API NamedHeterogeneousType : public HeterogeneousType {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return storeType == StoreType::KeyMap || storeType == StoreType::Table;
-    }
     class LUM_CORE_API Member {
     public:
         Member(const RInternString& name, const Type* type);
@@ -77,9 +70,6 @@ private:
 /// The type of a key map. Get takes the members in any order.
 class LUM_CORE_API KeyMapType final : public NamedHeterogeneousType {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return storeType == StoreType::KeyMap;
-    }
     static const KeyMapType* Get(std::vector<Member>&& members);
     /// This type's members and `members`.
     const KeyMapType* With(std::vector<Member>&& members) const;
@@ -93,9 +83,6 @@ private:
 /// Errors: TableColumnNotArray where a member's type is no array, after those of its base.
 class LUM_CORE_API TableType final : public NamedHeterogeneousType {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return storeType == StoreType::Table;
-    }
     static const TableType* Get(std::vector<Member>&& members);
     /// This type's members and `members`.
     const TableType* With(std::vector<Member>&& members) const;

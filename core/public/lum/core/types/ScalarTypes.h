@@ -8,9 +8,6 @@ namespace lum::core {
 /// text. See Type for threads, ownership and errors.
 class LUM_CORE_API BoolType final : public Type {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return storeType == StoreType::Bool;
-    }
     static const BoolType* Get();
     const Type* GetBaseType() const override { return this; }
 
@@ -21,9 +18,6 @@ private:
 
 class LUM_CORE_API DateType final : public Type {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return storeType == StoreType::Date;
-    }
     static const DateType* Get();
     const Type* GetBaseType() const override { return this; }
 
@@ -34,9 +28,6 @@ private:
 
 class LUM_CORE_API DateTimeType final : public Type {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return storeType == StoreType::DateTime;
-    }
     static const DateTimeType* Get();
     const Type* GetBaseType() const override { return this; }
 
@@ -47,9 +38,6 @@ private:
 
 class LUM_CORE_API ColorType final : public Type {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return storeType == StoreType::Color;
-    }
     static const ColorType* Get();
     const Type* GetBaseType() const override { return this; }
 
@@ -61,9 +49,6 @@ private:
 /// The types Int32 and Int64.
 class LUM_CORE_API IntType final : public Type {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return storeType == StoreType::Int32 || storeType == StoreType::Int64;
-    }
     static const IntType* Get32();
     static const IntType* Get64();
     const Type* GetBaseType() const override { return this; }
@@ -79,9 +64,6 @@ private:
 /// was asked for.
 class LUM_CORE_API RealType final : public Type {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return storeType == StoreType::Real32 || storeType == StoreType::Real64;
-    }
     static const RealType* Get32();
     static const RealType* Get64();
     static const RealType* Get32(signed char precision, signed char scale);

@@ -11,9 +11,6 @@ namespace lum::core {
 /// fails with NoCollatorPool without.
 class LUM_CORE_API StringType final : public Type {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return storeType == StoreType::String;
-    }
     /// The strings of the default collation; needs no pool.
     static const StringType* Get();
     static const StringType* Get(const Collation& collation);

@@ -12,9 +12,6 @@ class PackedStructOffsets;
 /// The type of members that are known by position. See Type for threads and ownership.
 class LUM_CORE_API AnonymousHeterogeneousType : public HeterogeneousType {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return storeType == StoreType::Tuple;
-    }
     const std::vector<const Type*>& GetMembers() const noexcept { return m_members; }
     /// Where the members stand in a packed block.
     const PackedStructOffsets* GetOffsets() const noexcept { return m_offsets; }
@@ -34,9 +31,6 @@ private:
 /// primitive; OutOfRange where a row would take more than 2^32 - 1 bytes.
 class LUM_CORE_API TupleType final : public AnonymousHeterogeneousType {
 public:
-    static constexpr bool IsClassOf(StoreType storeType) noexcept {
-        return storeType == StoreType::Tuple;
-    }
     static const TupleType* Get(std::vector<const Type*>&& members);
 
     /// For instance "P{i, b}"; the code alone without members.

@@ -39,11 +39,10 @@ public:
     /// The object's address as a number: stable within the process only.
     uint64 GetHashValue() const noexcept { return reinterpret_cast<std::uintptr_t>(this); }
 
-    /// This type as a class of the tree; null where it is none. Each class tells which store types
-    /// are its own, so that this takes no cast at run time.
+    /// This type as a class of the tree; null where it is none.
     template <typename T>
-    const T* TryAs() const noexcept {
-        return T::IsClassOf(m_storeType) ? static_cast<const T*>(this) : nullptr;
+    const T* TryAs() const {
+        return dynamic_cast<const T*>(this);
     }
     /// Errors: InvalidTypeClassCast where this type is no T.
     template <typename T>
