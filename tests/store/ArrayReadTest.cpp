@@ -91,7 +91,7 @@ TEST(ArrayReadTest, KeysAreDecimalIndices) {
 }
 
 TEST(ArrayReadTest, BulkReadsCheckTheirRange) {
-    test::ForEachForm(ColumnOf("i: 1 - 3"), [](const SV& column) {
+    const auto check = [](const SV& column) {
         const ITypedArray<unsigned>& array = column->AsTypedArray<unsigned>();
         TemporaryRawData scratch;
         std::vector<unsigned> values(8);
@@ -99,7 +99,9 @@ TEST(ArrayReadTest, BulkReadsCheckTheirRange) {
         std::vector<LumTuple> rows(3, LumTuple(&test::TypeOf("P{i}")->As<TupleType>()));
         const std::pair<lumsize_t, lumsize_t> ranges[] = {
             {0, 4}, {3, 1}, {4, 0}, {kMax, 2}, {2, kMax}};
-        for (const auto& [start, length] : ranges) {
+        for (const auto& range : ranges) {
+            const lumsize_t start = range.first;
+            const lumsize_t length = range.second;
             EXPECT_LUM_REPORT(OutOfBounds, "", kRange, array.CopyValues(values, start, length));
             EXPECT_LUM_REPORT(OutOfBounds, "", kRange, array.CopySpecials(kinds, start, length));
             EXPECT_LUM_REPORT(OutOfBounds, "", kRange, array.GetValuesView(scratch, start, length));
@@ -111,7 +113,9 @@ TEST(ArrayReadTest, BulkReadsCheckTheirRange) {
         kinds.resize(1);
         EXPECT_LUM_REPORT(OutOfBounds, "", kOut, array.CopyValues(values, 0, 2));
         EXPECT_LUM_REPORT(OutOfBounds, "", kOut, array.CopySpecials(kinds, 0, 2));
-    });
+    };
+    test::ForEachForm(ColumnOf("i: 1 - 3"), check);
+    test::ForEachForm(ColumnOf("i: 7 7 7"), check);  // The constant form as well.
 }
 
 TEST(ArrayReadTest, StoredValuesAreOfferedWithoutIndicesAlone) {

@@ -267,7 +267,7 @@ TEST(KeyPathPrefixTreeMapTest, AFailedInsertLeavesNothing) {
     ScarceTree tree(left);
     tree.Insert(KeyPath({L"a"}), 1);
     for (const KeyPath& path : {KeyPath({L"a", L"b", L"c"}), KeyPath({L"x", L"y", L"z"})}) {
-        for (const std::size_t enough : {0, 1}) {
+        for (const std::size_t enough : {0u, 1u}) {
             left = enough;
             EXPECT_THROW(tree.Insert(path, 2), std::bad_alloc);
         }
