@@ -104,8 +104,8 @@ public:
 private:
     enum class IndexRange : unsigned char { Unknown, Inside, NotAllInside };
 
-    // Gives the type. Its name is that of the field, whose checks these are.
-    static const CollectionType* CheckParts(const CollectionType* m_type,
+    // Gives the type.
+    static const CollectionType* CheckParts(const CollectionType* type,
                                             const PackagedArrayView<T>& values,
                                             const PackagedArrayView<SpecialKind>& specials);
     /// The place of an element in the storage.

@@ -26,23 +26,24 @@ ValueArray<T>::ValueArray(const CollectionType* type, PackagedArrayView<T> value
       m_order(order) {}
 
 template <StorageType T>
-const CollectionType* ValueArray<T>::CheckParts(const CollectionType* m_type,
+const CollectionType* ValueArray<T>::CheckParts(const CollectionType* type,
                                                 const PackagedArrayView<T>& values,
                                                 const PackagedArrayView<SpecialKind>& specials) {
-    LUM_CHECK_NOT_NULL(m_type, LumError::NullArgument);
+    LUM_CHECK_TEXT("(m_type) != nullptr", type != nullptr, LumError::NullArgument);
     LUM_CHECK_TEXT("!(m_values.IsNull())", !values.IsNull(), LumError::NullArray);
     if constexpr (!std::is_same_v<T, SV>) {
-        using StorageT = T;
-        LUM_CHECK(StorageTypeTraits<StorageT>::IsMatchingType(m_type->GetElementType()),
-                  LumError::TypeMismatchExpected);
+        LUM_CHECK_TEXT("(StorageTypeTraits<StorageT>::IsMatchingType(m_type->GetElementType()))",
+                       StorageTypeTraits<T>::IsMatchingType(type->GetElementType()),
+                       LumError::TypeMismatchExpected);
     }
     if (!specials.IsNull()) {
-        LUM_CHECK_NOT(IsCollectionStoreType(m_type->GetElementType()->GetStoreType()),
-                      LumError::NestedCollectionSpecials);
+        LUM_CHECK_TEXT("!(IsCollectionStoreType(m_type->GetElementType()->GetStoreType()))",
+                       !IsCollectionStoreType(type->GetElementType()->GetStoreType()),
+                       LumError::NestedCollectionSpecials);
         LUM_CHECK_TEXT("(m_specials.GetSize() == m_values.GetSize())",
                        specials.GetSize() == values.GetSize(), LumError::SpecialsSizeMismatch);
     }
-    return m_type;
+    return type;
 }
 
 template <StorageType T>
