@@ -105,7 +105,15 @@ public:
         ResetToEmpty();
     }
 
-    TStringCore& append(const TStringCore& text) { return append(text.data(), text.m_length); }
+    TStringCore& append(const TStringCore& text) {
+        if (text.m_shared == 0 && HasRoomForInline()) {
+            // A copy of fixed size, of which the units behind the text count for nothing.
+            std::memcpy(UnitsOf(m_block) + m_length, text.m_inline, sizeof(text.m_inline));
+            m_length += text.m_length;
+            return *this;
+        }
+        return append(text.data(), text.m_length);
+    }
     TStringCore& append(char16_t unit) {
         char16_t* const room = Grow(1);
         *room = unit;
@@ -237,6 +245,16 @@ private:
         return GrowInNewBlock(needed);
     }
     char16_t* GrowInNewBlock(std::size_t needed);
+    /// Whether the text has a block alone with room for whatever stands inline in another text; if
+    /// so, for a change of the block.
+    bool HasRoomForInline() noexcept {
+        if (m_shared == 0 || m_length + kInlineCapacity > m_block->capacity ||
+            m_block->references.load(std::memory_order_acquire) != 1) {
+            return false;
+        }
+        m_block->hash.store(0, std::memory_order_relaxed);
+        return true;
+    }
 
     // Inline units behind the text are zero, so that two short texts compare as 32 plain bytes and
     // all-zero bytes are the empty string. The block's text is as long as that of each object
