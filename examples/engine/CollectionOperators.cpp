@@ -63,10 +63,7 @@ void WriteMember(const SV& column, lumsize_t member, std::vector<LumTuple>& rows
     }
 }
 
-}  // namespace
-
 SV RunCreateKeySet(const Statement& statement) {
-    statement.ExpectKeysAlone();
     const std::vector<SV> inputs = statement.ReadArrays(LumError::CreateKeySetInputType);
     Require(inputs.size() == 2, LumError::TwoInputsNeeded);
     RequireOneLength(inputs);
@@ -87,7 +84,6 @@ SV RunCreateKeySet(const Statement& statement) {
 }
 
 SV RunCreateTable(const Statement& statement) {
-    statement.ExpectKeysAlone();
     const std::vector<SV> inputs = statement.ReadInputs();
     Require(!inputs.empty(), LumError::AtLeastOneInputNeeded);
     IStoreTable::Columns columns;
@@ -109,7 +105,6 @@ SV RunCreateTable(const Statement& statement) {
 }
 
 SV RunZip(const Statement& statement) {
-    statement.ExpectKeysAlone();
     const std::vector<SV> inputs = statement.ReadArrays(LumError::ZipInputType);
     Require(inputs.size() >= 2, LumError::AtLeastTwoInputsNeeded);
     RequireOneLength(inputs);
@@ -125,5 +120,15 @@ SV RunZip(const Statement& statement) {
     }
     return factory::MakeArray<LumTuple>(type, std::move(rows), SortSpecOrder::UNKNOWN);
 }
+
+constexpr Operator kOperators[] = {
+    {OperatorType::CreateKeySet, Parts::None, RunCreateKeySet},
+    {OperatorType::CreateTable, Parts::None, RunCreateTable},
+    {OperatorType::Zip, Parts::None, RunZip},
+};
+
+}  // namespace
+
+const std::span<const Operator> kCollectionOperators = kOperators;
 
 }  // namespace lumengine

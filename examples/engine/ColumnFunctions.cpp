@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "Columns.h"
@@ -221,48 +222,50 @@ struct FoldPlan {
     SV input;
 };
 
-// A fold, and where it stands.
+// The accumulator in the end; with `stepCount`, that of the column's elements, behind each of them.
 template <StorageType T>
-class Fold {
-public:
-    // Errors: those of FetchStoreValue where `initial` is special in the regular form.
-    Fold(const FoldPlan& plan, const SV& initial)
-        : m_plan(plan),
-          m_functor(MakeFunctor(plan.functions, plan.constantTypes, plan.isSpecialForm, {})),
-          m_value(1, initial->IsSpecial() && plan.isSpecialForm ? T() : FetchStored<T>(initial)),
-          m_kind(1, initial->GetSpecialKind()) {}
-
-    // The fold with the outputs that `values` and `kinds` have room for, which may be none.
-    void Run(const RawDataView& values, const RawDataView& kinds, FoldDirection direction) {
-        ColumnViews input(m_plan.input);
-        const RawDataView accumulator(m_value);
-        if (m_plan.isSpecialForm) {
-            m_functor->FoldRaw(accumulator, RawDataView(m_kind), input.GetValues(),
-                               input.GetKinds(), values, kinds, direction);
-        } else {
-            m_functor->FoldRaw(accumulator, input.GetValues(), values, direction);
-        }
+SV RunFold(const FoldPlan& plan, const SV& initial, FoldDirection direction,
+           std::optional<lumsize_t> stepCount) {
+    const auto functor =
+        MakeFunctor(plan.functions, plan.constantTypes, plan.isSpecialForm, /*constants=*/{});
+    const T first = initial->IsSpecial() && plan.isSpecialForm ? T() : FetchStored<T>(initial);
+    VectorRawData<T> value(1, first);
+    VectorRawData<SpecialKind> kind(1, initial->GetSpecialKind());
+    const Type* const type = plan.functions.GetOutputType();
+    Output<T> steps(type, stepCount.value_or(0), plan.isSpecialForm);
+    ColumnViews input(plan.input);
+    const RawDataView outputs(*steps.values, 0, stepCount ? input.GetValues().GetSize() : 0);
+    if (plan.isSpecialForm) {
+        functor->FoldRaw(RawDataView(value), RawDataView(kind), input.GetValues(), input.GetKinds(),
+                         outputs, RawDataView(*steps.kinds), direction);
+    } else {
+        functor->FoldRaw(RawDataView(value), input.GetValues(), outputs, direction);
     }
-
-    const T& GetValue() const { return m_value.GetView()[0]; }
-    SV MakeResult() const {
-        const Type* const type = m_plan.functions.GetOutputType();
-        const SpecialKind kind = m_kind.GetView()[0];
-        return kind == SpecialKind::Normal ? MakeStoreValueFromStorageType<T>(type, GetValue())
-                                           : factory::MakeSpecial(type, kind);
+    if (!stepCount) {
+        const SpecialKind resultKind = kind.GetView()[0];
+        return resultKind == SpecialKind::Normal
+                   ? MakeStoreValueFromStorageType<T>(type, value.GetView()[0])
+                   : factory::MakeSpecial(type, resultKind);
     }
+    if (plan.isSelective) {
+        // At a special element the accumulator is that of the element before it in the walk.
+        const ArrayView<T> values = steps.values->GetView();
+        SpreadResults(values, plan.kinds, [&](lumsize_t index, lumsize_t normalsBelow) -> T {
+            if (direction == FoldDirection::Forward) {
+                return normalsBelow == 0 ? first : values[normalsBelow - 1];
+            }
+            return index + 1 == *stepCount ? first : values[index + 1];
+        });
+    }
+    return steps.MakeColumn();
+}
 
-private:
-    const FoldPlan& m_plan;
-    std::unique_ptr<IRawBinaryFunctor> m_functor;
-    VectorRawData<T> m_value;
-    VectorRawData<SpecialKind> m_kind;
-};
-
-FunctionKey MakeFoldQuery(const RInternString& name, const Type* accumulatorType,
-                          const SV& column) {
-    return FunctionKey(name, accumulatorType, column->AsArray().GetElementType(),
-                       FunctionKey::ArgContainer::Separate);
+SV Fold(const IFunctionLookup& lookup, const RInternString& name, const SV& column,
+        const SV& initial, FoldDirection direction, std::optional<lumsize_t> stepCount) {
+    const FoldPlan plan(lookup, MakeFoldQuery(name, initial->GetType(), column), column, initial);
+    return DispatchStorage(
+        plan.functions.GetOutputType()->GetStoreType(),
+        [&]<typename T>(StorageTag<T>) { return RunFold<T>(plan, initial, direction, stepCount); });
 }
 
 }  // namespace
@@ -273,6 +276,12 @@ FunctionKey MakeQuery(const RInternString& name, const std::vector<SV>& columns)
         types.emplace_back(column->AsArray().GetElementType());
     }
     return FunctionKey(name, std::move(types), FunctionKey::ArgContainer::Separate);
+}
+
+FunctionKey MakeFoldQuery(const RInternString& name, const Type* accumulatorType,
+                          const SV& column) {
+    return FunctionKey(name, accumulatorType, column->AsArray().GetElementType(),
+                       FunctionKey::ArgContainer::Separate);
 }
 
 SV ApplyFunction(const IFunctionLookup& lookup, const RInternString& name,
@@ -289,40 +298,12 @@ SV ApplyFunction(const IFunctionLookup& lookup, const RInternString& name,
 
 SV FoldColumn(const IFunctionLookup& lookup, const RInternString& name, const SV& column,
               const SV& initial) {
-    const FoldPlan plan(lookup, MakeFoldQuery(name, initial->GetType(), column), column, initial);
-    return DispatchStorage(
-        plan.functions.GetOutputType()->GetStoreType(), [&]<typename T>(StorageTag<T>) {
-            Fold<T> fold(plan, initial);
-            VectorRawData<T> noValues(0, T());
-            VectorRawData<SpecialKind> noKinds(0, SpecialKind::Normal);
-            fold.Run(RawDataView(noValues), RawDataView(noKinds), FoldDirection::Forward);
-            return fold.MakeResult();
-        });
+    return Fold(lookup, name, column, initial, FoldDirection::Forward, std::nullopt);
 }
 
 SV ScanColumn(const IFunctionLookup& lookup, const RInternString& name, const SV& column,
               const SV& initial, FoldDirection direction) {
-    const FoldPlan plan(lookup, MakeFoldQuery(name, initial->GetType(), column), column, initial);
-    const Type* const type = plan.functions.GetOutputType();
-    return DispatchStorage(type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
-        Fold<T> fold(plan, initial);
-        const T first = fold.GetValue();
-        const lumsize_t count = column->AsArray().GetCount();
-        const lumsize_t inputCount = plan.input->AsArray().GetCount();
-        Output<T> output(type, count, plan.isSpecialForm);
-        fold.Run(RawDataView(*output.values, 0, inputCount), RawDataView(*output.kinds), direction);
-        if (plan.isSelective) {
-            // At a special element the accumulator is that of the element before it in the walk.
-            const ArrayView<T> values = output.values->GetView();
-            SpreadResults(values, plan.kinds, [&](lumsize_t index, lumsize_t normalsBelow) -> T {
-                if (direction == FoldDirection::Forward) {
-                    return normalsBelow == 0 ? first : values[normalsBelow - 1];
-                }
-                return index + 1 == count ? first : values[index + 1];
-            });
-        }
-        return output.MakeColumn();
-    });
+    return Fold(lookup, name, column, initial, direction, column->AsArray().GetCount());
 }
 
 const Type* FindAccumulatorType(const IFunctionLookup& lookup, const RInternString& name,

@@ -37,6 +37,10 @@ namespace lumengine {
 /// What a call of `name` on these columns looks up.
 lum::core::FunctionKey MakeQuery(const lum::core::RInternString& name,
                                  const std::vector<lum::core::SV>& columns);
+/// What a fold of `name` over the column looks up.
+lum::core::FunctionKey MakeFoldQuery(const lum::core::RInternString& name,
+                                     const lum::core::Type* accumulatorType,
+                                     const lum::core::SV& column);
 
 /// The results of `name` for the elements of one column, or for those of two pair by pair.
 /// `constants` are the values that a creator is made from.

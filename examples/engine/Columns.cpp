@@ -8,7 +8,9 @@
 #include "StoredValue.h"
 #include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/IStoreArray.h"
+#include "lum/core/store/IStoreSet.h"
 #include "lum/core/store/IStoreTable.h"
+#include "lum/core/store/IUniformCollection.h"
 #include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/StoreValue.h"
 
@@ -25,7 +27,22 @@ bool IsTable(const SV& value) {
 }
 
 lumsize_t CountRows(const SV& value) {
-    return IsTable(value) ? value->AsTable().GetRowCount() : value->AsArray().GetCount();
+    return IsTable(value) ? value->AsTable().GetRowCount()
+                          : value->AsUniformCollection().GetCount();
+}
+
+SV ToColumn(const SV& value, LumError otherwise) {
+    if (value->GetStoreType() == StoreType::Set) {
+        return value->AsSet().ToArray(/*includeSpecials=*/true);
+    }
+    Require(IsArray(value), otherwise);
+    return value;
+}
+
+SV ToFormOf(const SV& source, const SV& column) {
+    return source->GetStoreType() == StoreType::Set
+               ? column->AsArray().ToSet(/*includeSpecials=*/true)
+               : column;
 }
 
 std::vector<SpecialKind> KindsOf(const SV& column) {

@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <memory>
-#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -49,72 +48,32 @@ Side ReadSide(const Statement& statement, std::size_t begin, std::size_t end) {
     return side;
 }
 
-// Finds the rows of the right table that have the keys of a row of the left one. What is special is
-// equal to nothing.
-class Partners {
-public:
-    // `keys` are the columns of the left table, with those of the right one behind them.
-    Partners(const std::vector<SV>& keys, unsigned leftCount)
-        : m_leftCount(leftCount),
-          m_groups(GroupRows(keys)),
-          m_lists(ListRows(m_groups)),
-          m_firstRight(m_lists.starts),
-          m_isSpecial(m_groups.firstRows.size()) {
-        for (unsigned row = 0; row < leftCount; ++row) {
-            ++m_firstRight[m_groups.groupOfRow[row]];
-        }
-        for (unsigned& row : m_lists.rows) {
-            row -= row < leftCount ? 0 : leftCount;
-        }
-        for (const SV& key : keys) {
-            const std::vector<SpecialKind> kinds = KindsOf(key);
-            for (std::size_t row = 0; row < kinds.size(); ++row) {
-                if (kinds[row] != SpecialKind::Normal) {
-                    m_isSpecial[m_groups.groupOfRow[row]] = true;
-                }
-            }
-        }
-    }
-
-    ArrayView<const unsigned> FindRight(unsigned leftRow) const {
-        const unsigned group = m_groups.groupOfRow[leftRow];
-        const unsigned begin = m_firstRight[group];
-        return {m_lists.rows.data() + begin,
-                m_isSpecial[group] ? 0 : m_lists.starts[group + 1] - begin};
-    }
-    bool HasLeft(unsigned rightRow) const {
-        const unsigned group = m_groups.groupOfRow[m_leftCount + rightRow];
-        return !m_isSpecial[group] && m_firstRight[group] > m_lists.starts[group];
-    }
-
-private:
-    unsigned m_leftCount;
-    RowGroups m_groups;
-    RowLists m_lists;   // In each group, rows of the left table before those of the right one.
-    Rows m_firstRight;  // Where the latter begin.
-    std::vector<bool> m_isSpecial;
-};
-
 // The rows of the result: in each, a row of the left table beside one of the right, or none.
 struct RowPairs {
     Rows left;
     Rows right;
 };
 
-// Pairs each row of the left table with all that `find` gives for it. Errors: those of
-// LumSizeCastSafe, before anything is allocated.
-template <typename Find>
-RowPairs PairRows(unsigned leftCount, const Find& find) {
+// Pairs each row of the left table, in order, with those of the right one in its group. Errors:
+// those of LumSizeCastSafe, before anything is allocated.
+RowPairs PairRows(ArrayView<const unsigned> groupOfLeftRow, const RowLists& rightRows,
+                  bool keepsLeft) {
+    const auto noRow = static_cast<unsigned>(rightRows.rows.size());
+    const auto find = [&](unsigned group) {
+        const ArrayView<const unsigned> found = rightRows[group];
+        return keepsLeft && found.IsEmpty() ? ArrayView<const unsigned>(&noRow, 1) : found;
+    };
     unsigned long long count = 0;
-    for (unsigned row = 0; row < leftCount; ++row) {
-        count += find(row).GetSize();
+    for (const unsigned group : groupOfLeftRow) {
+        count += find(group).GetSize();
     }
     RowPairs pairs;
     pairs.right.reserve(LumSizeCastSafe(count));
     pairs.left.reserve(pairs.right.capacity());
-    for (unsigned row = 0; row < leftCount; ++row) {
-        const ArrayView<const unsigned> found = find(row);
-        pairs.left.insert(pairs.left.end(), found.GetSize(), row);
+    unsigned row = 0;
+    for (const unsigned group : groupOfLeftRow) {
+        const ArrayView<const unsigned> found = find(group);
+        pairs.left.insert(pairs.left.end(), found.GetSize(), row++);
         pairs.right.insert(pairs.right.end(), found.begin(), found.end());
     }
     return pairs;
@@ -156,7 +115,6 @@ std::unique_ptr<IStoreTable::Columns> PutTogether(const Side& left, const Side& 
 }
 
 SV Join(const Statement& statement, bool keepsLeft, bool keepsRight) {
-    statement.ExpectKeysAlone();
     const std::size_t count = statement.GetSpec().GetInputs().size();
     Require(count > 0 && count % 2 == 0, LumError::InvalidInputCount);
     const Side left = ReadSide(statement, 0, count / 2);
@@ -171,16 +129,34 @@ SV Join(const Statement& statement, bool keepsLeft, bool keepsRight) {
     }
     CheckNames(left, right);
 
-    const Partners partners(keys, left.GetNoRow());
-    const unsigned none = right.GetNoRow();
-    RowPairs pairs = PairRows(left.GetNoRow(), [&](unsigned row) {
-        const ArrayView<const unsigned> found = partners.FindRight(row);
-        return keepsLeft && found.IsEmpty() ? ArrayView<const unsigned>(&none, 1) : found;
-    });
-    for (unsigned row = 0; keepsRight && row < right.GetNoRow(); ++row) {
-        if (!partners.HasLeft(row)) {
-            pairs.left.push_back(left.GetNoRow());
-            pairs.right.push_back(row);
+    RowGroups groups = GroupRows(keys);
+    // What is special is equal to nothing, so that such rows of either table stand alone.
+    const auto aloneOnLeft = static_cast<unsigned>(groups.firstRows.size());
+    const unsigned aloneOnRight = aloneOnLeft + 1;
+    const unsigned leftCount = left.GetNoRow();
+    for (const SV& key : keys) {
+        const std::vector<SpecialKind> kinds = KindsOf(key);
+        for (std::size_t row = 0; row < kinds.size(); ++row) {
+            if (kinds[row] != SpecialKind::Normal) {
+                groups.groupOfRow[row] = row < leftCount ? aloneOnLeft : aloneOnRight;
+            }
+        }
+    }
+    const ArrayView<const unsigned> groupOfRow(groups.groupOfRow);
+    const auto groupOfLeftRow = groupOfRow.GetSlice(0, leftCount);
+    const auto groupOfRightRow = groupOfRow.GetSlice(leftCount, right.GetNoRow());
+    RowPairs pairs =
+        PairRows(groupOfLeftRow, ListRows(groupOfRightRow, aloneOnRight + 1), keepsLeft);
+    if (keepsRight) {
+        std::vector<bool> isMet(aloneOnRight + 1);
+        for (const unsigned group : groupOfLeftRow) {
+            isMet[group] = true;
+        }
+        for (unsigned row = 0; row < groupOfRightRow.GetSize(); ++row) {
+            if (!isMet[groupOfRightRow[row]]) {
+                pairs.left.push_back(leftCount);
+                pairs.right.push_back(row);
+            }
         }
     }
     const auto columns = PutTogether(left, right, pairs);
@@ -203,20 +179,16 @@ SV Join(const Statement& statement, bool keepsLeft, bool keepsRight) {
     return factory::MakeTable(std::move(*columns), {});
 }
 
-}  // namespace
-
 SV RunCrossJoin(const Statement& statement) {
-    statement.ExpectKeysAlone();
     const std::vector<SV> inputs = statement.ReadInputs();
     Require(inputs.size() == 2, LumError::TwoInputsNeeded);
     Require(IsTable(inputs[0]) && IsTable(inputs[1]), LumError::CrossJoinInputType);
     const Side left{inputs[0], {}, {}};
     const Side right{inputs[1], {}, {}};
     CheckNames(left, right);
-    Rows all(right.GetNoRow());
-    std::iota(all.begin(), all.end(), 0u);
-    const RowPairs pairs =
-        PairRows(left.GetNoRow(), [&](unsigned) { return ArrayView<const unsigned>(all); });
+    // All rows are of one group.
+    const RowPairs pairs = PairRows(Rows(left.GetNoRow()), ListRows(Rows(right.GetNoRow()), 1),
+                                    /*keepsLeft=*/false);
     return factory::MakeTable(std::move(*PutTogether(left, right, pairs)),
                               IStoreTable::SortColumns(left.table->AsTable().GetSortColumns()));
 }
@@ -232,5 +204,16 @@ SV RunInnerJoin(const Statement& statement) {
 SV RunLeftOuterJoin(const Statement& statement) {
     return Join(statement, /*keepsLeft=*/true, /*keepsRight=*/false);
 }
+
+constexpr Operator kOperators[] = {
+    {OperatorType::CrossJoin, Parts::None, RunCrossJoin},
+    {OperatorType::FullOuterJoin, Parts::None, RunFullOuterJoin},
+    {OperatorType::InnerJoin, Parts::None, RunInnerJoin},
+    {OperatorType::LeftOuterJoin, Parts::None, RunLeftOuterJoin},
+};
+
+}  // namespace
+
+const std::span<const Operator> kJoinOperators = kOperators;
 
 }  // namespace lumengine

@@ -16,7 +16,7 @@ using namespace lum::core;
 
 Partitions::Partitions(const Statement& statement)
     : m_isGroupBy(statement.GetSpec().GetOperatorType() == OperatorType::GroupBy) {
-    statement.ExpectKeysAlone();
+    statement.ExpectNoneBut(Parts::None);
     Require(statement.GetSpec().GetOutputs().size() == 1, LumError::OneOutputNeeded);
     ReadKeys(statement);
     FindResults(statement.GetSpec());
@@ -25,7 +25,7 @@ Partitions::Partitions(const Statement& statement)
         columns.push_back(column);
     }
     m_groups = GroupRows(columns);
-    m_lists = ListRows(m_groups);
+    m_lists = ListRows(m_groups.groupOfRow, m_groups.firstRows.size());
     FindColumns(statement.GetSpec());
 }
 

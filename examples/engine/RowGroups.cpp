@@ -1,5 +1,6 @@
 #include "RowGroups.h"
 
+#include <numeric>
 #include <unordered_map>
 
 #include "lum/core/store/IStoreArray.h"
@@ -13,17 +14,6 @@ namespace {
 
 using namespace lum::core;
 
-// Adds the next row to the group of its key.
-template <typename Numbers, typename Key>
-void AddRow(Numbers& numbers, const Key& key, RowGroups& groups) {
-    const auto next = static_cast<unsigned>(groups.firstRows.size());
-    const auto [entry, isNew] = numbers.try_emplace(key, next);
-    if (isNew) {
-        groups.firstRows.push_back(static_cast<unsigned>(groups.groupOfRow.size()));
-    }
-    groups.groupOfRow.push_back(entry->second);
-}
-
 template <StorageType T>
 RowGroups GroupElements(const SV& column) {
     const IStoreArray& array = column->AsArray();
@@ -35,12 +25,16 @@ RowGroups GroupElements(const SV& column) {
     std::unordered_map<SpecialKind, unsigned> numbersOfKinds;
     RowGroups groups;
     groups.groupOfRow.reserve(values.GetSize());
-    for (lumsize_t row = 0; row < values.GetSize(); ++row) {
-        if (kinds.empty() || kinds[row] == SpecialKind::Normal) {
-            AddRow(numbers, values[row], groups);
-        } else {
-            AddRow(numbersOfKinds, kinds[row], groups);
+    for (unsigned row = 0; row < values.GetSize(); ++row) {
+        const auto next = static_cast<unsigned>(groups.firstRows.size());
+        const bool isNormal = kinds.empty() || kinds[row] == SpecialKind::Normal;
+        const unsigned group = isNormal
+                                   ? numbers.try_emplace(values[row], next).first->second
+                                   : numbersOfKinds.try_emplace(kinds[row], next).first->second;
+        if (group == next) {
+            groups.firstRows.push_back(row);
         }
+        groups.groupOfRow.push_back(group);
     }
     return groups;
 }
@@ -51,7 +45,7 @@ RowGroups Intersect(const RowGroups& some, const RowGroups& others) {
     Rows firstRowOf(others.firstRows.size(), kNone);  // With a row of the group at hand.
     RowGroups groups;
     groups.groupOfRow.resize(some.groupOfRow.size());
-    for (const unsigned row : ListRows(some).rows) {
+    for (const unsigned row : ListRows(some.groupOfRow, some.firstRows.size()).rows) {
         unsigned& first = firstRowOf[others.groupOfRow[row]];
         if (first == kNone || some.groupOfRow[first] != some.groupOfRow[row]) {
             first = row;
@@ -83,17 +77,16 @@ RowGroups GroupRows(const std::vector<SV>& columns) {
     return groups;
 }
 
-RowLists ListRows(const RowGroups& groups) {
-    RowLists lists{Rows(groups.firstRows.size() + 1), Rows(groups.groupOfRow.size())};
-    for (const unsigned group : groups.groupOfRow) {
+RowLists ListRows(ArrayView<const unsigned> groupOfRow, std::size_t groupCount) {
+    RowLists lists{Rows(groupCount + 1), Rows(groupOfRow.GetSize())};
+    for (const unsigned group : groupOfRow) {
         ++lists.starts[group + 1];
     }
-    for (std::size_t group = 1; group < lists.starts.size(); ++group) {
-        lists.starts[group] += lists.starts[group - 1];
-    }
+    std::partial_sum(lists.starts.begin(), lists.starts.end(), lists.starts.begin());
     Rows next = lists.starts;
-    for (unsigned row = 0; row < groups.groupOfRow.size(); ++row) {
-        lists.rows[next[groups.groupOfRow[row]]++] = row;
+    unsigned row = 0;
+    for (const unsigned group : groupOfRow) {
+        lists.rows[next[group]++] = row++;
     }
     return lists;
 }

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "Columns.h"
+#include "lum/core/store/ArrayView.h"
 #include "lum/core/store/Containers.h"
 #include "lum/core/store/StoreValueFwd.h"
 #include "lum/core/types/StringType.h"
@@ -36,11 +37,15 @@ struct RowGroups {
 /// Errors: those of the values' hash and equality, as for strings without a collator pool.
 RowGroups GroupRows(const std::vector<lum::core::SV>& columns);
 
-/// The rows of each group in order, one group behind the other.
+/// Rows by their groups, in order.
 struct RowLists {
+    lum::core::ArrayView<const unsigned> operator[](std::size_t group) const {
+        return {rows.data() + starts[group], starts[group + 1] - starts[group]};
+    }
+
     Rows starts;  ///< where the rows of each group begin, and behind the last one where they end
-    Rows rows;
+    Rows rows;    ///< of each group, one group behind the other
 };
-RowLists ListRows(const RowGroups& groups);
+RowLists ListRows(lum::core::ArrayView<const unsigned> groupOfRow, std::size_t groupCount);
 
 }  // namespace lumengine

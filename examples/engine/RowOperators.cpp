@@ -86,16 +86,12 @@ void RequireSameElements(const SV& column, const SV& other) {
             LumError::TypeMismatch);
 }
 
-}  // namespace
-
 SV RunFilter(const Statement& statement) {
     const bool makesTable = statement.GetFlag(LumError::MakeTableFlagNeeded);
     const SV input = statement.ReadOneInput();
     const RInternString& name = statement.GetFunctionName();
-    const bool isSet = input->GetStoreType() == StoreType::Set;
-    Require(isSet || IsArray(input), LumError::FilterInputType);
-    SV source = isSet ? input->AsSet().ToArray(/*includeSpecials=*/true) : input;
-    const SV column = source;
+    const SV column = ToColumn(input, LumError::FilterInputType);
+    SV source = column;
     if (makesTable) {
         const KeyPath& key = statement.GetSpec().GetInputs()[0];
         Require(key.GetCount() > 1, LumError::FilterKeyNotNested);
@@ -106,12 +102,10 @@ SV RunFilter(const Statement& statement) {
     const FunctionInfo& function = statement.GetLookup().GetFunction(MakeQuery(name, {column}));
     Require(function.GetOutputType()->Is(StoreType::Bool), LumError::FilterFunctionNotBool);
     const SV flags = ApplyFunction(statement.GetLookup(), name, {column}, constants);
-    const SV result = SelectRows(source, FindTrue(flags), /*keepsOrder=*/true);
-    return isSet ? result->AsArray().ToSet(/*includeSpecials=*/true) : result;
+    return ToFormOf(input, SelectRows(source, FindTrue(flags), /*keepsOrder=*/true));
 }
 
 SV RunDistinct(const Statement& statement) {
-    statement.ExpectNoFunction();
     const bool includeSpecials = statement.GetFlag(LumError::IncludeSpecialsFlagNeeded);
     const SV input = statement.ReadOneInput();
     if (input->GetStoreType() == StoreType::Set) {
@@ -129,7 +123,6 @@ SV RunDistinct(const Statement& statement) {
 }
 
 SV RunReverse(const Statement& statement) {
-    statement.ExpectKeysAlone();
     const SV input = statement.ReadOneInput();
     Require(IsArray(input), LumError::ReverseInputType);
     Rows rows(CountRows(input));
@@ -140,7 +133,6 @@ SV RunReverse(const Statement& statement) {
 }
 
 SV RunSlice(const Statement& statement) {
-    statement.ExpectNoLiteral();
     const SV input = statement.ReadOneInput();
     Require(IsTable(input) || IsArray(input), LumError::SliceInputType);
     const RInternString& name = statement.GetFunctionName();
@@ -161,7 +153,6 @@ SV RunSlice(const Statement& statement) {
 }
 
 SV RunIndex(const Statement& statement) {
-    statement.ExpectNoFunction();
     const SV& literal = statement.GetSpec().GetValue();
     const std::vector<SV> inputs = statement.ReadInputs();
     Require(inputs.size() == (literal == nullptr ? 2u : 1u), LumError::ValueAndInputNeeded);
@@ -171,7 +162,6 @@ SV RunIndex(const Statement& statement) {
 }
 
 SV RunConcat(const Statement& statement) {
-    statement.ExpectKeysAlone();
     const std::vector<SV> inputs = statement.ReadInputs();
     Require(!inputs.empty(), LumError::AtLeastOneInputNeeded);
     const bool areTables = IsTable(inputs[0]);
@@ -209,5 +199,19 @@ SV RunMultiSort(const Statement& statement) {
     return factory::MakeArray<unsigned>(
         IntType::Get32(), SortRows(columns, orders, includeSpecials), SortSpecOrder::UNKNOWN);
 }
+
+constexpr Operator kOperators[] = {
+    {OperatorType::Concat, Parts::None, RunConcat},
+    {OperatorType::Distinct, Parts::Literal, RunDistinct},
+    {OperatorType::Filter, Parts::LiteralAndFunction, RunFilter},
+    {OperatorType::Index, Parts::Literal, RunIndex},
+    {OperatorType::MultiSort, Parts::LiteralAndFunction, RunMultiSort},
+    {OperatorType::Reverse, Parts::None, RunReverse},
+    {OperatorType::Slice, Parts::Function, RunSlice},
+};
+
+}  // namespace
+
+const std::span<const Operator> kRowOperators = kOperators;
 
 }  // namespace lumengine

@@ -1,5 +1,7 @@
 #include "Statement.h"
 
+#include <unordered_map>
+
 #include "lum/core/store/StoreValue.h"
 #include "lum/core/utility/LumException.h"
 
@@ -47,22 +49,16 @@ std::vector<SV> Statement::ReadArguments() const {
 
 bool Statement::GetFlag(LumError missing) const {
     const SV& value = m_spec.GetValue();
-    Require(value != nullptr && value->GetStoreType() == StoreType::Bool && !value->IsSpecial(),
-            missing);
+    Require(IsNormal(value, StoreType::Bool), missing);
     return value->AsBool();
 }
 
-void Statement::ExpectNoFunction() const {
-    Require(m_spec.GetFunctionSpec() == nullptr, LumError::FunctionNotUsed);
-}
-
-void Statement::ExpectNoLiteral() const {
-    Require(m_spec.GetValue() == nullptr, LumError::UnexpectedOperatorArgument);
-}
-
-void Statement::ExpectKeysAlone() const {
-    ExpectNoFunction();
-    ExpectNoLiteral();
+void Statement::ExpectNoneBut(Parts parts) const {
+    const bool mayHaveBoth = parts == Parts::LiteralAndFunction;
+    Require(mayHaveBoth || parts == Parts::Function || m_spec.GetFunctionSpec() == nullptr,
+            LumError::FunctionNotUsed);
+    Require(mayHaveBoth || parts == Parts::Literal || m_spec.GetValue() == nullptr,
+            LumError::UnexpectedOperatorArgument);
 }
 
 void Require(bool condition, LumError error) {
@@ -77,6 +73,10 @@ void Require(bool condition, LumError error, const TStringCore& details) {
     }
 }
 
+std::unique_ptr<IDataStore> MakeEmptyStore() {
+    return factory::MakeDataStore(std::unordered_map<RInternString, SV>());
+}
+
 SV ReadValue(const IDataStore& store, const KeyPath& key) {
     SV value = store.TryGetValue(key);
     Require(value != nullptr, LumError::KeyNotFound, key.ToString());
@@ -89,6 +89,10 @@ SV ShareValue(const SV& value) {
 
 bool IsPrimitive(const Type* type) {
     return IsPrimitiveStoreType(type->GetStoreType()) && !type->Is(StoreType::External);
+}
+
+bool IsNormal(const SV& value, StoreType type) {
+    return value != nullptr && value->GetStoreType() == type && !value->IsSpecial();
 }
 
 }  // namespace lumengine

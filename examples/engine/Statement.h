@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "lum/core/functions/IFunctionLookup.h"
@@ -7,6 +8,9 @@
 #include "lum/core/vtl/TransformSpec.h"
 
 namespace lumengine {
+
+/// What a statement may have beside its keys.
+enum class Parts { None, Literal, Function, LiteralAndFunction };
 
 /// A statement beside the store that it reads, with the tests of its parts. It stands for no longer
 /// than the two.
@@ -39,10 +43,8 @@ public:
     /// The literal. Errors: `missing` where there is none, and where it is special or no Bool.
     bool GetFlag(lum::core::LumError missing) const;
 
-    /// Errors: FunctionNotUsed, UnexpectedOperatorArgument.
-    void ExpectNoFunction() const;
-    void ExpectNoLiteral() const;
-    void ExpectKeysAlone() const;
+    /// Errors: FunctionNotUsed, UnexpectedOperatorArgument where there is a part beyond these.
+    void ExpectNoneBut(Parts parts) const;
 
 private:
     const lum::core::TransformSpec& m_spec;
@@ -54,6 +56,8 @@ private:
 void Require(bool condition, lum::core::LumError error);
 void Require(bool condition, lum::core::LumError error, const lum::core::TStringCore& details);
 
+std::unique_ptr<lum::core::IDataStore> MakeEmptyStore();
+
 /// The value of a key. Errors: KeyNotFound with the key.
 lum::core::SV ReadValue(const lum::core::IDataStore& store, const lum::core::KeyPath& key);
 
@@ -63,5 +67,8 @@ lum::core::SV ShareValue(const lum::core::SV& value);
 
 /// Whether the type is Bool to Color.
 bool IsPrimitive(const lum::core::Type* type);
+
+/// Whether there is a value, of that type and not special.
+bool IsNormal(const lum::core::SV& value, lum::core::StoreType type);
 
 }  // namespace lumengine
