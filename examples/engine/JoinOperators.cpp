@@ -1,12 +1,11 @@
 #include <algorithm>
-#include <memory>
+#include <span>
 #include <utility>
 #include <vector>
 
 #include "Columns.h"
 #include "Operators.h"
 #include "RowGroups.h"
-#include "lum/core/store/ArrayView.h"
 #include "lum/core/store/IStoreArray.h"
 #include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/StoreValue.h"
@@ -18,6 +17,9 @@ namespace lumengine {
 namespace {
 
 using namespace lum::core;
+
+// Which rows a join keeps: those that have partners, also the others of the left table, or all.
+enum class Keeps { Partners, RowsOfLeft, RowsOfBoth };
 
 // One of the two tables, and the columns that its rows are found by.
 struct Side {
@@ -48,37 +50,6 @@ Side ReadSide(const Statement& statement, std::size_t begin, std::size_t end) {
     return side;
 }
 
-// The rows of the result: in each, a row of the left table beside one of the right, or none.
-struct RowPairs {
-    Rows left;
-    Rows right;
-};
-
-// Pairs each row of the left table, in order, with those of the right one in its group. Errors:
-// those of LumSizeCastSafe, before anything is allocated.
-RowPairs PairRows(ArrayView<const unsigned> groupOfLeftRow, const RowLists& rightRows,
-                  bool keepsLeft) {
-    const auto noRow = static_cast<unsigned>(rightRows.rows.size());
-    const auto find = [&](unsigned group) {
-        const ArrayView<const unsigned> found = rightRows[group];
-        return keepsLeft && found.IsEmpty() ? ArrayView<const unsigned>(&noRow, 1) : found;
-    };
-    unsigned long long count = 0;
-    for (const unsigned group : groupOfLeftRow) {
-        count += find(group).GetSize();
-    }
-    RowPairs pairs;
-    pairs.right.reserve(LumSizeCastSafe(count));
-    pairs.left.reserve(pairs.right.capacity());
-    unsigned row = 0;
-    for (const unsigned group : groupOfLeftRow) {
-        const ArrayView<const unsigned> found = find(group);
-        pairs.left.insert(pairs.left.end(), found.GetSize(), row++);
-        pairs.right.insert(pairs.right.end(), found.begin(), found.end());
-    }
-    return pairs;
-}
-
 // Names that both tables have are those of keys that belong together.
 void CheckNames(const Side& left, const Side& right) {
     for (const auto& [name, column] : right.table->AsTable().GetColumns()) {
@@ -89,6 +60,37 @@ void CheckNames(const Side& left, const Side& right) {
         Require(isKey || !left.table->AsTable().HasColumn(name), LumError::JoinColumnNameClash,
                 name);
     }
+}
+
+// The rows of the result: in each, a row of the left table beside one of the right, or none.
+struct RowPairs {
+    Rows left;
+    Rows right;
+};
+
+// Pairs each row of the left table, in order, with those of the right one in its group. Errors:
+// those of LumSizeCastSafe, before anything is allocated.
+RowPairs PairRows(std::span<const unsigned> groupOfLeftRow, const RowLists& rightRows,
+                  bool keepsLeft) {
+    const auto noRow = static_cast<unsigned>(rightRows.rows.size());
+    const auto find = [&](unsigned group) {
+        const std::span<const unsigned> found = rightRows[group];
+        return keepsLeft && found.empty() ? std::span<const unsigned>(&noRow, 1) : found;
+    };
+    unsigned long long count = 0;
+    for (const unsigned group : groupOfLeftRow) {
+        count += find(group).size();
+    }
+    RowPairs pairs;
+    pairs.right.reserve(LumSizeCastSafe(count));
+    pairs.left.reserve(pairs.right.capacity());
+    unsigned row = 0;
+    for (const unsigned group : groupOfLeftRow) {
+        const std::span<const unsigned> found = find(group);
+        pairs.left.insert(pairs.left.end(), found.size(), row++);
+        pairs.right.insert(pairs.right.end(), found.begin(), found.end());
+    }
+    return pairs;
 }
 
 // The rows of a table; a row of Null where there is none.
@@ -107,14 +109,48 @@ SV PickRows(const Side& side, const Rows& rows) {
     return SelectRows(table, Rows(rows), /*keepsOrder=*/false);
 }
 
-std::unique_ptr<IStoreTable::Columns> PutTogether(const Side& left, const Side& right,
-                                                  const RowPairs& pairs) {
+SV MakeJoined(const Side& left, const Side& right, const RowPairs& pairs) {
     auto columns = PickRows(left, pairs.left)->AsTable().CopyColumns();
     columns->merge(*PickRows(right, pairs.right)->AsTable().CopyColumns());
-    return columns;
+    return factory::MakeTable(std::move(*columns),
+                              IStoreTable::SortColumns(left.table->AsTable().GetSortColumns()));
 }
 
-SV Join(const Statement& statement, bool keepsLeft, bool keepsRight) {
+// The pairs of rows that are equal in the keys: columns of the left table, with those of the right
+// one behind them.
+RowPairs FindPairs(const std::vector<SV>& keys, unsigned leftCount, Keeps keeps) {
+    RowGroups groups = GroupRows(keys);
+    // What is special is equal to nothing, so that such rows of either table stand alone.
+    const auto aloneOnLeft = static_cast<unsigned>(groups.firstRows.size());
+    const unsigned aloneOnRight = aloneOnLeft + 1;
+    for (const SV& key : keys) {
+        const std::vector<SpecialKind> kinds = KindsOf(key);
+        for (std::size_t row = 0; row < kinds.size(); ++row) {
+            if (kinds[row] != SpecialKind::Normal) {
+                groups.groupOfRow[row] = row < leftCount ? aloneOnLeft : aloneOnRight;
+            }
+        }
+    }
+    const std::span<const unsigned> all(groups.groupOfRow);
+    const RowLists rightRows = ListRows(all.subspan(leftCount), aloneOnRight + 1);
+    RowPairs pairs = PairRows(all.first(leftCount), rightRows, keeps != Keeps::Partners);
+    if (keeps == Keeps::RowsOfBoth) {
+        std::vector<bool> isMet(aloneOnRight + 1);
+        for (const unsigned group : all.first(leftCount)) {
+            isMet[group] = true;
+        }
+        for (std::size_t row = leftCount; row < all.size(); ++row) {
+            if (!isMet[all[row]]) {
+                pairs.left.push_back(leftCount);
+                pairs.right.push_back(static_cast<unsigned>(row - leftCount));
+            }
+        }
+    }
+    return pairs;
+}
+
+template <Keeps keeps>
+SV RunJoin(const Statement& statement) {
     const std::size_t count = statement.GetSpec().GetInputs().size();
     Require(count > 0 && count % 2 == 0, LumError::InvalidInputCount);
     const Side left = ReadSide(statement, 0, count / 2);
@@ -128,52 +164,20 @@ SV Join(const Statement& statement, bool keepsLeft, bool keepsRight) {
             ConcatenateArrays({left.keys[i], right.keys[i]}, nullptr, SortSpecOrder::UNKNOWN));
     }
     CheckNames(left, right);
-
-    RowGroups groups = GroupRows(keys);
-    // What is special is equal to nothing, so that such rows of either table stand alone.
-    const auto aloneOnLeft = static_cast<unsigned>(groups.firstRows.size());
-    const unsigned aloneOnRight = aloneOnLeft + 1;
-    const unsigned leftCount = left.GetNoRow();
-    for (const SV& key : keys) {
-        const std::vector<SpecialKind> kinds = KindsOf(key);
-        for (std::size_t row = 0; row < kinds.size(); ++row) {
-            if (kinds[row] != SpecialKind::Normal) {
-                groups.groupOfRow[row] = row < leftCount ? aloneOnLeft : aloneOnRight;
-            }
-        }
-    }
-    const ArrayView<const unsigned> groupOfRow(groups.groupOfRow);
-    const auto groupOfLeftRow = groupOfRow.GetSlice(0, leftCount);
-    const auto groupOfRightRow = groupOfRow.GetSlice(leftCount, right.GetNoRow());
-    RowPairs pairs =
-        PairRows(groupOfLeftRow, ListRows(groupOfRightRow, aloneOnRight + 1), keepsLeft);
-    if (keepsRight) {
-        std::vector<bool> isMet(aloneOnRight + 1);
-        for (const unsigned group : groupOfLeftRow) {
-            isMet[group] = true;
-        }
-        for (unsigned row = 0; row < groupOfRightRow.GetSize(); ++row) {
-            if (!isMet[groupOfRightRow[row]]) {
-                pairs.left.push_back(leftCount);
-                pairs.right.push_back(row);
-            }
-        }
-    }
-    const auto columns = PutTogether(left, right, pairs);
-    if (!keepsRight) {
-        return factory::MakeTable(std::move(*columns),
-                                  IStoreTable::SortColumns(left.table->AsTable().GetSortColumns()));
+    const RowPairs pairs = FindPairs(keys, left.GetNoRow(), keeps);
+    const SV joined = MakeJoined(left, right, pairs);
+    if (keeps != Keeps::RowsOfBoth) {
+        return joined;
     }
     // A key of both tables comes from the one that has the row.
+    Rows rows = pairs.left;
+    for (std::size_t row = 0; row < rows.size(); ++row) {
+        rows[row] += rows[row] == left.GetNoRow() ? pairs.right[row] : 0;
+    }
+    const auto columns = joined->AsTable().CopyColumns();
     for (std::size_t i = 0; i < keys.size(); ++i) {
         if (left.names[i] == right.names[i]) {
-            Rows rows = pairs.left;
-            for (std::size_t row = 0; row < rows.size(); ++row) {
-                if (rows[row] == left.GetNoRow()) {
-                    rows[row] += pairs.right[row];
-                }
-            }
-            (*columns)[left.names[i]] = SelectRows(keys[i], std::move(rows), /*keepsOrder=*/false);
+            (*columns)[left.names[i]] = SelectRows(keys[i], Rows(rows), /*keepsOrder=*/false);
         }
     }
     return factory::MakeTable(std::move(*columns), {});
@@ -189,27 +193,14 @@ SV RunCrossJoin(const Statement& statement) {
     // All rows are of one group.
     const RowPairs pairs = PairRows(Rows(left.GetNoRow()), ListRows(Rows(right.GetNoRow()), 1),
                                     /*keepsLeft=*/false);
-    return factory::MakeTable(std::move(*PutTogether(left, right, pairs)),
-                              IStoreTable::SortColumns(left.table->AsTable().GetSortColumns()));
-}
-
-SV RunFullOuterJoin(const Statement& statement) {
-    return Join(statement, /*keepsLeft=*/true, /*keepsRight=*/true);
-}
-
-SV RunInnerJoin(const Statement& statement) {
-    return Join(statement, /*keepsLeft=*/false, /*keepsRight=*/false);
-}
-
-SV RunLeftOuterJoin(const Statement& statement) {
-    return Join(statement, /*keepsLeft=*/true, /*keepsRight=*/false);
+    return MakeJoined(left, right, pairs);
 }
 
 constexpr Operator kOperators[] = {
     {OperatorType::CrossJoin, Parts::None, RunCrossJoin},
-    {OperatorType::FullOuterJoin, Parts::None, RunFullOuterJoin},
-    {OperatorType::InnerJoin, Parts::None, RunInnerJoin},
-    {OperatorType::LeftOuterJoin, Parts::None, RunLeftOuterJoin},
+    {OperatorType::FullOuterJoin, Parts::None, RunJoin<Keeps::RowsOfBoth>},
+    {OperatorType::InnerJoin, Parts::None, RunJoin<Keeps::Partners>},
+    {OperatorType::LeftOuterJoin, Parts::None, RunJoin<Keeps::RowsOfLeft>},
 };
 
 }  // namespace

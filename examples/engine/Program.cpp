@@ -365,15 +365,11 @@ private:
         return values;
     }
 
-    SV RunPartitions(const Statement& statement, const Running& outer) const {
-        Partitions partitions(statement);
-        const Running running = Enter(outer, statement.GetSpec());
-        for (std::size_t run = 0; run < partitions.GetRunCount(); ++run) {
-            const std::unique_ptr<IDataStore> scope = partitions.MakeScope(run);
-            RunAll(statement.GetSpec().GetChildTransforms(), *scope, running);
-            partitions.Collect(*scope);
-        }
-        return partitions.MakeTable();
+    SV RunPartitions(const Statement& statement, const Running& running) const {
+        const TransformSpec& spec = statement.GetSpec();
+        const Running here = Enter(running, spec);
+        return RunByPartition(
+            statement, [&](IDataStore& scope) { RunAll(spec.GetChildTransforms(), scope, here); });
     }
 
     const Transforms& m_transforms;

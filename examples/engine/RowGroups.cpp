@@ -77,8 +77,8 @@ RowGroups GroupRows(const std::vector<SV>& columns) {
     return groups;
 }
 
-RowLists ListRows(ArrayView<const unsigned> groupOfRow, std::size_t groupCount) {
-    RowLists lists{Rows(groupCount + 1), Rows(groupOfRow.GetSize())};
+RowLists ListRows(std::span<const unsigned> groupOfRow, std::size_t groupCount) {
+    RowLists lists{Rows(groupCount + 1), Rows(groupOfRow.size())};
     for (const unsigned group : groupOfRow) {
         ++lists.starts[group + 1];
     }

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <span>
 #include <type_traits>
 #include <vector>
 
 #include "Columns.h"
-#include "lum/core/store/ArrayView.h"
 #include "lum/core/store/Containers.h"
 #include "lum/core/store/StoreValueFwd.h"
 #include "lum/core/types/StringType.h"
@@ -39,13 +39,13 @@ RowGroups GroupRows(const std::vector<lum::core::SV>& columns);
 
 /// Rows by their groups, in order.
 struct RowLists {
-    lum::core::ArrayView<const unsigned> operator[](std::size_t group) const {
-        return {rows.data() + starts[group], starts[group + 1] - starts[group]};
+    std::span<const unsigned> operator[](std::size_t group) const {
+        return std::span(rows).subspan(starts[group], starts[group + 1] - starts[group]);
     }
 
     Rows starts;  ///< where the rows of each group begin, and behind the last one where they end
     Rows rows;    ///< of each group, one group behind the other
 };
-RowLists ListRows(lum::core::ArrayView<const unsigned> groupOfRow, std::size_t groupCount);
+RowLists ListRows(std::span<const unsigned> groupOfRow, std::size_t groupCount);
 
 }  // namespace lumengine
