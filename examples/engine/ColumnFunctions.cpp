@@ -7,15 +7,12 @@
 
 #include "Columns.h"
 #include "Statement.h"
-#include "StoredValue.h"
 #include "lum/core/functions/FunctionNames.h"
 #include "lum/core/functions/IUnaryFunctor.h"
 #include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/IStoreArray.h"
-#include "lum/core/store/RawDataView.h"
 #include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/StoreValue.h"
-#include "lum/core/store/TemporaryRawData.h"
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/store/ValueUtil.h"
 #include "lum/core/types/CollectionTypes.h"
@@ -25,26 +22,6 @@ namespace lumengine {
 namespace {
 
 using namespace lum::core;
-
-// The raw storage of a column as functors take it. Kinds are laid out only for those who ask.
-class ColumnViews {
-public:
-    explicit ColumnViews(const SV& column)
-        : m_array(column->AsArray()),
-          m_values(m_array.GetValuesView(m_valueScratch, 0, m_array.GetCount())) {}
-
-    const ConstRawDataView& GetValues() const { return m_values; }
-    ConstRawDataView GetKinds() {
-        return m_array.GetSpecialsView(m_kindScratch, 0, m_array.GetCount());
-    }
-
-private:
-    const IStoreArray& m_array;
-    // Hold what the views show where the column does not store it as one block.
-    TemporaryRawData m_valueScratch;
-    TemporaryRawData m_kindScratch;
-    ConstRawDataView m_values;
-};
 
 // The kinds of the elements of a result that is special where an input is; empty where none is.
 std::vector<SpecialKind> CombineKinds(const std::vector<SV>& columns) {
@@ -74,11 +51,6 @@ SV SelectNormal(const SV& column, const std::vector<SpecialKind>& kinds) {
         }
     }
     return column->AsArray().ComposeIndices(std::move(indices), SortSpecOrder::UNKNOWN);
-}
-
-template <typename RawFunctor>
-bool UsesSpecialForm(const LumRawFunctions<RawFunctor>& functions, bool hasSpecials) {
-    return !functions.HasRegularForm() || (hasSpecials && functions.HasSpecialForm());
 }
 
 bool IsOfType(const SV& constant, const VariableTypeRef& type) {
@@ -111,6 +83,32 @@ std::unique_ptr<RawFunctor> MakeFunctor(const LumRawFunctions<RawFunctor>& funct
     return isSpecialForm ? functions.GetSpecialCreatorFactory()(constants)
                          : functions.GetRegularCreatorFactory()(constants);
 }
+
+// How a function runs over columns, as a fold where there is an `initial` value.
+template <typename RawFunctor>
+struct Plan {
+    Plan(const LumRawFunctions<RawFunctor>& functions, const FunctionInfo& info,
+         const std::vector<SV>& columns, const std::vector<SV>& constants, const SV& initial)
+        : type(functions.GetOutputType()), kinds(CombineKinds(columns)), inputs(columns) {
+        const bool isFold = initial != nullptr;
+        const bool hasSpecials = !kinds.empty() || (isFold && initial->IsSpecial());
+        isSpecialForm = !functions.HasRegularForm() || (hasSpecials && functions.HasSpecialForm());
+        functor = MakeFunctor(functions, info.GetCreatorInputTypes(), isSpecialForm, constants);
+        const RInternString countAll(FunctionNames::COUNT_ALL);
+        isSelective = !isSpecialForm && !kinds.empty() &&
+                      !(isFold && functions.GetFunctionName() == countAll);
+        for (SV& input : inputs) {
+            input = isSelective ? SelectNormal(input, kinds) : input;
+        }
+    }
+
+    const Type* type;  // Of what the function gives.
+    std::vector<SpecialKind> kinds;
+    std::vector<SV> inputs;  // What the function is given.
+    bool isSpecialForm;
+    bool isSelective;  // It is given the normal elements alone.
+    std::unique_ptr<RawFunctor> functor;
+};
 
 void ApplyRegular(IRawUnaryFunctor& functor, std::vector<ColumnViews>& inputs,
                   const RawDataView& outputs) {
@@ -167,85 +165,46 @@ void SpreadResults(ArrayView<T> values, const std::vector<SpecialKind>& kinds, c
 }
 
 template <typename RawFunctor>
-SV ApplyTo(const LumRawFunctions<RawFunctor>& functions,
-           const TypeRefVec<VariableTypeRef>& constantTypes, const std::vector<SV>& columns,
-           const std::vector<SV>& constants) {
-    const std::vector<SpecialKind> kinds = CombineKinds(columns);
-    const bool isSpecialForm = UsesSpecialForm(functions, !kinds.empty());
-    const bool isSelective = !isSpecialForm && !kinds.empty();
-    const auto functor = MakeFunctor(functions, constantTypes, isSpecialForm, constants);
-
-    std::vector<SV> selected;  // Lives as long as the views.
-    std::vector<ColumnViews> inputs;
-    for (const SV& column : columns) {
-        selected.push_back(isSelective ? SelectNormal(column, kinds) : column);
-        inputs.emplace_back(selected.back());
-    }
-    const Type* const type = functions.GetOutputType();
-    return DispatchStorage(type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
-        Output<T> output(type, columns[0]->AsArray().GetCount(), isSpecialForm || isSelective);
+SV RunApply(const Plan<RawFunctor>& plan, lumsize_t count) {
+    std::vector<ColumnViews> inputs(plan.inputs.begin(), plan.inputs.end());
+    return DispatchStorage(plan.type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
+        Output<T> output(plan.type, count, plan.isSpecialForm || plan.isSelective);
         const RawDataView outputs(*output.values, 0, inputs[0].GetValues().GetSize());
-        if (isSpecialForm) {
-            ApplySpecial(*functor, inputs, outputs, RawDataView(*output.kinds));
+        if (plan.isSpecialForm) {
+            ApplySpecial(*plan.functor, inputs, outputs, RawDataView(*output.kinds));
         } else {
-            ApplyRegular(*functor, inputs, outputs);
+            ApplyRegular(*plan.functor, inputs, outputs);
         }
-        if (isSelective) {
-            SpreadResults(output.values->GetView(), kinds,
+        if (plan.isSelective) {
+            SpreadResults(output.values->GetView(), plan.kinds,
                           [](lumsize_t, lumsize_t) { return T(); });
-            std::copy(kinds.begin(), kinds.end(), output.kinds->GetView().begin());
+            std::copy(plan.kinds.begin(), plan.kinds.end(), output.kinds->GetView().begin());
         }
         return output.MakeColumn();
     });
 }
 
-// What a fold needs to know before the type of its storage.
-struct FoldPlan {
-    FoldPlan(const IFunctionLookup& lookup, const FunctionKey& query, const SV& column,
-             const SV& initial)
-        : functions(lookup.GetBinaryFunctions().GetRawFunctions(query)),
-          constantTypes(lookup.GetFunction(query).GetCreatorInputTypes()),
-          kinds(CombineKinds({column})),
-          isSpecialForm(UsesSpecialForm(functions, !kinds.empty() || initial->IsSpecial())),
-          isSelective(!isSpecialForm && !kinds.empty() &&
-                      query.GetName() != RInternString(FunctionNames::COUNT_ALL)),
-          input(isSelective ? SelectNormal(column, kinds) : column) {
-        Require(functions.GetOutputType()->Is(initial->GetType()->GetStoreType()),
-                LumError::FunctionOutputMismatch, query.GetName());
-    }
-
-    LumRawBinaryFunctions functions;
-    TypeRefVec<VariableTypeRef> constantTypes;
-    std::vector<SpecialKind> kinds;
-    bool isSpecialForm;
-    bool isSelective;
-    SV input;
-};
-
 // The accumulator in the end; with `stepCount`, that of the column's elements, behind each of them.
 template <StorageType T>
-SV RunFold(const FoldPlan& plan, const SV& initial, FoldDirection direction,
+SV RunFold(const Plan<IRawBinaryFunctor>& plan, const SV& initial, FoldDirection direction,
            std::optional<lumsize_t> stepCount) {
-    const auto functor =
-        MakeFunctor(plan.functions, plan.constantTypes, plan.isSpecialForm, /*constants=*/{});
     const T first = initial->IsSpecial() && plan.isSpecialForm ? T() : FetchStored<T>(initial);
     VectorRawData<T> value(1, first);
     VectorRawData<SpecialKind> kind(1, initial->GetSpecialKind());
-    const Type* const type = plan.functions.GetOutputType();
-    Output<T> steps(type, stepCount.value_or(0), plan.isSpecialForm);
-    ColumnViews input(plan.input);
+    Output<T> steps(plan.type, stepCount.value_or(0), plan.isSpecialForm);
+    ColumnViews input(plan.inputs[0]);
     const RawDataView outputs(*steps.values, 0, stepCount ? input.GetValues().GetSize() : 0);
     if (plan.isSpecialForm) {
-        functor->FoldRaw(RawDataView(value), RawDataView(kind), input.GetValues(), input.GetKinds(),
-                         outputs, RawDataView(*steps.kinds), direction);
+        plan.functor->FoldRaw(RawDataView(value), RawDataView(kind), input.GetValues(),
+                              input.GetKinds(), outputs, RawDataView(*steps.kinds), direction);
     } else {
-        functor->FoldRaw(RawDataView(value), input.GetValues(), outputs, direction);
+        plan.functor->FoldRaw(RawDataView(value), input.GetValues(), outputs, direction);
     }
     if (!stepCount) {
         const SpecialKind resultKind = kind.GetView()[0];
         return resultKind == SpecialKind::Normal
-                   ? MakeStoreValueFromStorageType<T>(type, value.GetView()[0])
-                   : factory::MakeSpecial(type, resultKind);
+                   ? MakeStoreValueFromStorageType<T>(plan.type, value.GetView()[0])
+                   : factory::MakeSpecial(plan.type, resultKind);
     }
     if (plan.isSelective) {
         // At a special element the accumulator is that of the element before it in the walk.
@@ -262,10 +221,14 @@ SV RunFold(const FoldPlan& plan, const SV& initial, FoldDirection direction,
 
 SV Fold(const IFunctionLookup& lookup, const RInternString& name, const SV& column,
         const SV& initial, FoldDirection direction, std::optional<lumsize_t> stepCount) {
-    const FoldPlan plan(lookup, MakeFoldQuery(name, initial->GetType(), column), column, initial);
-    return DispatchStorage(
-        plan.functions.GetOutputType()->GetStoreType(),
-        [&]<typename T>(StorageTag<T>) { return RunFold<T>(plan, initial, direction, stepCount); });
+    const FunctionKey query = MakeFoldQuery(name, initial->GetType(), column);
+    const LumRawBinaryFunctions functions = lookup.GetBinaryFunctions().GetRawFunctions(query);
+    Require(functions.GetOutputType()->Is(initial->GetType()->GetStoreType()),
+            LumError::FunctionOutputMismatch, name);
+    const Plan plan(functions, lookup.GetFunction(query), {column}, {}, initial);
+    return DispatchStorage(plan.type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
+        return RunFold<T>(plan, initial, direction, stepCount);
+    });
 }
 
 }  // namespace
@@ -288,12 +251,13 @@ SV ApplyFunction(const IFunctionLookup& lookup, const RInternString& name,
                  const std::vector<SV>& columns, const std::vector<SV>& constants) {
     Require(columns.size() == 1 || columns.size() == 2, LumError::InvalidInputCount);
     const FunctionKey query = MakeQuery(name, columns);
-    const TypeRefVec<VariableTypeRef>& constantTypes =
-        lookup.GetFunction(query).GetCreatorInputTypes();
-    return columns.size() == 1 ? ApplyTo(lookup.GetUnaryFunctions().GetRawFunctions(query),
-                                         constantTypes, columns, constants)
-                               : ApplyTo(lookup.GetBinaryFunctions().GetRawFunctions(query),
-                                         constantTypes, columns, constants);
+    const FunctionInfo& info = lookup.GetFunction(query);
+    const auto apply = [&](const auto& functions) {
+        return RunApply(Plan(functions, info, columns, constants, /*initial=*/nullptr),
+                        CountRows(columns[0]));
+    };
+    return columns.size() == 1 ? apply(lookup.GetUnaryFunctions().GetRawFunctions(query))
+                               : apply(lookup.GetBinaryFunctions().GetRawFunctions(query));
 }
 
 SV FoldColumn(const IFunctionLookup& lookup, const RInternString& name, const SV& column,

@@ -5,9 +5,7 @@
 #include <utility>
 
 #include "Statement.h"
-#include "StoredValue.h"
 #include "lum/core/store/ArrayFactory.h"
-#include "lum/core/store/IStoreArray.h"
 #include "lum/core/store/IStoreSet.h"
 #include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/IUniformCollection.h"
@@ -43,6 +41,14 @@ SV ToFormOf(const SV& source, const SV& column) {
     return source->GetStoreType() == StoreType::Set
                ? column->AsArray().ToSet(/*includeSpecials=*/true)
                : column;
+}
+
+ColumnViews::ColumnViews(const SV& column)
+    : m_array(column->AsArray()),
+      m_values(m_array.GetValuesView(m_valueScratch, 0, m_array.GetCount())) {}
+
+ConstRawDataView ColumnViews::GetKinds() {
+    return m_array.GetSpecialsView(m_kindScratch, 0, m_array.GetCount());
 }
 
 std::vector<SpecialKind> KindsOf(const SV& column) {

@@ -6,10 +6,10 @@
 #include "ColumnFunctions.h"
 #include "Columns.h"
 #include "Operators.h"
-#include "StoredValue.h"
 #include "lum/core/functions/FunctionFactories.h"
 #include "lum/core/store/IStoreArray.h"
 #include "lum/core/store/StoreValue.h"
+#include "lum/core/store/ValueUtil.h"
 #include "lum/core/utility/LumException.h"
 
 namespace lumengine {
@@ -31,13 +31,9 @@ SV CheckFold(const Statement& statement, const SV& column, LumError mismatch) {
     return initial;
 }
 
-SV Scan(const Statement& statement, FoldDirection direction, LumError inputError,
-        LumError mismatch) {
-    const SV column = statement.ReadOneInput();
-    Require(IsArray(column), inputError);
-    const SV initial = CheckFold(statement, column, mismatch);
-    return ScanColumn(statement.GetLookup(), statement.GetFunctionName(), column, initial,
-                      direction);
+SV Apply(const Statement& statement, const std::vector<SV>& columns) {
+    return ApplyFunction(statement.GetLookup(), statement.GetFunctionName(), columns,
+                         statement.ReadArguments());
 }
 
 void RequireScalars(const Statement& statement, const std::vector<SV>& values) {
@@ -90,17 +86,13 @@ SV RunCopy(const Statement& statement) {
 
 SV RunMap(const Statement& statement) {
     const SV input = statement.ReadOneInput();
-    const SV column = ToColumn(input, LumError::MapInputType);
-    const SV result = ApplyFunction(statement.GetLookup(), statement.GetFunctionName(), {column},
-                                    statement.ReadArguments());
-    return ToFormOf(input, result);
+    return ToFormOf(input, Apply(statement, {ToColumn(input, LumError::MapInputType)}));
 }
 
 SV RunZipWith(const Statement& statement) {
     const std::vector<SV> columns = statement.ReadArrays(LumError::ZipWithInputType);
     Require(columns.size() == 2, LumError::TwoInputsNeeded);
-    return ApplyFunction(statement.GetLookup(), statement.GetFunctionName(), columns,
-                         statement.ReadArguments());
+    return Apply(statement, columns);
 }
 
 SV RunReduce(const Statement& statement) {
@@ -109,14 +101,13 @@ SV RunReduce(const Statement& statement) {
     return FoldColumn(statement.GetLookup(), statement.GetFunctionName(), column, initial);
 }
 
+template <FoldDirection kDirection, LumError kInputError, LumError kMismatch>
 SV RunScan(const Statement& statement) {
-    return Scan(statement, FoldDirection::Forward, LumError::ScanInputType,
-                LumError::ScanInitialType);
-}
-
-SV RunScanRight(const Statement& statement) {
-    return Scan(statement, FoldDirection::Backward, LumError::ScanRightInputType,
-                LumError::ScanRightInitialType);
+    const SV column = statement.ReadOneInput();
+    Require(IsArray(column), kInputError);
+    const SV initial = CheckFold(statement, column, kMismatch);
+    return ScanColumn(statement.GetLookup(), statement.GetFunctionName(), column, initial,
+                      kDirection);
 }
 
 SV RunSetValue(const Statement& statement) {
@@ -126,10 +117,7 @@ SV RunSetValue(const Statement& statement) {
     for (SV& value : values) {
         value = ColumnOf({value});
     }
-    return ApplyFunction(statement.GetLookup(), statement.GetFunctionName(), values,
-                         statement.ReadArguments())
-        ->AsArray()
-        .GetElement(0);
+    return Apply(statement, values)->AsArray().GetElement(0);
 }
 
 constexpr Operator kOperators[] = {
@@ -137,8 +125,11 @@ constexpr Operator kOperators[] = {
     {OperatorType::Copy, Parts::None, RunCopy},
     {OperatorType::Map, Parts::Function, RunMap},
     {OperatorType::Reduce, Parts::LiteralAndFunction, RunReduce},
-    {OperatorType::Scan, Parts::LiteralAndFunction, RunScan},
-    {OperatorType::ScanRight, Parts::LiteralAndFunction, RunScanRight},
+    {OperatorType::Scan, Parts::LiteralAndFunction,
+     RunScan<FoldDirection::Forward, LumError::ScanInputType, LumError::ScanInitialType>},
+    {OperatorType::ScanRight, Parts::LiteralAndFunction,
+     RunScan<FoldDirection::Backward, LumError::ScanRightInputType,
+             LumError::ScanRightInitialType>},
     {OperatorType::SetValue, Parts::Function, RunSetValue},
     {OperatorType::SetValueMulti, Parts::Function, CallListFunction},
     {OperatorType::ZipWith, Parts::Function, RunZipWith},

@@ -149,7 +149,7 @@ RowPairs FindPairs(const std::vector<SV>& keys, unsigned leftCount, Keeps keeps)
     return pairs;
 }
 
-template <Keeps keeps>
+template <Keeps kKeeps>
 SV RunJoin(const Statement& statement) {
     const std::size_t count = statement.GetSpec().GetInputs().size();
     Require(count > 0 && count % 2 == 0, LumError::InvalidInputCount);
@@ -164,9 +164,9 @@ SV RunJoin(const Statement& statement) {
             ConcatenateArrays({left.keys[i], right.keys[i]}, nullptr, SortSpecOrder::UNKNOWN));
     }
     CheckNames(left, right);
-    const RowPairs pairs = FindPairs(keys, left.GetNoRow(), keeps);
+    const RowPairs pairs = FindPairs(keys, left.GetNoRow(), kKeeps);
     const SV joined = MakeJoined(left, right, pairs);
-    if (keeps != Keeps::RowsOfBoth) {
+    if (kKeeps != Keeps::RowsOfBoth) {
         return joined;
     }
     // A key of both tables comes from the one that has the row.

@@ -26,6 +26,12 @@ extern const std::span<const Operator> kCollectionOperators;
 /// One table of two, in time linear in the rows read and made.
 extern const std::span<const Operator> kJoinOperators;
 
+/// The positions of the rows as they stand when sorted by the first column, among equals by the
+/// second, and so on; rows that are equal in all keep their order. Values come before specials,
+/// whatever the order of the column, and specials are ordered by kind; NaN comes behind all other
+/// reals. Strings are compared by their collation. Cost: for each column n log n comparisons.
+lum::core::SV RunMultiSort(const Statement& statement);
+
 /// What the statement's function makes of its inputs and arguments, as a list of values.
 lum::core::SV CallListFunction(const Statement& statement);
 

@@ -38,10 +38,6 @@ const Operator* FindOperator(OperatorType type) {
     return nullptr;
 }
 
-bool IsSetter(OperatorType type) {
-    return type == OperatorType::SetValue || type == OperatorType::SetValueMulti;
-}
-
 // The blocks, cases and groups that are running, outermost first. Programs may nest and call
 // further than a thread's stack reaches.
 using Running = std::vector<const TransformSpec*>;
@@ -257,7 +253,8 @@ private:
     // Adds results under new keys, or, of the operators that set values, replaces old ones. Nothing
     // is stored where one of them cannot be.
     static void Store(const TransformSpec& spec, const std::vector<SV>& values, IDataStore& store) {
-        const bool isSetter = IsSetter(spec.GetOperatorType());
+        const OperatorType type = spec.GetOperatorType();
+        const bool isSetter = type == OperatorType::SetValue || type == OperatorType::SetValueMulti;
         for (std::size_t i = 0; i < values.size(); ++i) {
             const KeyPath& key = spec.GetOutputs()[i];
             CheckOutputKey(spec.GetOutputs(), i, store);
@@ -276,9 +273,8 @@ private:
     }
 
     void CheckBlock(const TransformSpec& spec) const {
-        const auto found = m_blocks.find(ReadBlockName(spec));
-        Require(found != m_blocks.end() && found->second == &spec,
-                LumError::DuplicateTransformSpecs, ReadBlockName(spec));
+        const TStringCore name = ReadBlockName(spec);
+        Require(m_blocks.at(name) == &spec, LumError::DuplicateTransformSpecs, name);
         Require(spec.GetOutputs().empty(), LumError::EmptyOutputNeeded);
         Require(!spec.GetChildTransforms().empty(), LumError::ChildTransformsNeeded);
     }

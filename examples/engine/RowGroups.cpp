@@ -4,10 +4,8 @@
 #include <unordered_map>
 
 #include "lum/core/store/IStoreArray.h"
-#include "lum/core/store/RawDataView.h"
 #include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/StoreValue.h"
-#include "lum/core/store/TemporaryRawData.h"
 
 namespace lumengine {
 namespace {
@@ -16,12 +14,11 @@ using namespace lum::core;
 
 template <StorageType T>
 RowGroups GroupElements(const SV& column) {
-    const IStoreArray& array = column->AsArray();
-    TemporaryRawData scratch;
-    const ConstRawDataView view = array.GetValuesView(scratch, 0, array.GetCount());
-    const auto values = view.ViewAs<T>();
+    const ColumnViews views(column);
+    const auto values = views.GetValues().ViewAs<T>();
     const std::vector<SpecialKind> kinds = KindsOf(column);
-    MapContainer<T, unsigned> numbers = MakeEmptyMap<T, unsigned>(array.GetElementType());
+    MapContainer<T, unsigned> numbers =
+        MakeEmptyMap<T, unsigned>(column->AsArray().GetElementType());
     std::unordered_map<SpecialKind, unsigned> numbersOfKinds;
     RowGroups groups;
     groups.groupOfRow.reserve(values.GetSize());

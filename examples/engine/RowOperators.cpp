@@ -5,33 +5,26 @@
 #include "Columns.h"
 #include "Operators.h"
 #include "RowGroups.h"
-#include "RowOrder.h"
-#include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/IStoreArray.h"
 #include "lum/core/store/IStoreSet.h"
 #include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/ITypedArray.h"
-#include "lum/core/store/RawDataView.h"
 #include "lum/core/store/StoreValue.h"
-#include "lum/core/store/TemporaryRawData.h"
 #include "lum/core/store/ValueUtil.h"
-#include "lum/core/types/ScalarTypes.h"
 #include "lum/core/utility/LumException.h"
 
 namespace lumengine {
 namespace {
 
 using namespace lum::core;
+
 // The indices at which a column of Bool is true; specials are not.
 Rows FindTrue(const SV& column) {
-    const IStoreArray& flags = column->AsArray();
-    const lumsize_t count = flags.GetCount();
-    TemporaryRawData scratch;
-    const auto view = flags.GetValuesView(scratch, 0, count);
-    const auto values = view.ViewAs<unsigned char>();
+    const ColumnViews views(column);
+    const auto values = views.GetValues().ViewAs<unsigned char>();
     const std::vector<SpecialKind> kinds = KindsOf(column);
     Rows rows;
-    for (lumsize_t row = 0; row < count; ++row) {
+    for (unsigned row = 0; row < values.GetSize(); ++row) {
         if (values[row] != 0 && (kinds.empty() || kinds[row] == SpecialKind::Normal)) {
             rows.push_back(row);
         }
@@ -40,8 +33,7 @@ Rows FindTrue(const SV& column) {
 }
 
 int ReadRangeNumber(const SV& value) {
-    Require(value->GetStoreType() == StoreType::Int32 && !value->IsSpecial(),
-            LumError::InvalidSliceRangeType);
+    Require(IsNormal(value, StoreType::Int32), LumError::InvalidSliceRangeType);
     return value->AsInt32();
 }
 
@@ -60,8 +52,7 @@ unsigned CheckRow(int row, lumsize_t count) {
 }
 
 SV PickRow(const SV& value, const SV& position) {
-    Require(position->GetStoreType() == StoreType::Int32 && !position->IsSpecial(),
-            LumError::Int32Needed);
+    Require(IsNormal(position, StoreType::Int32), LumError::Int32Needed);
     const unsigned row = CheckRow(position->AsInt32(), CountRows(value));
     return IsTable(value) ? SelectRows(value, {row}, /*keepsOrder=*/true)
                           : value->AsArray().GetElement(row);
@@ -179,25 +170,6 @@ SV RunConcat(const Statement& statement) {
     }
     return areTables ? ConcatenateTables(inputs)
                      : ConcatenateArrays(inputs, nullptr, SortSpecOrder::UNKNOWN);
-}
-
-SV RunMultiSort(const Statement& statement) {
-    const bool includeSpecials = statement.GetFlag(LumError::IncludeSpecialsFlagNeeded);
-    const std::vector<SV> columns = statement.ReadArrays(LumError::MultiSortInputType);
-    Require(!columns.empty(), LumError::MultiSortInputType);
-    for (const SV& column : columns) {
-        Require(IsPrimitive(column->AsArray().GetElementType()), LumError::MultiSortElementType);
-        Require(CountRows(column) == CountRows(columns[0]), LumError::TableArraySize);
-    }
-    std::vector<SortSpecOrder> orders(columns.size(), SortSpecOrder::ASC);
-    if (statement.GetSpec().GetFunctionSpec() != nullptr) {
-        Require(statement.GetFunctionName() == RInternString(L"order"),
-                LumError::InvalidSortAlgorithm);
-        orders = ReadSortOrders(statement.ReadArguments());
-        Require(orders.size() == columns.size(), LumError::InvalidSortOrderOption);
-    }
-    return factory::MakeArray<unsigned>(
-        IntType::Get32(), SortRows(columns, orders, includeSpecials), SortSpecOrder::UNKNOWN);
 }
 
 constexpr Operator kOperators[] = {
