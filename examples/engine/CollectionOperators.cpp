@@ -94,7 +94,7 @@ SV RunCreateTable(const Statement& statement) {
         Require(IsTable(inputs[i]) || IsArray(inputs[i]), LumError::CreateTableInputType);
         Require(CountRows(inputs[i]) == CountRows(inputs[0]), LumError::TableArraySize);
         if (IsArray(inputs[i])) {
-            add(statement.GetSpec().GetInputs()[i].GetLeaf(), inputs[i]);
+            add(statement.spec.GetInputs()[i].GetLeaf(), inputs[i]);
             continue;
         }
         for (const auto& [name, column] : inputs[i]->AsTable().GetColumns()) {

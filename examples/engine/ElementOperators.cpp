@@ -20,19 +20,19 @@ using namespace lum::core;
 // The checks that reduce and the scans share. `mismatch` is the code for an initial value that
 // there is no function for, though there is one for the column.
 SV CheckFold(const Statement& statement, const SV& column, LumError mismatch) {
-    const SV& initial = statement.GetSpec().GetValue();
+    const SV& initial = statement.spec.GetValue();
     Require(initial != nullptr, LumError::InitialValueNeeded);
     const RInternString& name = statement.GetFunctionName();
     Require(statement.ReadArguments().empty(), LumError::NonCreatorCalledAsCreator, name);
-    if (!statement.GetLookup().HasFunction(MakeFoldQuery(name, initial->GetType(), column))) {
-        FindAccumulatorType(statement.GetLookup(), name, column);  // Throws where there is none.
+    if (!statement.lookup.HasFunction(MakeFoldQuery(name, initial->GetType(), column))) {
+        FindAccumulatorType(statement.lookup, name, column);  // Throws where there is none.
         throw LumRuntimeException(mismatch);
     }
     return initial;
 }
 
 SV Apply(const Statement& statement, const std::vector<SV>& columns) {
-    return ApplyFunction(statement.GetLookup(), statement.GetFunctionName(), columns,
+    return ApplyFunction(statement.lookup, statement.GetFunctionName(), columns,
                          statement.ReadArguments());
 }
 
@@ -70,8 +70,8 @@ SV TryCall(const RegisteredFunctions& functions, const std::vector<SV>& values) 
 }
 
 SV RunConstant(const Statement& statement) {
-    Require(statement.GetSpec().GetInputs().empty(), LumError::EmptyInputNeeded);
-    const SV& value = statement.GetSpec().GetValue();
+    Require(statement.spec.GetInputs().empty(), LumError::EmptyInputNeeded);
+    const SV& value = statement.spec.GetValue();
     Require(value != nullptr, LumError::NullValue);
     Require(IsPrimitive(value->GetType()), LumError::ConstantTypeUnsupported);
     return value;
@@ -79,7 +79,7 @@ SV RunConstant(const Statement& statement) {
 
 SV RunCopy(const Statement& statement) {
     const SV value = statement.ReadOneInput();
-    Require(!statement.GetSpec().GetInputs()[0].IsPrefixOf(statement.GetSpec().GetOutputs()[0]),
+    Require(!statement.spec.GetInputs()[0].IsPrefixOf(statement.spec.GetOutputs()[0]),
             LumError::CopyIntoSelf);
     return ShareValue(value);
 }
@@ -98,7 +98,7 @@ SV RunZipWith(const Statement& statement) {
 SV RunReduce(const Statement& statement) {
     const SV column = ToColumn(statement.ReadOneInput(), LumError::ReduceInputType);
     const SV initial = CheckFold(statement, column, LumError::ReduceInitialType);
-    return FoldColumn(statement.GetLookup(), statement.GetFunctionName(), column, initial);
+    return FoldColumn(statement.lookup, statement.GetFunctionName(), column, initial);
 }
 
 template <FoldDirection kDirection, LumError kInputError, LumError kMismatch>
@@ -106,8 +106,7 @@ SV RunScan(const Statement& statement) {
     const SV column = statement.ReadOneInput();
     Require(IsArray(column), kInputError);
     const SV initial = CheckFold(statement, column, kMismatch);
-    return ScanColumn(statement.GetLookup(), statement.GetFunctionName(), column, initial,
-                      kDirection);
+    return ScanColumn(statement.lookup, statement.GetFunctionName(), column, initial, kDirection);
 }
 
 SV RunSetValue(const Statement& statement) {
@@ -150,9 +149,8 @@ SV CallListFunction(const Statement& statement) {
     for (const SV& value : values) {
         types.emplace_back(value->GetType());
     }
-    const RegisteredFunctions& functions =
-        statement.GetLookup().GetMultinaryFunctions().GetFunctions(
-            FunctionKey(name, std::move(types), FunctionKey::ArgContainer::Vector));
+    const RegisteredFunctions& functions = statement.lookup.GetMultinaryFunctions().GetFunctions(
+        FunctionKey(name, std::move(types), FunctionKey::ArgContainer::Vector));
     for (const auto tryCall :
          {TryCall<bool>, TryCall<int>, TryCall<long long>, TryCall<float>, TryCall<double>}) {
         if (SV result = tryCall(functions, values)) {

@@ -24,7 +24,6 @@ enum class Keeps { Partners, RowsOfLeft, RowsOfBoth };
 // One of the two tables, and the columns that its rows are found by.
 struct Side {
     SV table;
-    std::vector<RInternString> names;
     std::vector<SV> keys;
 
     // The row that stands for none: the one behind the last.
@@ -33,16 +32,15 @@ struct Side {
 
 Side ReadSide(const Statement& statement, std::size_t begin, std::size_t end) {
     Side side;
-    const std::vector<KeyPath>& inputs = statement.GetSpec().GetInputs();
+    const std::vector<KeyPath>& inputs = statement.spec.GetInputs();
     for (std::size_t i = begin; i < end; ++i) {
         const KeyPath& key = inputs[i];
         Require(key.GetCount() > 1 && key.GetParent() == inputs[begin].GetParent(),
                 LumError::JoinKeyNotColumn, key.ToString());
-        side.table = statement.GetStore().TryGetValue(key.GetParent());
+        side.table = statement.store.TryGetValue(key.GetParent());
         Require(side.table != nullptr && IsTable(side.table) &&
                     side.table->AsTable().HasColumn(key.GetLeaf()),
                 LumError::JoinKeyNotColumn, key.ToString());
-        side.names.push_back(key.GetLeaf());
         side.keys.push_back(side.table->AsTable().GetColumn(key.GetLeaf()));
         Require(IsPrimitive(side.keys.back()->AsArray().GetElementType()),
                 LumError::JoinTypeUnsupported);
@@ -50,15 +48,11 @@ Side ReadSide(const Statement& statement, std::size_t begin, std::size_t end) {
     return side;
 }
 
-// Names that both tables have are those of keys that belong together.
-void CheckNames(const Side& left, const Side& right) {
+// `shared` are the keys that stand in both tables under one name. Other names must differ.
+void CheckNames(const Side& left, const Side& right, const IStoreTable::Columns& shared) {
     for (const auto& [name, column] : right.table->AsTable().GetColumns()) {
-        bool isKey = false;
-        for (std::size_t i = 0; i < left.names.size(); ++i) {
-            isKey = isKey || (left.names[i] == name && right.names[i] == name);
-        }
-        Require(isKey || !left.table->AsTable().HasColumn(name), LumError::JoinColumnNameClash,
-                name);
+        Require(shared.count(name) != 0 || !left.table->AsTable().HasColumn(name),
+                LumError::JoinColumnNameClash, name);
     }
 }
 
@@ -151,19 +145,24 @@ RowPairs FindPairs(const std::vector<SV>& keys, unsigned leftCount, Keeps keeps)
 
 template <Keeps kKeeps>
 SV RunJoin(const Statement& statement) {
-    const std::size_t count = statement.GetSpec().GetInputs().size();
-    Require(count > 0 && count % 2 == 0, LumError::InvalidInputCount);
-    const Side left = ReadSide(statement, 0, count / 2);
-    const Side right = ReadSide(statement, count / 2, count);
+    const std::vector<KeyPath>& inputs = statement.spec.GetInputs();
+    Require(!inputs.empty() && inputs.size() % 2 == 0, LumError::InvalidInputCount);
+    const std::size_t count = inputs.size() / 2;
+    const Side left = ReadSide(statement, 0, count);
+    const Side right = ReadSide(statement, count, 2 * count);
     std::vector<SV> keys;
-    for (std::size_t i = 0; i < count / 2; ++i) {
+    IStoreTable::Columns shared;
+    for (std::size_t i = 0; i < count; ++i) {
         Require(
             left.keys[i]->AsArray().GetElementType() == right.keys[i]->AsArray().GetElementType(),
             LumError::JoinKeyTypesDiffer);
         keys.push_back(
             ConcatenateArrays({left.keys[i], right.keys[i]}, nullptr, SortSpecOrder::UNKNOWN));
+        if (inputs[i].GetLeaf() == inputs[count + i].GetLeaf()) {
+            shared.emplace(inputs[i].GetLeaf(), keys.back());
+        }
     }
-    CheckNames(left, right);
+    CheckNames(left, right, shared);
     const RowPairs pairs = FindPairs(keys, left.GetNoRow(), kKeeps);
     const SV joined = MakeJoined(left, right, pairs);
     if (kKeeps != Keeps::RowsOfBoth) {
@@ -175,10 +174,8 @@ SV RunJoin(const Statement& statement) {
         rows[row] += rows[row] == left.GetNoRow() ? pairs.right[row] : 0;
     }
     const auto columns = joined->AsTable().CopyColumns();
-    for (std::size_t i = 0; i < keys.size(); ++i) {
-        if (left.names[i] == right.names[i]) {
-            (*columns)[left.names[i]] = SelectRows(keys[i], Rows(rows), /*keepsOrder=*/false);
-        }
+    for (const auto& [name, key] : shared) {
+        (*columns)[name] = SelectRows(key, Rows(rows), /*keepsOrder=*/false);
     }
     return factory::MakeTable(std::move(*columns), {});
 }
@@ -187,9 +184,9 @@ SV RunCrossJoin(const Statement& statement) {
     const std::vector<SV> inputs = statement.ReadInputs();
     Require(inputs.size() == 2, LumError::TwoInputsNeeded);
     Require(IsTable(inputs[0]) && IsTable(inputs[1]), LumError::CrossJoinInputType);
-    const Side left{inputs[0], {}, {}};
-    const Side right{inputs[1], {}, {}};
-    CheckNames(left, right);
+    const Side left{inputs[0], {}};
+    const Side right{inputs[1], {}};
+    CheckNames(left, right, {});
     // All rows are of one group.
     const RowPairs pairs = PairRows(Rows(left.GetNoRow()), ListRows(Rows(right.GetNoRow()), 1),
                                     /*keepsLeft=*/false);

@@ -27,17 +27,17 @@ struct Source {
 };
 
 Source ReadSource(const Statement& statement) {
-    const std::vector<KeyPath>& inputs = statement.GetSpec().GetInputs();
+    const std::vector<KeyPath>& inputs = statement.spec.GetInputs();
     Require(!inputs.empty(), LumError::IncorrectPartitionInputs);
     for (const KeyPath& key : inputs) {
         Require(key.GetCount() > 1, LumError::IncorrectPartitionInputs);
         Require(key.GetParent() == inputs[0].GetParent(), LumError::SeveralPartitionTables);
     }
     Source source{inputs[0].GetParent(), nullptr, {}};
-    source.table = ReadValue(statement.GetStore(), source.key);
+    source.table = ReadValue(statement.store, source.key);
     Require(IsTable(source.table), LumError::PartitionNeedsTable);
     for (const KeyPath& key : inputs) {
-        const SV column = ReadValue(statement.GetStore(), key);
+        const SV column = ReadValue(statement.store, key);
         Require(IsPrimitive(column->AsArray().GetElementType()),
                 LumError::IncorrectPartitionInputs);
         source.keyColumns.emplace(key.GetLeaf(), column);
@@ -127,7 +127,7 @@ SV MakeColumn(const Result& result, bool isGroupBy, const RowGroups& groups, con
 
 SV RunByPartition(const Statement& statement, const std::function<void(IDataStore&)>& run) {
     statement.ExpectNoneBut(Parts::None);
-    const TransformSpec& spec = statement.GetSpec();
+    const TransformSpec& spec = statement.spec;
     const bool isGroupBy = spec.GetOperatorType() == OperatorType::GroupBy;
     Require(spec.GetOutputs().size() == 1, LumError::OneOutputNeeded);
     const Source source = ReadSource(statement);

@@ -63,7 +63,7 @@ TStringCore ReadBlockName(const TransformSpec& spec) {
 
 lumsize_t CountRowsOfFirst(const std::vector<SV>& values) {
     for (const SV& value : values) {
-        if (IsTable(value) || IsUniformCollectionStoreType(value)) {
+        if (value != nullptr && (IsTable(value) || IsUniformCollectionStoreType(value))) {
             return CountRows(value);
         }
     }
@@ -171,13 +171,11 @@ private:
         Result result;
         const Clock::time_point start = Clock::now();
         try {
-            result.values = Compute(Statement(spec, store, m_lookup), {});
+            result.values = Compute(Statement{spec, store, m_lookup}, {});
             if (m_options.onStatement) {
                 std::vector<SV> values;
                 for (const KeyPath& input : spec.GetInputs()) {
-                    if (SV value = store.TryGetValue(input)) {
-                        values.push_back(std::move(value));
-                    }
+                    values.push_back(store.TryGetValue(input));
                 }
                 values.insert(values.end(), result.values.begin(), result.values.end());
                 result.rows = CountRowsOfFirst(values);
@@ -191,7 +189,7 @@ private:
 
     // The values of the statement's outputs, in order.
     std::vector<SV> Compute(const Statement& statement, const Running& running) const {
-        const TransformSpec& spec = statement.GetSpec();
+        const TransformSpec& spec = statement.spec;
         const OperatorType type = spec.GetOperatorType();
         switch (type) {
             case OperatorType::NoOp:
@@ -226,7 +224,7 @@ private:
                 const Running& running) const {
         for (const TransformSpec& spec : transforms) {
             Require(spec.GetOperatorType() != OperatorType::Block, LumError::NestedBlocks);
-            Store(spec, Compute(Statement(spec, store, m_lookup), running), store);
+            Store(spec, Compute(Statement{spec, store, m_lookup}, running), store);
         }
     }
 
@@ -280,8 +278,8 @@ private:
     }
 
     std::vector<SV> RunCall(const Statement& call, const Running& running) const {
-        const std::vector<KeyPath>& inputs = call.GetSpec().GetInputs();
-        const TStringCore name = ReadBlockName(call.GetSpec());
+        const std::vector<KeyPath>& inputs = call.spec.GetInputs();
+        const TStringCore name = ReadBlockName(call.spec);
         const auto found = m_blocks.find(name);
         Require(found != m_blocks.end(), LumError::BlockNotDefined, name);
         const TransformSpec& block = *found->second;
@@ -293,15 +291,13 @@ private:
 
         const std::unique_ptr<IDataStore> scope = MakeEmptyStore();
         for (std::size_t i = 0; i < inputs.size(); ++i) {
-            scope->AddValue(block.GetInputs()[i],
-                            ShareValue(ReadValue(call.GetStore(), inputs[i])));
+            scope->AddValue(block.GetInputs()[i], ShareValue(ReadValue(call.store, inputs[i])));
         }
-        const Statement last(body.back(), *scope, m_lookup);
+        const Statement last{body.back(), *scope, m_lookup};
         const bool returns = body.back().GetOperatorType() == OperatorType::Return;
         RunAll(body.first(body.size() - (returns ? 1 : 0)), *scope, Enter(running, block));
         const std::vector<SV> values = returns ? last.ReadInputs() : std::vector<SV>();
-        Require(values.size() == call.GetSpec().GetOutputs().size(), LumError::InvalidInputCount,
-                name);
+        Require(values.size() == call.spec.GetOutputs().size(), LumError::InvalidInputCount, name);
         return values;
     }
 
@@ -310,7 +306,7 @@ private:
         if (branch.GetOperatorType() == OperatorType::Else) {
             return true;
         }
-        const SV answer = CallListFunction(Statement(branch, store, m_lookup));
+        const SV answer = CallListFunction(Statement{branch, store, m_lookup});
         Require(answer->GetStoreType() == StoreType::Bool, LumError::WhenNeedsBool);
         return answer->AsBool();
     }
@@ -333,7 +329,7 @@ private:
     }
 
     std::vector<SV> RunCase(const Statement& statement, const Running& running) const {
-        const TransformSpec& spec = statement.GetSpec();
+        const TransformSpec& spec = statement.spec;
         const Transforms& branches = spec.GetChildTransforms();
         Require(branches.size() >= 2, LumError::CaseNeedsTwoChildren);
         for (const TransformSpec& branch : branches) {
@@ -345,7 +341,7 @@ private:
         const std::unique_ptr<IDataStore> scope = MakeEmptyStore();
         for (const KeyPath& input : spec.GetInputs()) {
             if (scope->TryGetValue(input) == nullptr) {
-                scope->AddValue(input, ShareValue(ReadValue(statement.GetStore(), input)));
+                scope->AddValue(input, ShareValue(ReadValue(statement.store, input)));
             }
         }
         // There is one, since an else is always taken.
@@ -362,7 +358,7 @@ private:
     }
 
     SV RunPartitions(const Statement& statement, const Running& running) const {
-        const TransformSpec& spec = statement.GetSpec();
+        const TransformSpec& spec = statement.spec;
         const Running here = Enter(running, spec);
         return RunByPartition(
             statement, [&](IDataStore& scope) { RunAll(spec.GetChildTransforms(), scope, here); });

@@ -84,15 +84,15 @@ SV RunFilter(const Statement& statement) {
     const SV column = ToColumn(input, LumError::FilterInputType);
     SV source = column;
     if (makesTable) {
-        const KeyPath& key = statement.GetSpec().GetInputs()[0];
+        const KeyPath& key = statement.spec.GetInputs()[0];
         Require(key.GetCount() > 1, LumError::FilterKeyNotNested);
-        source = ReadValue(statement.GetStore(), key.GetParent());
+        source = ReadValue(statement.store, key.GetParent());
         Require(IsTable(source), LumError::FilterParentNotTable);
     }
     const std::vector<SV> constants = statement.ReadArguments();
-    const FunctionInfo& function = statement.GetLookup().GetFunction(MakeQuery(name, {column}));
+    const FunctionInfo& function = statement.lookup.GetFunction(MakeQuery(name, {column}));
     Require(function.GetOutputType()->Is(StoreType::Bool), LumError::FilterFunctionNotBool);
-    const SV flags = ApplyFunction(statement.GetLookup(), name, {column}, constants);
+    const SV flags = ApplyFunction(statement.lookup, name, {column}, constants);
     return ToFormOf(input, SelectRows(source, FindTrue(flags), /*keepsOrder=*/true));
 }
 
@@ -144,7 +144,7 @@ SV RunSlice(const Statement& statement) {
 }
 
 SV RunIndex(const Statement& statement) {
-    const SV& literal = statement.GetSpec().GetValue();
+    const SV& literal = statement.spec.GetValue();
     const std::vector<SV> inputs = statement.ReadInputs();
     Require(inputs.size() == (literal == nullptr ? 2u : 1u), LumError::ValueAndInputNeeded);
     Require(IsTable(inputs[0]) || IsArray(inputs[0]), LumError::IndexInputType);

@@ -106,7 +106,7 @@ SV RunMultiSort(const Statement& statement) {
         Require(CountRows(column) == CountRows(columns[0]), LumError::TableArraySize);
     }
     std::vector<SortSpecOrder> orders(columns.size(), SortSpecOrder::ASC);
-    if (statement.GetSpec().GetFunctionSpec() != nullptr) {
+    if (statement.spec.GetFunctionSpec() != nullptr) {
         Require(statement.GetFunctionName() == RInternString(L"order"),
                 LumError::InvalidSortAlgorithm);
         orders = ReadOrders(statement.ReadArguments());

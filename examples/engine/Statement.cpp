@@ -11,8 +11,8 @@ using namespace lum::core;
 
 std::vector<SV> Statement::ReadInputs() const {
     std::vector<SV> values;
-    for (const KeyPath& input : m_spec.GetInputs()) {
-        values.push_back(ReadValue(m_store, input));
+    for (const KeyPath& input : spec.GetInputs()) {
+        values.push_back(ReadValue(store, input));
     }
     return values;
 }
@@ -26,38 +26,38 @@ std::vector<SV> Statement::ReadArrays(LumError otherwise) const {
 }
 
 SV Statement::ReadOneInput() const {
-    Require(m_spec.GetInputs().size() == 1, LumError::OneInputNeeded);
-    return ReadValue(m_store, m_spec.GetInputs()[0]);
+    Require(spec.GetInputs().size() == 1, LumError::OneInputNeeded);
+    return ReadValue(store, spec.GetInputs()[0]);
 }
 
 const RInternString& Statement::GetFunctionName() const {
-    Require(m_spec.GetFunctionSpec() != nullptr, LumError::FunctionNeeded);
-    const RInternString& name = m_spec.GetFunctionSpec()->GetName();
+    Require(spec.GetFunctionSpec() != nullptr, LumError::FunctionNeeded);
+    const RInternString& name = spec.GetFunctionSpec()->GetName();
     Require(!name.GetValue().isEmpty(), LumError::EmptyFunctionName);
     return name;
 }
 
 std::vector<SV> Statement::ReadArguments() const {
-    Require(m_spec.GetFunctionSpec() != nullptr, LumError::FunctionNeeded);
+    Require(spec.GetFunctionSpec() != nullptr, LumError::FunctionNeeded);
     std::vector<SV> values;
-    for (const ValueSpec& argument : m_spec.GetFunctionSpec()->GetArgs()) {
-        values.push_back(argument.IsKey() ? ReadValue(m_store, argument.GetKeyPath())
+    for (const ValueSpec& argument : spec.GetFunctionSpec()->GetArgs()) {
+        values.push_back(argument.IsKey() ? ReadValue(store, argument.GetKeyPath())
                                           : argument.GetValue());
     }
     return values;
 }
 
 bool Statement::GetFlag(LumError missing) const {
-    const SV& value = m_spec.GetValue();
+    const SV& value = spec.GetValue();
     Require(IsNormal(value, StoreType::Bool), missing);
     return value->AsBool();
 }
 
 void Statement::ExpectNoneBut(Parts parts) const {
     const bool mayHaveBoth = parts == Parts::LiteralAndFunction;
-    Require(mayHaveBoth || parts == Parts::Function || m_spec.GetFunctionSpec() == nullptr,
+    Require(mayHaveBoth || parts == Parts::Function || spec.GetFunctionSpec() == nullptr,
             LumError::FunctionNotUsed);
-    Require(mayHaveBoth || parts == Parts::Literal || m_spec.GetValue() == nullptr,
+    Require(mayHaveBoth || parts == Parts::Literal || spec.GetValue() == nullptr,
             LumError::UnexpectedOperatorArgument);
 }
 

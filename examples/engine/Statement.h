@@ -18,15 +18,10 @@ enum class Parts { None, Literal, Function, LiteralAndFunction };
 /// Threads: any number may read.
 /// Errors: LumRuntimeException with the code that the operation names; KeyNotFound with the key for
 ///   one that leads nowhere.
-class Statement {
-public:
-    Statement(const lum::core::TransformSpec& spec, const lum::core::IDataStore& store,
-              const lum::core::IFunctionLookup& lookup)
-        : m_spec(spec), m_store(store), m_lookup(lookup) {}
-
-    const lum::core::TransformSpec& GetSpec() const { return m_spec; }
-    const lum::core::IDataStore& GetStore() const { return m_store; }
-    const lum::core::IFunctionLookup& GetLookup() const { return m_lookup; }
+struct Statement {
+    const lum::core::TransformSpec& spec;
+    const lum::core::IDataStore& store;
+    const lum::core::IFunctionLookup& lookup;
 
     /// The values of the inputs, in order.
     std::vector<lum::core::SV> ReadInputs() const;
@@ -45,11 +40,6 @@ public:
 
     /// Errors: FunctionNotUsed, UnexpectedOperatorArgument where there is a part beyond these.
     void ExpectNoneBut(Parts parts) const;
-
-private:
-    const lum::core::TransformSpec& m_spec;
-    const lum::core::IDataStore& m_store;
-    const lum::core::IFunctionLookup& m_lookup;
 };
 
 /// Throws LumRuntimeException where the condition does not hold.
