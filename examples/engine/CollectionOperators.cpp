@@ -1,5 +1,4 @@
 #include <memory>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 

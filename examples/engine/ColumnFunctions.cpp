@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <memory>
-#include <optional>
 #include <utility>
 
 #include "Columns.h"
@@ -16,7 +15,6 @@
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/store/ValueUtil.h"
 #include "lum/core/types/CollectionTypes.h"
-#include "lum/core/utility/LumException.h"
 
 namespace lumengine {
 namespace {
@@ -184,23 +182,23 @@ SV RunApply(const Plan<RawFunctor>& plan, lumsize_t count) {
     });
 }
 
-// The accumulator in the end; with `stepCount`, that of the column's elements, behind each of them.
 template <StorageType T>
-SV RunFold(const Plan<IRawBinaryFunctor>& plan, const SV& initial, FoldDirection direction,
-           std::optional<lumsize_t> stepCount) {
+SV RunFold(const Plan<IRawBinaryFunctor>& plan, const SV& initial, lumsize_t count,
+           std::optional<FoldDirection> steps) {
+    const FoldDirection direction = steps.value_or(FoldDirection::Forward);
     const T first = initial->IsSpecial() && plan.isSpecialForm ? T() : FetchStored<T>(initial);
     VectorRawData<T> value(1, first);
     VectorRawData<SpecialKind> kind(1, initial->GetSpecialKind());
-    Output<T> steps(plan.type, stepCount.value_or(0), plan.isSpecialForm);
+    Output<T> output(plan.type, steps ? count : 0, plan.isSpecialForm);
     ColumnViews input(plan.inputs[0]);
-    const RawDataView outputs(*steps.values, 0, stepCount ? input.GetValues().GetSize() : 0);
+    const RawDataView outputs(*output.values, 0, steps ? input.GetValues().GetSize() : 0);
     if (plan.isSpecialForm) {
         plan.functor->FoldRaw(RawDataView(value), RawDataView(kind), input.GetValues(),
-                              input.GetKinds(), outputs, RawDataView(*steps.kinds), direction);
+                              input.GetKinds(), outputs, RawDataView(*output.kinds), direction);
     } else {
         plan.functor->FoldRaw(RawDataView(value), input.GetValues(), outputs, direction);
     }
-    if (!stepCount) {
+    if (!steps) {
         const SpecialKind resultKind = kind.GetView()[0];
         return resultKind == SpecialKind::Normal
                    ? MakeStoreValueFromStorageType<T>(plan.type, value.GetView()[0])
@@ -208,27 +206,15 @@ SV RunFold(const Plan<IRawBinaryFunctor>& plan, const SV& initial, FoldDirection
     }
     if (plan.isSelective) {
         // At a special element the accumulator is that of the element before it in the walk.
-        const ArrayView<T> values = steps.values->GetView();
+        const ArrayView<T> values = output.values->GetView();
         SpreadResults(values, plan.kinds, [&](lumsize_t index, lumsize_t normalsBelow) -> T {
             if (direction == FoldDirection::Forward) {
                 return normalsBelow == 0 ? first : values[normalsBelow - 1];
             }
-            return index + 1 == *stepCount ? first : values[index + 1];
+            return index + 1 == count ? first : values[index + 1];
         });
     }
-    return steps.MakeColumn();
-}
-
-SV Fold(const IFunctionLookup& lookup, const RInternString& name, const SV& column,
-        const SV& initial, FoldDirection direction, std::optional<lumsize_t> stepCount) {
-    const FunctionKey query = MakeFoldQuery(name, initial->GetType(), column);
-    const LumRawBinaryFunctions functions = lookup.GetBinaryFunctions().GetRawFunctions(query);
-    Require(functions.GetOutputType()->Is(initial->GetType()->GetStoreType()),
-            LumError::FunctionOutputMismatch, name);
-    const Plan plan(functions, lookup.GetFunction(query), {column}, {}, initial);
-    return DispatchStorage(plan.type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
-        return RunFold<T>(plan, initial, direction, stepCount);
-    });
+    return output.MakeColumn();
 }
 
 }  // namespace
@@ -261,13 +247,15 @@ SV ApplyFunction(const IFunctionLookup& lookup, const RInternString& name,
 }
 
 SV FoldColumn(const IFunctionLookup& lookup, const RInternString& name, const SV& column,
-              const SV& initial) {
-    return Fold(lookup, name, column, initial, FoldDirection::Forward, std::nullopt);
-}
-
-SV ScanColumn(const IFunctionLookup& lookup, const RInternString& name, const SV& column,
-              const SV& initial, FoldDirection direction) {
-    return Fold(lookup, name, column, initial, direction, column->AsArray().GetCount());
+              const SV& initial, std::optional<FoldDirection> steps) {
+    const FunctionKey query = MakeFoldQuery(name, initial->GetType(), column);
+    const LumRawBinaryFunctions functions = lookup.GetBinaryFunctions().GetRawFunctions(query);
+    Require(functions.GetOutputType()->Is(initial->GetType()->GetStoreType()),
+            LumError::FunctionOutputMismatch, name);
+    const Plan plan(functions, lookup.GetFunction(query), {column}, {}, initial);
+    return DispatchStorage(plan.type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
+        return RunFold<T>(plan, initial, CountRows(column), steps);
+    });
 }
 
 const Type* FindAccumulatorType(const IFunctionLookup& lookup, const RInternString& name,

@@ -1,5 +1,6 @@
 #include <concepts>
 #include <limits>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -17,9 +18,10 @@ namespace {
 
 using namespace lum::core;
 
-// The checks that reduce and the scans share. `mismatch` is the code for an initial value that
-// there is no function for, though there is one for the column.
-SV CheckFold(const Statement& statement, const SV& column, LumError mismatch) {
+// What reduce and the scans share. `mismatch` is the code for an initial value that there is no
+// function for, though there is one for the column.
+SV Fold(const Statement& statement, const SV& column, LumError mismatch,
+        std::optional<FoldDirection> steps) {
     const SV& initial = statement.spec.GetValue();
     Require(initial != nullptr, LumError::InitialValueNeeded);
     const RInternString& name = statement.GetFunctionName();
@@ -28,7 +30,7 @@ SV CheckFold(const Statement& statement, const SV& column, LumError mismatch) {
         FindAccumulatorType(statement.lookup, name, column);  // Throws where there is none.
         throw LumRuntimeException(mismatch);
     }
-    return initial;
+    return FoldColumn(statement.lookup, name, column, initial, steps);
 }
 
 SV Apply(const Statement& statement, const std::vector<SV>& columns) {
@@ -97,16 +99,14 @@ SV RunZipWith(const Statement& statement) {
 
 SV RunReduce(const Statement& statement) {
     const SV column = ToColumn(statement.ReadOneInput(), LumError::ReduceInputType);
-    const SV initial = CheckFold(statement, column, LumError::ReduceInitialType);
-    return FoldColumn(statement.lookup, statement.GetFunctionName(), column, initial);
+    return Fold(statement, column, LumError::ReduceInitialType, std::nullopt);
 }
 
 template <FoldDirection kDirection, LumError kInputError, LumError kMismatch>
 SV RunScan(const Statement& statement) {
     const SV column = statement.ReadOneInput();
     Require(IsArray(column), kInputError);
-    const SV initial = CheckFold(statement, column, kMismatch);
-    return ScanColumn(statement.lookup, statement.GetFunctionName(), column, initial, kDirection);
+    return Fold(statement, column, kMismatch, kDirection);
 }
 
 SV RunSetValue(const Statement& statement) {

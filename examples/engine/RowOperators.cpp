@@ -1,5 +1,5 @@
-#include <algorithm>
 #include <utility>
+#include <vector>
 
 #include "ColumnFunctions.h"
 #include "Columns.h"
@@ -11,7 +11,6 @@
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/StoreValue.h"
 #include "lum/core/store/ValueUtil.h"
-#include "lum/core/utility/LumException.h"
 
 namespace lumengine {
 namespace {

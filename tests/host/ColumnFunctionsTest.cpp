@@ -98,7 +98,7 @@ protected:
     }
     SV Scan(const wchar_t* name, const SV& column, const SV& initial,
             FoldDirection direction = FoldDirection::Forward) const {
-        return ScanColumn(*m_registry, name, column, initial, direction);
+        return FoldColumn(*m_registry, name, column, initial, direction);
     }
 
     // A fold is where its scan ends, and a scan up is the scan down of the reverse.
