@@ -66,11 +66,11 @@ SV RunCreateKeySet(const Statement& statement) {
     const std::vector<SV> inputs = statement.ReadArrays(LumError::CreateKeySetInputType);
     Require(inputs.size() == 2, LumError::TwoInputsNeeded);
     RequireOneLength(inputs);
-    const Type* const keyType = inputs[0]->AsArray().GetElementType();
+    const Type* const keyType = ElementTypeOf(inputs[0]);
     Require(IsPrimitive(keyType) || keyType->Is(StoreType::Tuple),
             LumError::CreateKeySetTransformType);
     Require(KindsOf(inputs[1]).empty(), LumError::ArrayHasSpecials);
-    const Type* const elementType = inputs[1]->AsArray().GetElementType();
+    const Type* const elementType = ElementTypeOf(inputs[1]);
     return DispatchStorage(keyType->GetStoreType(), [&]<typename K>(StorageTag<K>) -> SV {
         if constexpr (!std::is_same_v<K, SV>) {
             const auto& keys = inputs[0]->AsTypedArray<K>();
@@ -109,7 +109,7 @@ SV RunZip(const Statement& statement) {
     RequireOneLength(inputs);
     std::vector<const Type*> members;
     for (const SV& input : inputs) {
-        members.push_back(input->AsArray().GetElementType());
+        members.push_back(ElementTypeOf(input));
         Require(IsPrimitive(members.back()), LumError::ZipInputType);
     }
     const TupleType* const type = TupleType::Get(std::move(members));

@@ -42,13 +42,13 @@ std::vector<SpecialKind> CombineKinds(const std::vector<SV>& columns) {
 
 // The normal elements of a column.
 SV SelectNormal(const SV& column, const std::vector<SpecialKind>& kinds) {
-    std::vector<unsigned> indices;
-    for (lumsize_t index = 0; index < kinds.size(); ++index) {
-        if (kinds[index] == SpecialKind::Normal) {
-            indices.push_back(index);
+    Rows rows;
+    for (unsigned row = 0; row < kinds.size(); ++row) {
+        if (kinds[row] == SpecialKind::Normal) {
+            rows.push_back(row);
         }
     }
-    return column->AsArray().ComposeIndices(std::move(indices), SortSpecOrder::UNKNOWN);
+    return SelectRows(column, std::move(rows));
 }
 
 bool IsOfType(const SV& constant, const VariableTypeRef& type) {
@@ -222,14 +222,14 @@ SV RunFold(const Plan<IRawBinaryFunctor>& plan, const SV& initial, lumsize_t cou
 FunctionKey MakeQuery(const RInternString& name, const std::vector<SV>& columns) {
     TypeRefVec<VariableTypeRef> types;
     for (const SV& column : columns) {
-        types.emplace_back(column->AsArray().GetElementType());
+        types.emplace_back(ElementTypeOf(column));
     }
     return FunctionKey(name, std::move(types), FunctionKey::ArgContainer::Separate);
 }
 
 FunctionKey MakeFoldQuery(const RInternString& name, const Type* accumulatorType,
                           const SV& column) {
-    return FunctionKey(name, accumulatorType, column->AsArray().GetElementType(),
+    return FunctionKey(name, accumulatorType, ElementTypeOf(column),
                        FunctionKey::ArgContainer::Separate);
 }
 
@@ -260,7 +260,7 @@ SV FoldColumn(const IFunctionLookup& lookup, const RInternString& name, const SV
 
 const Type* FindAccumulatorType(const IFunctionLookup& lookup, const RInternString& name,
                                 const SV& column) {
-    const Type* const elementType = column->AsArray().GetElementType();
+    const Type* const elementType = ElementTypeOf(column);
     if (lookup.HasFunction(MakeFoldQuery(name, elementType, column))) {
         return elementType;
     }

@@ -24,6 +24,10 @@ bool IsTable(const SV& value) {
     return value->GetStoreType() == StoreType::Table;
 }
 
+const Type* ElementTypeOf(const SV& column) {
+    return column->AsArray().GetElementType();
+}
+
 lumsize_t CountRows(const SV& value) {
     return IsTable(value) ? value->AsTable().GetRowCount()
                           : value->AsUniformCollection().GetCount();

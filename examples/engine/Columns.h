@@ -24,6 +24,9 @@ using Rows = std::vector<unsigned>;
 bool IsArray(const lum::core::SV& value);
 bool IsTable(const lum::core::SV& value);
 
+/// The type of the elements of an array.
+const lum::core::Type* ElementTypeOf(const lum::core::SV& column);
+
 /// How many rows a table has, or elements another collection of one type.
 lum::core::lumsize_t CountRows(const lum::core::SV& value);
 
@@ -55,7 +58,7 @@ std::vector<lum::core::SpecialKind> KindsOf(const lum::core::SV& column);
 
 /// Rows of an array or a table, which share its storage. `keepsOrder` says that none stands before
 /// one that it follows there.
-lum::core::SV SelectRows(const lum::core::SV& value, Rows&& rows, bool keepsOrder);
+lum::core::SV SelectRows(const lum::core::SV& value, Rows&& rows, bool keepsOrder = false);
 
 /// The content of a value as a column of its type stores it. Errors: those of FetchStoreValue.
 template <lum::core::StorageType T>

@@ -42,8 +42,7 @@ Side ReadSide(const Statement& statement, std::size_t begin, std::size_t end) {
                     side.table->AsTable().HasColumn(key.GetLeaf()),
                 LumError::JoinKeyNotColumn, key.ToString());
         side.keys.push_back(side.table->AsTable().GetColumn(key.GetLeaf()));
-        Require(IsPrimitive(side.keys.back()->AsArray().GetElementType()),
-                LumError::JoinTypeUnsupported);
+        Require(IsPrimitive(ElementTypeOf(side.keys.back())), LumError::JoinTypeUnsupported);
     }
     return side;
 }
@@ -93,14 +92,14 @@ SV PickRows(const Side& side, const Rows& rows) {
     if (std::find(rows.begin(), rows.end(), side.GetNoRow()) != rows.end()) {
         IStoreTable::Columns columns;
         for (const auto& [name, column] : table->AsTable().GetColumns()) {
-            const Type* const type = column->AsArray().GetElementType();
+            const Type* const type = ElementTypeOf(column);
             const SV null = ColumnOf({factory::MakeSpecial(type, SpecialKind::Null)});
             columns.emplace(name,
                             ConcatenateArrays({column, null}, nullptr, SortSpecOrder::UNKNOWN));
         }
         table = factory::MakeTable(std::move(columns), {});
     }
-    return SelectRows(table, Rows(rows), /*keepsOrder=*/false);
+    return SelectRows(table, Rows(rows));
 }
 
 SV MakeJoined(const Side& left, const Side& right, const RowPairs& pairs) {
@@ -153,9 +152,8 @@ SV RunJoin(const Statement& statement) {
     std::vector<SV> keys;
     IStoreTable::Columns shared;
     for (std::size_t i = 0; i < count; ++i) {
-        Require(
-            left.keys[i]->AsArray().GetElementType() == right.keys[i]->AsArray().GetElementType(),
-            LumError::JoinKeyTypesDiffer);
+        Require(ElementTypeOf(left.keys[i]) == ElementTypeOf(right.keys[i]),
+                LumError::JoinKeyTypesDiffer);
         keys.push_back(
             ConcatenateArrays({left.keys[i], right.keys[i]}, nullptr, SortSpecOrder::UNKNOWN));
         if (inputs[i].GetLeaf() == inputs[count + i].GetLeaf()) {
@@ -175,7 +173,7 @@ SV RunJoin(const Statement& statement) {
     }
     const auto columns = joined->AsTable().CopyColumns();
     for (const auto& [name, key] : shared) {
-        (*columns)[name] = SelectRows(key, Rows(rows), /*keepsOrder=*/false);
+        (*columns)[name] = SelectRows(key, Rows(rows));
     }
     return factory::MakeTable(std::move(*columns), {});
 }

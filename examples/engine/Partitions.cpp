@@ -38,8 +38,7 @@ Source ReadSource(const Statement& statement) {
     Require(IsTable(source.table), LumError::PartitionNeedsTable);
     for (const KeyPath& key : inputs) {
         const SV column = ReadValue(statement.store, key);
-        Require(IsPrimitive(column->AsArray().GetElementType()),
-                LumError::IncorrectPartitionInputs);
+        Require(IsPrimitive(ElementTypeOf(column)), LumError::IncorrectPartitionInputs);
         source.keyColumns.emplace(key.GetLeaf(), column);
     }
     return source;
@@ -80,7 +79,7 @@ SV SortColumns(const TransformSpec& spec, const Source& source, const Rows& rows
     const auto add = [&](const RInternString& name) {
         if (table.HasColumn(name) && columns.count(name) == 0) {
             // Joining copies the elements, so that slices of runs are found at once as well.
-            const SV sorted = SelectRows(table.GetColumn(name), Rows(rows), /*keepsOrder=*/false);
+            const SV sorted = SelectRows(table.GetColumn(name), Rows(rows));
             columns.emplace(name, ConcatenateArrays({sorted}, nullptr, SortSpecOrder::UNKNOWN));
         }
     };
@@ -120,7 +119,7 @@ SV MakeColumn(const Result& result, bool isGroupBy, const RowGroups& groups, con
     }
     const SV column = ColumnOf(result.values);
     // Of a table without rows there is a result all the same.
-    return isGroupBy && !rows.empty() ? column : SelectRows(column, std::move(rows), false);
+    return isGroupBy && !rows.empty() ? column : SelectRows(column, std::move(rows));
 }
 
 }  // namespace

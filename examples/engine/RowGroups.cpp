@@ -17,8 +17,7 @@ RowGroups GroupElements(const SV& column) {
     const ColumnViews views(column);
     const auto values = views.GetValues().ViewAs<T>();
     const std::vector<SpecialKind> kinds = KindsOf(column);
-    MapContainer<T, unsigned> numbers =
-        MakeEmptyMap<T, unsigned>(column->AsArray().GetElementType());
+    MapContainer<T, unsigned> numbers = MakeEmptyMap<T, unsigned>(ElementTypeOf(column));
     std::unordered_map<SpecialKind, unsigned> numbersOfKinds;
     RowGroups groups;
     groups.groupOfRow.reserve(values.GetSize());
@@ -67,7 +66,7 @@ RowGroups GroupRows(const std::vector<SV>& columns) {
     RowGroups groups;
     for (std::size_t i = 0; i < columns.size(); ++i) {
         RowGroups next = DispatchStorage(
-            columns[i]->AsArray().GetElementType()->GetStoreType(),
+            ElementTypeOf(columns[i])->GetStoreType(),
             [&]<typename T>(StorageTag<T>) { return GroupElements<T>(columns[i]); });
         groups = i == 0 ? std::move(next) : Intersect(groups, next);
     }

@@ -1,3 +1,4 @@
+#include <numeric>
 #include <utility>
 #include <vector>
 
@@ -58,21 +59,21 @@ SV PickRow(const SV& value, const SV& position) {
 }
 
 SV PickRows(const SV& value, const SV& positions) {
-    Require(positions->AsArray().GetElementType()->Is(StoreType::Int32), LumError::Int32Needed);
+    Require(ElementTypeOf(positions)->Is(StoreType::Int32), LumError::Int32Needed);
     const auto& array = positions->AsTypedArray<unsigned>();
     Rows rows(array.GetCount());
     array.CopyValues({rows.data(), array.GetCount()}, 0, array.GetCount());
+    const lumsize_t count = CountRows(value);
     for (lumsize_t index = 0; index < rows.size(); ++index) {
         Require(!array.IsSpecial(index), LumError::Int32Needed);
-        CheckRow(static_cast<int>(rows[index]), CountRows(value));
+        CheckRow(static_cast<int>(rows[index]), count);
     }
-    return SelectRows(value, std::move(rows), /*keepsOrder=*/false);
+    return SelectRows(value, std::move(rows));
 }
 
 // Arrays whose elements have the same storage would be joined whatever their types.
 void RequireSameElements(const SV& column, const SV& other) {
-    Require(column->AsArray().GetElementType()->GetBaseType() ==
-                other->AsArray().GetElementType()->GetBaseType(),
+    Require(ElementTypeOf(column)->GetBaseType() == ElementTypeOf(other)->GetBaseType(),
             LumError::TypeMismatch);
 }
 
@@ -102,7 +103,7 @@ SV RunDistinct(const Statement& statement) {
         return includeSpecials ? input : input->AsSet().WithoutSpecials();
     }
     Require(IsArray(input), LumError::DistinctInputType);
-    const Type* const type = input->AsArray().GetElementType();
+    const Type* const type = ElementTypeOf(input);
     Require(IsPrimitive(type) || type->Is(StoreType::Tuple), LumError::DistinctTransformType);
     Rows rows = GroupRows({input}).firstRows;
     const std::vector<SpecialKind> kinds = KindsOf(input);
@@ -116,10 +117,8 @@ SV RunReverse(const Statement& statement) {
     const SV input = statement.ReadOneInput();
     Require(IsArray(input), LumError::ReverseInputType);
     Rows rows(CountRows(input));
-    for (lumsize_t row = 0; row < rows.size(); ++row) {
-        rows[row] = static_cast<unsigned>(rows.size()) - 1 - row;
-    }
-    return SelectRows(input, std::move(rows), /*keepsOrder=*/false);
+    std::iota(rows.rbegin(), rows.rend(), 0u);
+    return SelectRows(input, std::move(rows));
 }
 
 SV RunSlice(const Statement& statement) {

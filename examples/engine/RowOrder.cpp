@@ -37,7 +37,7 @@ void SortNormals(const SV& column, SortSpecOrder order, Rows::iterator begin, Ro
     };
     // A NaN compares with nothing, and a sort needs an order of all values.
     const auto isRealBefore = [](auto a, auto b) { return std::isnan(b) ? !std::isnan(a) : a < b; };
-    const Type* const type = column->AsArray().GetElementType();
+    const Type* const type = ElementTypeOf(column);
     switch (type->GetStoreType()) {
         case StoreType::Bool:
             return sort(StorageTag<unsigned char>(), std::less());
@@ -102,7 +102,7 @@ SV RunMultiSort(const Statement& statement) {
     const std::vector<SV> columns = statement.ReadArrays(LumError::MultiSortInputType);
     Require(!columns.empty(), LumError::MultiSortInputType);
     for (const SV& column : columns) {
-        Require(IsPrimitive(column->AsArray().GetElementType()), LumError::MultiSortElementType);
+        Require(IsPrimitive(ElementTypeOf(column)), LumError::MultiSortElementType);
         Require(CountRows(column) == CountRows(columns[0]), LumError::TableArraySize);
     }
     std::vector<SortSpecOrder> orders(columns.size(), SortSpecOrder::ASC);
