@@ -286,7 +286,7 @@ private:
         Require(std::count(running.begin(), running.end(), &block) == 0,
                 LumError::BlockFunctionCalled, name);
         Require(block.GetInputs().size() == inputs.size(), LumError::BlockInputCount);
-        std::span<const TransformSpec> body = block.GetChildTransforms();
+        const std::span<const TransformSpec> body = block.GetChildTransforms();
         Require(!body.empty(), LumError::ChildTransformsNeeded);
 
         const std::unique_ptr<IDataStore> scope = MakeEmptyStore();
