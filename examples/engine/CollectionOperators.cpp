@@ -1,5 +1,4 @@
 #include <memory>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -63,18 +62,15 @@ void WriteMember(const SV& column, lumsize_t member, std::vector<LumTuple>& rows
     }
 }
 
-}  // namespace
-
 SV RunCreateKeySet(const Statement& statement) {
-    statement.ExpectKeysAlone();
     const std::vector<SV> inputs = statement.ReadArrays(LumError::CreateKeySetInputType);
     Require(inputs.size() == 2, LumError::TwoInputsNeeded);
     RequireOneLength(inputs);
-    const Type* const keyType = inputs[0]->AsArray().GetElementType();
+    const Type* const keyType = ElementTypeOf(inputs[0]);
     Require(IsPrimitive(keyType) || keyType->Is(StoreType::Tuple),
             LumError::CreateKeySetTransformType);
     Require(KindsOf(inputs[1]).empty(), LumError::ArrayHasSpecials);
-    const Type* const elementType = inputs[1]->AsArray().GetElementType();
+    const Type* const elementType = ElementTypeOf(inputs[1]);
     return DispatchStorage(keyType->GetStoreType(), [&]<typename K>(StorageTag<K>) -> SV {
         if constexpr (!std::is_same_v<K, SV>) {
             const auto& keys = inputs[0]->AsTypedArray<K>();
@@ -87,7 +83,6 @@ SV RunCreateKeySet(const Statement& statement) {
 }
 
 SV RunCreateTable(const Statement& statement) {
-    statement.ExpectKeysAlone();
     const std::vector<SV> inputs = statement.ReadInputs();
     Require(!inputs.empty(), LumError::AtLeastOneInputNeeded);
     IStoreTable::Columns columns;
@@ -98,7 +93,7 @@ SV RunCreateTable(const Statement& statement) {
         Require(IsTable(inputs[i]) || IsArray(inputs[i]), LumError::CreateTableInputType);
         Require(CountRows(inputs[i]) == CountRows(inputs[0]), LumError::TableArraySize);
         if (IsArray(inputs[i])) {
-            add(statement.GetSpec().GetInputs()[i].GetLeaf(), inputs[i]);
+            add(statement.spec.GetInputs()[i].GetLeaf(), inputs[i]);
             continue;
         }
         for (const auto& [name, column] : inputs[i]->AsTable().GetColumns()) {
@@ -109,13 +104,12 @@ SV RunCreateTable(const Statement& statement) {
 }
 
 SV RunZip(const Statement& statement) {
-    statement.ExpectKeysAlone();
     const std::vector<SV> inputs = statement.ReadArrays(LumError::ZipInputType);
     Require(inputs.size() >= 2, LumError::AtLeastTwoInputsNeeded);
     RequireOneLength(inputs);
     std::vector<const Type*> members;
     for (const SV& input : inputs) {
-        members.push_back(input->AsArray().GetElementType());
+        members.push_back(ElementTypeOf(input));
         Require(IsPrimitive(members.back()), LumError::ZipInputType);
     }
     const TupleType* const type = TupleType::Get(std::move(members));
@@ -125,5 +119,15 @@ SV RunZip(const Statement& statement) {
     }
     return factory::MakeArray<LumTuple>(type, std::move(rows), SortSpecOrder::UNKNOWN);
 }
+
+constexpr Operator kOperators[] = {
+    {OperatorType::CreateKeySet, Parts::None, RunCreateKeySet},
+    {OperatorType::CreateTable, Parts::None, RunCreateTable},
+    {OperatorType::Zip, Parts::None, RunZip},
+};
+
+}  // namespace
+
+const std::span<const Operator> kCollectionOperators = kOperators;
 
 }  // namespace lumengine

@@ -6,44 +6,20 @@
 
 #include "Columns.h"
 #include "Statement.h"
-#include "StoredValue.h"
 #include "lum/core/functions/FunctionNames.h"
 #include "lum/core/functions/IUnaryFunctor.h"
 #include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/IStoreArray.h"
-#include "lum/core/store/RawDataView.h"
 #include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/StoreValue.h"
-#include "lum/core/store/TemporaryRawData.h"
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/store/ValueUtil.h"
 #include "lum/core/types/CollectionTypes.h"
-#include "lum/core/utility/LumException.h"
 
 namespace lumengine {
 namespace {
 
 using namespace lum::core;
-
-// The raw storage of a column as functors take it. Kinds are laid out only for those who ask.
-class ColumnViews {
-public:
-    explicit ColumnViews(const SV& column)
-        : m_array(column->AsArray()),
-          m_values(m_array.GetValuesView(m_valueScratch, 0, m_array.GetCount())) {}
-
-    const ConstRawDataView& GetValues() const { return m_values; }
-    ConstRawDataView GetKinds() {
-        return m_array.GetSpecialsView(m_kindScratch, 0, m_array.GetCount());
-    }
-
-private:
-    const IStoreArray& m_array;
-    // Hold what the views show where the column does not store it as one block.
-    TemporaryRawData m_valueScratch;
-    TemporaryRawData m_kindScratch;
-    ConstRawDataView m_values;
-};
 
 // The kinds of the elements of a result that is special where an input is; empty where none is.
 std::vector<SpecialKind> CombineKinds(const std::vector<SV>& columns) {
@@ -66,18 +42,13 @@ std::vector<SpecialKind> CombineKinds(const std::vector<SV>& columns) {
 
 // The normal elements of a column.
 SV SelectNormal(const SV& column, const std::vector<SpecialKind>& kinds) {
-    std::vector<unsigned> indices;
-    for (lumsize_t index = 0; index < kinds.size(); ++index) {
-        if (kinds[index] == SpecialKind::Normal) {
-            indices.push_back(index);
+    Rows rows;
+    for (unsigned row = 0; row < kinds.size(); ++row) {
+        if (kinds[row] == SpecialKind::Normal) {
+            rows.push_back(row);
         }
     }
-    return column->AsArray().ComposeIndices(std::move(indices), SortSpecOrder::UNKNOWN);
-}
-
-template <typename RawFunctor>
-bool UsesSpecialForm(const LumRawFunctions<RawFunctor>& functions, bool hasSpecials) {
-    return !functions.HasRegularForm() || (hasSpecials && functions.HasSpecialForm());
+    return SelectRows(column, std::move(rows));
 }
 
 bool IsOfType(const SV& constant, const VariableTypeRef& type) {
@@ -110,6 +81,32 @@ std::unique_ptr<RawFunctor> MakeFunctor(const LumRawFunctions<RawFunctor>& funct
     return isSpecialForm ? functions.GetSpecialCreatorFactory()(constants)
                          : functions.GetRegularCreatorFactory()(constants);
 }
+
+// How a function runs over columns, as a fold where there is an `initial` value.
+template <typename RawFunctor>
+struct Plan {
+    Plan(const LumRawFunctions<RawFunctor>& functions, const FunctionInfo& info,
+         const std::vector<SV>& columns, const std::vector<SV>& constants, const SV& initial)
+        : type(functions.GetOutputType()), kinds(CombineKinds(columns)), inputs(columns) {
+        const bool isFold = initial != nullptr;
+        const bool hasSpecials = !kinds.empty() || (isFold && initial->IsSpecial());
+        isSpecialForm = !functions.HasRegularForm() || (hasSpecials && functions.HasSpecialForm());
+        functor = MakeFunctor(functions, info.GetCreatorInputTypes(), isSpecialForm, constants);
+        const RInternString countAll(FunctionNames::COUNT_ALL);
+        isSelective = !isSpecialForm && !kinds.empty() &&
+                      !(isFold && functions.GetFunctionName() == countAll);
+        for (SV& input : inputs) {
+            input = isSelective ? SelectNormal(input, kinds) : input;
+        }
+    }
+
+    const Type* type;  // Of what the function gives.
+    std::vector<SpecialKind> kinds;
+    std::vector<SV> inputs;  // What the function is given.
+    bool isSpecialForm;
+    bool isSelective;  // It is given the normal elements alone.
+    std::unique_ptr<RawFunctor> functor;
+};
 
 void ApplyRegular(IRawUnaryFunctor& functor, std::vector<ColumnViews>& inputs,
                   const RawDataView& outputs) {
@@ -166,103 +163,58 @@ void SpreadResults(ArrayView<T> values, const std::vector<SpecialKind>& kinds, c
 }
 
 template <typename RawFunctor>
-SV ApplyTo(const LumRawFunctions<RawFunctor>& functions,
-           const TypeRefVec<VariableTypeRef>& constantTypes, const std::vector<SV>& columns,
-           const std::vector<SV>& constants) {
-    const std::vector<SpecialKind> kinds = CombineKinds(columns);
-    const bool isSpecialForm = UsesSpecialForm(functions, !kinds.empty());
-    const bool isSelective = !isSpecialForm && !kinds.empty();
-    const auto functor = MakeFunctor(functions, constantTypes, isSpecialForm, constants);
-
-    std::vector<SV> selected;  // Lives as long as the views.
-    std::vector<ColumnViews> inputs;
-    for (const SV& column : columns) {
-        selected.push_back(isSelective ? SelectNormal(column, kinds) : column);
-        inputs.emplace_back(selected.back());
-    }
-    const Type* const type = functions.GetOutputType();
-    return DispatchStorage(type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
-        Output<T> output(type, columns[0]->AsArray().GetCount(), isSpecialForm || isSelective);
+SV RunApply(const Plan<RawFunctor>& plan, lumsize_t count) {
+    std::vector<ColumnViews> inputs(plan.inputs.begin(), plan.inputs.end());
+    return DispatchStorage(plan.type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
+        Output<T> output(plan.type, count, plan.isSpecialForm || plan.isSelective);
         const RawDataView outputs(*output.values, 0, inputs[0].GetValues().GetSize());
-        if (isSpecialForm) {
-            ApplySpecial(*functor, inputs, outputs, RawDataView(*output.kinds));
+        if (plan.isSpecialForm) {
+            ApplySpecial(*plan.functor, inputs, outputs, RawDataView(*output.kinds));
         } else {
-            ApplyRegular(*functor, inputs, outputs);
+            ApplyRegular(*plan.functor, inputs, outputs);
         }
-        if (isSelective) {
-            SpreadResults(output.values->GetView(), kinds,
+        if (plan.isSelective) {
+            SpreadResults(output.values->GetView(), plan.kinds,
                           [](lumsize_t, lumsize_t) { return T(); });
-            std::copy(kinds.begin(), kinds.end(), output.kinds->GetView().begin());
+            std::copy(plan.kinds.begin(), plan.kinds.end(), output.kinds->GetView().begin());
         }
         return output.MakeColumn();
     });
 }
 
-// What a fold needs to know before the type of its storage.
-struct FoldPlan {
-    FoldPlan(const IFunctionLookup& lookup, const FunctionKey& query, const SV& column,
-             const SV& initial)
-        : functions(lookup.GetBinaryFunctions().GetRawFunctions(query)),
-          constantTypes(lookup.GetFunction(query).GetCreatorInputTypes()),
-          kinds(CombineKinds({column})),
-          isSpecialForm(UsesSpecialForm(functions, !kinds.empty() || initial->IsSpecial())),
-          isSelective(!isSpecialForm && !kinds.empty() &&
-                      query.GetName() != RInternString(FunctionNames::COUNT_ALL)),
-          input(isSelective ? SelectNormal(column, kinds) : column) {
-        Require(functions.GetOutputType()->Is(initial->GetType()->GetStoreType()),
-                LumError::FunctionOutputMismatch, query.GetName());
-    }
-
-    LumRawBinaryFunctions functions;
-    TypeRefVec<VariableTypeRef> constantTypes;
-    std::vector<SpecialKind> kinds;
-    bool isSpecialForm;
-    bool isSelective;
-    SV input;
-};
-
-// A fold, and where it stands.
 template <StorageType T>
-class Fold {
-public:
-    // Errors: those of FetchStoreValue where `initial` is special in the regular form.
-    Fold(const FoldPlan& plan, const SV& initial)
-        : m_plan(plan),
-          m_functor(MakeFunctor(plan.functions, plan.constantTypes, plan.isSpecialForm, {})),
-          m_value(1, initial->IsSpecial() && plan.isSpecialForm ? T() : FetchStored<T>(initial)),
-          m_kind(1, initial->GetSpecialKind()) {}
-
-    // The fold with the outputs that `values` and `kinds` have room for, which may be none.
-    void Run(const RawDataView& values, const RawDataView& kinds, FoldDirection direction) {
-        ColumnViews input(m_plan.input);
-        const RawDataView accumulator(m_value);
-        if (m_plan.isSpecialForm) {
-            m_functor->FoldRaw(accumulator, RawDataView(m_kind), input.GetValues(),
-                               input.GetKinds(), values, kinds, direction);
-        } else {
-            m_functor->FoldRaw(accumulator, input.GetValues(), values, direction);
-        }
+SV RunFold(const Plan<IRawBinaryFunctor>& plan, const SV& initial, lumsize_t count,
+           std::optional<FoldDirection> steps) {
+    const FoldDirection direction = steps.value_or(FoldDirection::Forward);
+    const T first = initial->IsSpecial() && plan.isSpecialForm ? T() : FetchStored<T>(initial);
+    VectorRawData<T> value(1, first);
+    VectorRawData<SpecialKind> kind(1, initial->GetSpecialKind());
+    Output<T> output(plan.type, steps ? count : 0, plan.isSpecialForm);
+    ColumnViews input(plan.inputs[0]);
+    const RawDataView outputs(*output.values, 0, steps ? input.GetValues().GetSize() : 0);
+    if (plan.isSpecialForm) {
+        plan.functor->FoldRaw(RawDataView(value), RawDataView(kind), input.GetValues(),
+                              input.GetKinds(), outputs, RawDataView(*output.kinds), direction);
+    } else {
+        plan.functor->FoldRaw(RawDataView(value), input.GetValues(), outputs, direction);
     }
-
-    const T& GetValue() const { return m_value.GetView()[0]; }
-    SV MakeResult() const {
-        const Type* const type = m_plan.functions.GetOutputType();
-        const SpecialKind kind = m_kind.GetView()[0];
-        return kind == SpecialKind::Normal ? MakeStoreValueFromStorageType<T>(type, GetValue())
-                                           : factory::MakeSpecial(type, kind);
+    if (!steps) {
+        const SpecialKind resultKind = kind.GetView()[0];
+        return resultKind == SpecialKind::Normal
+                   ? MakeStoreValueFromStorageType<T>(plan.type, value.GetView()[0])
+                   : factory::MakeSpecial(plan.type, resultKind);
     }
-
-private:
-    const FoldPlan& m_plan;
-    std::unique_ptr<IRawBinaryFunctor> m_functor;
-    VectorRawData<T> m_value;
-    VectorRawData<SpecialKind> m_kind;
-};
-
-FunctionKey MakeFoldQuery(const RInternString& name, const Type* accumulatorType,
-                          const SV& column) {
-    return FunctionKey(name, accumulatorType, column->AsArray().GetElementType(),
-                       FunctionKey::ArgContainer::Separate);
+    if (plan.isSelective) {
+        // At a special element the accumulator is that of the element before it in the walk.
+        const ArrayView<T> values = output.values->GetView();
+        SpreadResults(values, plan.kinds, [&](lumsize_t index, lumsize_t normalsBelow) -> T {
+            if (direction == FoldDirection::Forward) {
+                return normalsBelow == 0 ? first : values[normalsBelow - 1];
+            }
+            return index + 1 == count ? first : values[index + 1];
+        });
+    }
+    return output.MakeColumn();
 }
 
 }  // namespace
@@ -270,64 +222,45 @@ FunctionKey MakeFoldQuery(const RInternString& name, const Type* accumulatorType
 FunctionKey MakeQuery(const RInternString& name, const std::vector<SV>& columns) {
     TypeRefVec<VariableTypeRef> types;
     for (const SV& column : columns) {
-        types.emplace_back(column->AsArray().GetElementType());
+        types.emplace_back(ElementTypeOf(column));
     }
     return FunctionKey(name, std::move(types), FunctionKey::ArgContainer::Separate);
+}
+
+FunctionKey MakeFoldQuery(const RInternString& name, const Type* accumulatorType,
+                          const SV& column) {
+    return FunctionKey(name, accumulatorType, ElementTypeOf(column),
+                       FunctionKey::ArgContainer::Separate);
 }
 
 SV ApplyFunction(const IFunctionLookup& lookup, const RInternString& name,
                  const std::vector<SV>& columns, const std::vector<SV>& constants) {
     Require(columns.size() == 1 || columns.size() == 2, LumError::InvalidInputCount);
     const FunctionKey query = MakeQuery(name, columns);
-    const TypeRefVec<VariableTypeRef>& constantTypes =
-        lookup.GetFunction(query).GetCreatorInputTypes();
-    return columns.size() == 1 ? ApplyTo(lookup.GetUnaryFunctions().GetRawFunctions(query),
-                                         constantTypes, columns, constants)
-                               : ApplyTo(lookup.GetBinaryFunctions().GetRawFunctions(query),
-                                         constantTypes, columns, constants);
+    const FunctionInfo& info = lookup.GetFunction(query);
+    const auto apply = [&](const auto& functions) {
+        return RunApply(Plan(functions, info, columns, constants, /*initial=*/nullptr),
+                        CountRows(columns[0]));
+    };
+    return columns.size() == 1 ? apply(lookup.GetUnaryFunctions().GetRawFunctions(query))
+                               : apply(lookup.GetBinaryFunctions().GetRawFunctions(query));
 }
 
 SV FoldColumn(const IFunctionLookup& lookup, const RInternString& name, const SV& column,
-              const SV& initial) {
-    const FoldPlan plan(lookup, MakeFoldQuery(name, initial->GetType(), column), column, initial);
-    return DispatchStorage(
-        plan.functions.GetOutputType()->GetStoreType(), [&]<typename T>(StorageTag<T>) {
-            Fold<T> fold(plan, initial);
-            VectorRawData<T> noValues(0, T());
-            VectorRawData<SpecialKind> noKinds(0, SpecialKind::Normal);
-            fold.Run(RawDataView(noValues), RawDataView(noKinds), FoldDirection::Forward);
-            return fold.MakeResult();
-        });
-}
-
-SV ScanColumn(const IFunctionLookup& lookup, const RInternString& name, const SV& column,
-              const SV& initial, FoldDirection direction) {
-    const FoldPlan plan(lookup, MakeFoldQuery(name, initial->GetType(), column), column, initial);
-    const Type* const type = plan.functions.GetOutputType();
-    return DispatchStorage(type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
-        Fold<T> fold(plan, initial);
-        const T first = fold.GetValue();
-        const lumsize_t count = column->AsArray().GetCount();
-        const lumsize_t inputCount = plan.input->AsArray().GetCount();
-        Output<T> output(type, count, plan.isSpecialForm);
-        fold.Run(RawDataView(*output.values, 0, inputCount), RawDataView(*output.kinds), direction);
-        if (plan.isSelective) {
-            // At a special element the accumulator is that of the element before it in the walk.
-            const ArrayView<T> values = output.values->GetView();
-            SpreadResults(values, plan.kinds, [&](lumsize_t index, lumsize_t normalsBelow) -> T {
-                if (direction == FoldDirection::Forward) {
-                    return normalsBelow == 0 ? first : values[normalsBelow - 1];
-                }
-                return index + 1 == count ? first : values[index + 1];
-            });
-        }
-        return output.MakeColumn();
+              const SV& initial, std::optional<FoldDirection> steps) {
+    const FunctionKey query = MakeFoldQuery(name, initial->GetType(), column);
+    const LumRawBinaryFunctions functions = lookup.GetBinaryFunctions().GetRawFunctions(query);
+    Require(functions.GetOutputType()->Is(initial->GetType()->GetStoreType()),
+            LumError::FunctionOutputMismatch, name);
+    const Plan plan(functions, lookup.GetFunction(query), {column}, {}, initial);
+    return DispatchStorage(plan.type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
+        return RunFold<T>(plan, initial, CountRows(column), steps);
     });
 }
 
 const Type* FindAccumulatorType(const IFunctionLookup& lookup, const RInternString& name,
                                 const SV& column) {
-    const Type* const elementType = column->AsArray().GetElementType();
+    const Type* const elementType = ElementTypeOf(column);
     if (lookup.HasFunction(MakeFoldQuery(name, elementType, column))) {
         return elementType;
     }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <vector>
 
 #include "lum/core/functions/FunctionKey.h"
@@ -37,6 +38,10 @@ namespace lumengine {
 /// What a call of `name` on these columns looks up.
 lum::core::FunctionKey MakeQuery(const lum::core::RInternString& name,
                                  const std::vector<lum::core::SV>& columns);
+/// What a fold of `name` over the column looks up.
+lum::core::FunctionKey MakeFoldQuery(const lum::core::RInternString& name,
+                                     const lum::core::Type* accumulatorType,
+                                     const lum::core::SV& column);
 
 /// The results of `name` for the elements of one column, or for those of two pair by pair.
 /// `constants` are the values that a creator is made from.
@@ -47,18 +52,16 @@ lum::core::SV ApplyFunction(const lum::core::IFunctionLookup& lookup,
                             const std::vector<lum::core::SV>& columns,
                             const std::vector<lum::core::SV>& constants);
 
-/// `initial` with each element of the column folded into it, from the first to the last.
+/// `initial` with each element of the column folded into it, from the first to the last. With
+/// `steps`, the accumulator as it stands behind each element on the way in that direction, as a
+/// column.
 /// Errors: also FunctionOutputMismatch, with the function's name, where the result is not of the
 /// type of `initial`; ExpectedInt32 and its kin where `initial` is special and there is no special
 /// form.
 lum::core::SV FoldColumn(const lum::core::IFunctionLookup& lookup,
                          const lum::core::RInternString& name, const lum::core::SV& column,
-                         const lum::core::SV& initial);
-
-/// The same with the accumulator as it stands behind each element, as a column.
-lum::core::SV ScanColumn(const lum::core::IFunctionLookup& lookup,
-                         const lum::core::RInternString& name, const lum::core::SV& column,
-                         const lum::core::SV& initial, lum::core::FoldDirection direction);
+                         const lum::core::SV& initial,
+                         std::optional<lum::core::FoldDirection> steps = std::nullopt);
 
 /// The type that the initial value of a fold of `name` over the column must have: the column's own
 /// element type where such a function is registered, else that of the first one that takes its

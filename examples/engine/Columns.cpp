@@ -5,10 +5,10 @@
 #include <utility>
 
 #include "Statement.h"
-#include "StoredValue.h"
 #include "lum/core/store/ArrayFactory.h"
-#include "lum/core/store/IStoreArray.h"
+#include "lum/core/store/IStoreSet.h"
 #include "lum/core/store/IStoreTable.h"
+#include "lum/core/store/IUniformCollection.h"
 #include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/StoreValue.h"
 
@@ -24,8 +24,35 @@ bool IsTable(const SV& value) {
     return value->GetStoreType() == StoreType::Table;
 }
 
+const Type* ElementTypeOf(const SV& column) {
+    return column->AsArray().GetElementType();
+}
+
 lumsize_t CountRows(const SV& value) {
-    return IsTable(value) ? value->AsTable().GetRowCount() : value->AsArray().GetCount();
+    return IsTable(value) ? value->AsTable().GetRowCount()
+                          : value->AsUniformCollection().GetCount();
+}
+
+SV ToColumn(const SV& value, LumError otherwise) {
+    if (value->GetStoreType() == StoreType::Set) {
+        return value->AsSet().ToArray(/*includeSpecials=*/true);
+    }
+    Require(IsArray(value), otherwise);
+    return value;
+}
+
+SV ToFormOf(const SV& source, const SV& column) {
+    return source->GetStoreType() == StoreType::Set
+               ? column->AsArray().ToSet(/*includeSpecials=*/true)
+               : column;
+}
+
+ColumnViews::ColumnViews(const SV& column)
+    : m_array(column->AsArray()),
+      m_values(m_array.GetValuesView(m_valueScratch, 0, m_array.GetCount())) {}
+
+ConstRawDataView ColumnViews::GetKinds() {
+    return m_array.GetSpecialsView(m_kindScratch, 0, m_array.GetCount());
 }
 
 std::vector<SpecialKind> KindsOf(const SV& column) {

@@ -3,11 +3,10 @@
 #include <algorithm>
 #include <atomic>
 #include <exception>
-#include <iterator>
 #include <map>
 #include <memory>
+#include <span>
 #include <unordered_map>
-#include <unordered_set>
 #include <utility>
 
 #include "Columns.h"
@@ -26,89 +25,46 @@ namespace {
 using namespace lum::core;
 using Clock = std::chrono::steady_clock;
 using Transforms = std::vector<TransformSpec>;
-using Operator = SV (*)(const Statement&);
 
-// The operators whose meaning is one function of what they read.
-struct OperatorRow {
-    OperatorType type;
-    Operator run;
-};
-constexpr OperatorRow kOperators[] = {
-    {OperatorType::Concat, RunConcat},
-    {OperatorType::Constant, RunConstant},
-    {OperatorType::Copy, RunCopy},
-    {OperatorType::CreateKeySet, RunCreateKeySet},
-    {OperatorType::CreateTable, RunCreateTable},
-    {OperatorType::CrossJoin, RunCrossJoin},
-    {OperatorType::Distinct, RunDistinct},
-    {OperatorType::Filter, RunFilter},
-    {OperatorType::FullOuterJoin, RunFullOuterJoin},
-    {OperatorType::Index, RunIndex},
-    {OperatorType::InnerJoin, RunInnerJoin},
-    {OperatorType::LeftOuterJoin, RunLeftOuterJoin},
-    {OperatorType::Map, RunMap},
-    {OperatorType::MultiSort, RunMultiSort},
-    {OperatorType::Reduce, RunReduce},
-    {OperatorType::Reverse, RunReverse},
-    {OperatorType::Scan, RunScan},
-    {OperatorType::ScanRight, RunScanRight},
-    {OperatorType::SetValue, RunSetValue},
-    {OperatorType::SetValueMulti, RunSetValueMulti},
-    {OperatorType::Slice, RunSlice},
-    {OperatorType::Zip, RunZip},
-    {OperatorType::ZipWith, RunZipWith},
-};
-
-Operator FindOperator(OperatorType type) {
-    const auto* const found =
-        std::find_if(std::begin(kOperators), std::end(kOperators),
-                     [type](const OperatorRow& row) { return row.type == type; });
-    return found == std::end(kOperators) ? nullptr : found->run;
-}
-
-bool IsSetter(OperatorType type) {
-    return type == OperatorType::SetValue || type == OperatorType::SetValueMulti;
-}
-
-// The blocks and cases that are running, innermost first. Programs may nest and call further than a
-// thread's stack reaches.
-struct Frame {
-    const TransformSpec* block;  // null for a case
-    const Frame* outer;
-    unsigned depth;
-};
-constexpr unsigned kMaxDepth = 500;
-
-Frame Enter(const Frame* outer, const TransformSpec* block) {
-    const unsigned depth = outer == nullptr ? 1 : outer->depth + 1;
-    Require(depth <= kMaxDepth, LumError::InvalidNesting);
-    return {block, outer, depth};
-}
-
-bool IsRunning(const Frame* frame, const TransformSpec& block) {
-    for (; frame != nullptr; frame = frame->outer) {
-        if (frame->block == &block) {
-            return true;
+const Operator* FindOperator(OperatorType type) {
+    for (const std::span<const Operator> operators :
+         {kRowOperators, kElementOperators, kCollectionOperators, kJoinOperators}) {
+        for (const Operator& candidate : operators) {
+            if (candidate.type == type) {
+                return &candidate;
+            }
         }
     }
-    return false;
+    return nullptr;
+}
+
+// The blocks, cases and groups that are running, outermost first. Programs may nest and call
+// further than a thread's stack reaches.
+using Running = std::vector<const TransformSpec*>;
+constexpr std::size_t kMaxDepth = 500;
+
+Running Enter(Running outer, const TransformSpec& spec) {
+    Require(outer.size() < kMaxDepth, LumError::InvalidNesting);
+    outer.push_back(&spec);
+    return outer;
+}
+
+// The name of a block or a call; empty where there is none.
+TStringCore FindBlockName(const TransformSpec& spec) {
+    const SV& value = spec.GetValue();
+    return IsNormal(value, StoreType::String) ? value->AsString().GetRString() : TStringCore();
 }
 
 TStringCore ReadBlockName(const TransformSpec& spec) {
-    const SV& value = spec.GetValue();
-    Require(value != nullptr && value->GetStoreType() == StoreType::String && !value->IsSpecial() &&
-                !value->AsString().GetRString().isEmpty(),
-            LumError::BlockNameNeeded);
-    return value->AsString();
+    TStringCore name = FindBlockName(spec);
+    Require(!name.isEmpty(), LumError::BlockNameNeeded);
+    return name;
 }
 
 lumsize_t CountRowsOfFirst(const std::vector<SV>& values) {
     for (const SV& value : values) {
-        if (IsTable(value)) {
+        if (value != nullptr && (IsTable(value) || IsUniformCollectionStoreType(value))) {
             return CountRows(value);
-        }
-        if (IsUniformCollectionStoreType(value)) {
-            return value->AsUniformCollection().GetCount();
         }
     }
     return 1;
@@ -127,13 +83,9 @@ public:
     Engine(const Transforms& transforms, const IFunctionLookup& lookup, const RunOptions& options)
         : m_transforms(transforms), m_lookup(lookup), m_options(options) {
         for (const TransformSpec& spec : transforms) {
+            // One that has no name, or another's, fails where it stands.
             if (spec.GetOperatorType() == OperatorType::Block) {
-                // One that has no name, or another's, fails where it stands.
-                const SV& name = spec.GetValue();
-                if (name != nullptr && name->GetStoreType() == StoreType::String &&
-                    !name->IsSpecial()) {
-                    m_blocks.emplace(name->AsString().GetRString(), &spec);
-                }
+                m_blocks.emplace(FindBlockName(spec), &spec);
             }
         }
     }
@@ -147,43 +99,40 @@ public:
     }
 
 private:
-    using Names = std::unordered_set<RInternString>;
+    // Names of the store's root, and whether something is written below them.
+    using Names = std::unordered_map<RInternString, bool>;
 
     // The names below which a statement, with those below it, reads and writes. A block does so
     // only when it is called, and then in a store of its own.
-    static void CollectNames(const TransformSpec& spec, Names& reads, Names& writes) {
-        if (spec.GetOperatorType() == OperatorType::Block) {
-            return;
-        }
-        for (const KeyPath& key : spec.CollectAllInputs()) {
-            if (key.GetCount() > 0) {
-                reads.insert(key.GetSegments()[0].GetSegment());
+    static Names CollectNames(const TransformSpec& spec) {
+        Names names;
+        const auto add = [&](const std::vector<KeyPath>& keys, bool isWritten) {
+            for (const KeyPath& key : keys) {
+                if (key.GetCount() > 0) {
+                    names[key.GetSegments()[0].GetSegment()] = isWritten;
+                }
             }
+        };
+        if (spec.GetOperatorType() != OperatorType::Block) {
+            add(spec.CollectAllInputs(), false);
+            add(spec.GetOutputs(), true);
         }
-        for (const KeyPath& key : spec.GetOutputs()) {
-            if (key.GetCount() > 0) {
-                writes.insert(key.GetSegments()[0].GetSegment());
-            }
-        }
+        return names;
     }
 
     std::size_t FindBatchEnd(std::size_t begin) const {
-        Names reads;
-        Names writes;
-        const auto meets = [](const Names& some, const Names& others) {
-            return std::any_of(some.begin(), some.end(),
-                               [&](const RInternString& name) { return others.count(name) != 0; });
+        Names names;
+        const auto meets = [&](const Names::value_type& next) {
+            const auto found = names.find(next.first);
+            return found != names.end() && (found->second || next.second);
         };
         std::size_t end = begin;
         for (; end < m_transforms.size(); ++end) {
-            Names nextReads;
-            Names nextWrites;
-            CollectNames(m_transforms[end], nextReads, nextWrites);
-            if (meets(nextReads, writes) || meets(nextWrites, writes) || meets(nextWrites, reads)) {
+            Names next = CollectNames(m_transforms[end]);
+            if (std::any_of(next.begin(), next.end(), meets)) {
                 break;
             }
-            reads.merge(nextReads);
-            writes.merge(nextWrites);
+            names.merge(next);
         }
         return end;
     }
@@ -222,13 +171,11 @@ private:
         Result result;
         const Clock::time_point start = Clock::now();
         try {
-            result.values = Compute(spec, store, nullptr);
+            result.values = Compute(Statement{spec, store, m_lookup}, {});
             if (m_options.onStatement) {
                 std::vector<SV> values;
                 for (const KeyPath& input : spec.GetInputs()) {
-                    if (SV value = store.TryGetValue(input)) {
-                        values.push_back(std::move(value));
-                    }
+                    values.push_back(store.TryGetValue(input));
                 }
                 values.insert(values.end(), result.values.begin(), result.values.end());
                 result.rows = CountRowsOfFirst(values);
@@ -241,21 +188,22 @@ private:
     }
 
     // The values of the statement's outputs, in order.
-    std::vector<SV> Compute(const TransformSpec& spec, const IDataStore& store,
-                            const Frame* frame) const {
-        switch (spec.GetOperatorType()) {
+    std::vector<SV> Compute(const Statement& statement, const Running& running) const {
+        const TransformSpec& spec = statement.spec;
+        const OperatorType type = spec.GetOperatorType();
+        switch (type) {
             case OperatorType::NoOp:
                 return {};
             case OperatorType::Block:
                 CheckBlock(spec);
                 return {};
             case OperatorType::Call:
-                return RunCall(spec, store, frame);
+                return RunCall(statement, running);
             case OperatorType::Case:
-                return RunCase(spec, store, frame);
+                return RunCase(statement, running);
             case OperatorType::ApplyByPartition:
             case OperatorType::GroupBy:
-                return {RunPartitions(spec, store, frame)};
+                return {RunPartitions(statement, running)};
             case OperatorType::When:
             case OperatorType::Else:
                 throw LumRuntimeException(LumError::WhenOrElseExpected);
@@ -264,19 +212,19 @@ private:
             default:
                 break;
         }
-        const Operator run = FindOperator(spec.GetOperatorType());
-        Require(run != nullptr, LumError::NotImplemented,
-                OperatorTypeToString(spec.GetOperatorType()));
+        const Operator* const found = FindOperator(type);
+        Require(found != nullptr, LumError::NotImplemented, OperatorTypeToString(type));
         Require(spec.GetChildTransforms().empty(), LumError::UnexpectedChildTransform);
         Require(spec.GetOutputs().size() == 1, LumError::OneOutputNeeded);
-        return {run(Statement(spec, store, m_lookup))};
+        statement.ExpectNoneBut(found->parts);
+        return {found->run(statement)};
     }
 
-    void RunAll(const Transforms& transforms, std::size_t count, IDataStore& store,
-                const Frame* frame) const {
-        for (std::size_t i = 0; i < count; ++i) {
-            Require(transforms[i].GetOperatorType() != OperatorType::Block, LumError::NestedBlocks);
-            Store(transforms[i], Compute(transforms[i], store, frame), store);
+    void RunAll(std::span<const TransformSpec> transforms, IDataStore& store,
+                const Running& running) const {
+        for (const TransformSpec& spec : transforms) {
+            Require(spec.GetOperatorType() != OperatorType::Block, LumError::NestedBlocks);
+            Store(spec, Compute(Statement{spec, store, m_lookup}, running), store);
         }
     }
 
@@ -291,20 +239,20 @@ private:
         for (std::size_t other = 0; other < index; ++other) {
             isGood = isGood && !outputs[other].IsPrefixOf(key) && !key.IsPrefixOf(outputs[other]);
         }
-        Require(isGood, LumError::IllegalOutputKey, key.ToString());
         // Only key maps can be written into, and those that are missing are made.
-        std::vector<KeySegment> parent(key.GetSegments());
-        for (parent.pop_back(); !parent.empty(); parent.pop_back()) {
-            const SV value = store.TryGetValue(KeyPath(std::vector<KeySegment>(parent)));
-            Require(value == nullptr || value->GetStoreType() == StoreType::KeyMap,
-                    LumError::IllegalOutputKey, key.ToString());
+        for (KeyPath above = key; isGood && above.GetCount() > 1;) {
+            above = above.GetParent();
+            const SV value = store.TryGetValue(above);
+            isGood = value == nullptr || value->GetStoreType() == StoreType::KeyMap;
         }
+        Require(isGood, LumError::IllegalOutputKey, key.ToString());
     }
 
     // Adds results under new keys, or, of the operators that set values, replaces old ones. Nothing
     // is stored where one of them cannot be.
     static void Store(const TransformSpec& spec, const std::vector<SV>& values, IDataStore& store) {
-        const bool isSetter = IsSetter(spec.GetOperatorType());
+        const OperatorType type = spec.GetOperatorType();
+        const bool isSetter = type == OperatorType::SetValue || type == OperatorType::SetValueMulti;
         for (std::size_t i = 0; i < values.size(); ++i) {
             const KeyPath& key = spec.GetOutputs()[i];
             CheckOutputKey(spec.GetOutputs(), i, store);
@@ -323,38 +271,33 @@ private:
     }
 
     void CheckBlock(const TransformSpec& spec) const {
-        const auto found = m_blocks.find(ReadBlockName(spec));
-        Require(found != m_blocks.end() && found->second == &spec,
-                LumError::DuplicateTransformSpecs, ReadBlockName(spec));
+        const TStringCore name = ReadBlockName(spec);
+        Require(m_blocks.at(name) == &spec, LumError::DuplicateTransformSpecs, name);
         Require(spec.GetOutputs().empty(), LumError::EmptyOutputNeeded);
         Require(!spec.GetChildTransforms().empty(), LumError::ChildTransformsNeeded);
     }
 
-    std::vector<SV> RunCall(const TransformSpec& spec, const IDataStore& store,
-                            const Frame* frame) const {
-        const TStringCore name = ReadBlockName(spec);
+    std::vector<SV> RunCall(const Statement& call, const Running& running) const {
+        const std::vector<KeyPath>& inputs = call.spec.GetInputs();
+        const TStringCore name = ReadBlockName(call.spec);
         const auto found = m_blocks.find(name);
         Require(found != m_blocks.end(), LumError::BlockNotDefined, name);
         const TransformSpec& block = *found->second;
-        Require(!IsRunning(frame, block), LumError::BlockFunctionCalled, name);
-        Require(block.GetInputs().size() == spec.GetInputs().size(), LumError::BlockInputCount);
-        const Transforms& body = block.GetChildTransforms();
+        Require(std::count(running.begin(), running.end(), &block) == 0,
+                LumError::BlockFunctionCalled, name);
+        Require(block.GetInputs().size() == inputs.size(), LumError::BlockInputCount);
+        const std::span<const TransformSpec> body = block.GetChildTransforms();
         Require(!body.empty(), LumError::ChildTransformsNeeded);
 
-        const std::unique_ptr<IDataStore> scope =
-            factory::MakeDataStore(std::unordered_map<RInternString, SV>());
-        for (std::size_t i = 0; i < spec.GetInputs().size(); ++i) {
-            scope->AddValue(block.GetInputs()[i],
-                            ShareValue(ReadValue(store, spec.GetInputs()[i])));
+        const std::unique_ptr<IDataStore> scope = MakeEmptyStore();
+        for (std::size_t i = 0; i < inputs.size(); ++i) {
+            scope->AddValue(block.GetInputs()[i], ShareValue(ReadValue(call.store, inputs[i])));
         }
+        const Statement last{body.back(), *scope, m_lookup};
         const bool returns = body.back().GetOperatorType() == OperatorType::Return;
-        const Frame here = Enter(frame, &block);
-        RunAll(body, body.size() - (returns ? 1 : 0), *scope, &here);
-        std::vector<SV> values;
-        if (returns) {
-            values = Statement(body.back(), *scope, m_lookup).ReadInputs();
-        }
-        Require(values.size() == spec.GetOutputs().size(), LumError::InvalidInputCount, name);
+        RunAll(body.first(body.size() - (returns ? 1 : 0)), *scope, Enter(running, block));
+        const std::vector<SV> values = returns ? last.ReadInputs() : std::vector<SV>();
+        Require(values.size() == call.spec.GetOutputs().size(), LumError::InvalidInputCount, name);
         return values;
     }
 
@@ -363,7 +306,7 @@ private:
         if (branch.GetOperatorType() == OperatorType::Else) {
             return true;
         }
-        const SV answer = CallListFunction(Statement(branch, store, m_lookup));
+        const SV answer = CallListFunction(Statement{branch, store, m_lookup});
         Require(answer->GetStoreType() == StoreType::Bool, LumError::WhenNeedsBool);
         return answer->AsBool();
     }
@@ -385,8 +328,8 @@ private:
         }
     }
 
-    std::vector<SV> RunCase(const TransformSpec& spec, const IDataStore& store,
-                            const Frame* frame) const {
+    std::vector<SV> RunCase(const Statement& statement, const Running& running) const {
+        const TransformSpec& spec = statement.spec;
         const Transforms& branches = spec.GetChildTransforms();
         Require(branches.size() >= 2, LumError::CaseNeedsTwoChildren);
         for (const TransformSpec& branch : branches) {
@@ -395,40 +338,30 @@ private:
                     isLast ? LumError::ElseNeedsCase : LumError::WhenNeedsCase);
             CheckBranchKeys(branch, spec.GetInputs());
         }
-        const std::unique_ptr<IDataStore> scope =
-            factory::MakeDataStore(std::unordered_map<RInternString, SV>());
+        const std::unique_ptr<IDataStore> scope = MakeEmptyStore();
         for (const KeyPath& input : spec.GetInputs()) {
-            const SV value = ReadValue(store, input);
             if (scope->TryGetValue(input) == nullptr) {
-                scope->AddValue(input, ShareValue(value));
+                scope->AddValue(input, ShareValue(ReadValue(statement.store, input)));
             }
         }
-        for (const TransformSpec& branch : branches) {
-            if (!IsChosen(branch, *scope)) {
-                continue;
-            }
-            const Frame here = Enter(frame, nullptr);
-            RunAll(branch.GetChildTransforms(), branch.GetChildTransforms().size(), *scope, &here);
-            std::vector<SV> values;
-            for (const KeyPath& output : spec.GetOutputs()) {
-                values.push_back(scope->TryGetValue(output));
-                Require(values.back() != nullptr, LumError::BranchMissingOutput, output.ToString());
-            }
-            return values;
+        // There is one, since an else is always taken.
+        const auto chosen =
+            std::find_if(branches.begin(), branches.end(),
+                         [&](const TransformSpec& branch) { return IsChosen(branch, *scope); });
+        RunAll(chosen->GetChildTransforms(), *scope, Enter(running, spec));
+        std::vector<SV> values;
+        for (const KeyPath& output : spec.GetOutputs()) {
+            values.push_back(scope->TryGetValue(output));
+            Require(values.back() != nullptr, LumError::BranchMissingOutput, output.ToString());
         }
-        return {};
+        return values;
     }
 
-    SV RunPartitions(const TransformSpec& spec, const IDataStore& store, const Frame* frame) const {
-        const Transforms& children = spec.GetChildTransforms();
-        Partitions partitions(Statement(spec, store, m_lookup));
-        const Frame here = Enter(frame, nullptr);
-        for (std::size_t run = 0; run < partitions.GetRunCount(); ++run) {
-            const std::unique_ptr<IDataStore> scope = partitions.MakeScope(run);
-            RunAll(children, children.size(), *scope, &here);
-            partitions.Collect(*scope);
-        }
-        return partitions.MakeTable();
+    SV RunPartitions(const Statement& statement, const Running& running) const {
+        const TransformSpec& spec = statement.spec;
+        const Running here = Enter(running, spec);
+        return RunByPartition(
+            statement, [&](IDataStore& scope) { RunAll(spec.GetChildTransforms(), scope, here); });
     }
 
     const Transforms& m_transforms;

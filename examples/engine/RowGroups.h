@@ -1,5 +1,6 @@
 #pragma once
 
+#include <span>
 #include <type_traits>
 #include <vector>
 
@@ -36,11 +37,15 @@ struct RowGroups {
 /// Errors: those of the values' hash and equality, as for strings without a collator pool.
 RowGroups GroupRows(const std::vector<lum::core::SV>& columns);
 
-/// The rows of each group in order, one group behind the other.
+/// Rows by their groups, in order.
 struct RowLists {
+    std::span<const unsigned> operator[](std::size_t group) const {
+        return std::span(rows).subspan(starts[group], starts[group + 1] - starts[group]);
+    }
+
     Rows starts;  ///< where the rows of each group begin, and behind the last one where they end
-    Rows rows;
+    Rows rows;    ///< of each group, one group behind the other
 };
-RowLists ListRows(const RowGroups& groups);
+RowLists ListRows(std::span<const unsigned> groupOfRow, std::size_t groupCount);
 
 }  // namespace lumengine

@@ -1,37 +1,30 @@
-#include <algorithm>
+#include <numeric>
 #include <utility>
+#include <vector>
 
 #include "ColumnFunctions.h"
 #include "Columns.h"
 #include "Operators.h"
 #include "RowGroups.h"
-#include "RowOrder.h"
-#include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/IStoreArray.h"
 #include "lum/core/store/IStoreSet.h"
 #include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/ITypedArray.h"
-#include "lum/core/store/RawDataView.h"
 #include "lum/core/store/StoreValue.h"
-#include "lum/core/store/TemporaryRawData.h"
 #include "lum/core/store/ValueUtil.h"
-#include "lum/core/types/ScalarTypes.h"
-#include "lum/core/utility/LumException.h"
 
 namespace lumengine {
 namespace {
 
 using namespace lum::core;
+
 // The indices at which a column of Bool is true; specials are not.
 Rows FindTrue(const SV& column) {
-    const IStoreArray& flags = column->AsArray();
-    const lumsize_t count = flags.GetCount();
-    TemporaryRawData scratch;
-    const auto view = flags.GetValuesView(scratch, 0, count);
-    const auto values = view.ViewAs<unsigned char>();
+    const ColumnViews views(column);
+    const auto values = views.GetValues().ViewAs<unsigned char>();
     const std::vector<SpecialKind> kinds = KindsOf(column);
     Rows rows;
-    for (lumsize_t row = 0; row < count; ++row) {
+    for (unsigned row = 0; row < values.GetSize(); ++row) {
         if (values[row] != 0 && (kinds.empty() || kinds[row] == SpecialKind::Normal)) {
             rows.push_back(row);
         }
@@ -40,8 +33,7 @@ Rows FindTrue(const SV& column) {
 }
 
 int ReadRangeNumber(const SV& value) {
-    Require(value->GetStoreType() == StoreType::Int32 && !value->IsSpecial(),
-            LumError::InvalidSliceRangeType);
+    Require(IsNormal(value, StoreType::Int32), LumError::InvalidSliceRangeType);
     return value->AsInt32();
 }
 
@@ -60,65 +52,58 @@ unsigned CheckRow(int row, lumsize_t count) {
 }
 
 SV PickRow(const SV& value, const SV& position) {
-    Require(position->GetStoreType() == StoreType::Int32 && !position->IsSpecial(),
-            LumError::Int32Needed);
+    Require(IsNormal(position, StoreType::Int32), LumError::Int32Needed);
     const unsigned row = CheckRow(position->AsInt32(), CountRows(value));
     return IsTable(value) ? SelectRows(value, {row}, /*keepsOrder=*/true)
                           : value->AsArray().GetElement(row);
 }
 
 SV PickRows(const SV& value, const SV& positions) {
-    Require(positions->AsArray().GetElementType()->Is(StoreType::Int32), LumError::Int32Needed);
+    Require(ElementTypeOf(positions)->Is(StoreType::Int32), LumError::Int32Needed);
     const auto& array = positions->AsTypedArray<unsigned>();
     Rows rows(array.GetCount());
     array.CopyValues({rows.data(), array.GetCount()}, 0, array.GetCount());
+    const lumsize_t count = CountRows(value);
     for (lumsize_t index = 0; index < rows.size(); ++index) {
         Require(!array.IsSpecial(index), LumError::Int32Needed);
-        CheckRow(static_cast<int>(rows[index]), CountRows(value));
+        CheckRow(static_cast<int>(rows[index]), count);
     }
-    return SelectRows(value, std::move(rows), /*keepsOrder=*/false);
+    return SelectRows(value, std::move(rows));
 }
 
 // Arrays whose elements have the same storage would be joined whatever their types.
 void RequireSameElements(const SV& column, const SV& other) {
-    Require(column->AsArray().GetElementType()->GetBaseType() ==
-                other->AsArray().GetElementType()->GetBaseType(),
+    Require(ElementTypeOf(column)->GetBaseType() == ElementTypeOf(other)->GetBaseType(),
             LumError::TypeMismatch);
 }
-
-}  // namespace
 
 SV RunFilter(const Statement& statement) {
     const bool makesTable = statement.GetFlag(LumError::MakeTableFlagNeeded);
     const SV input = statement.ReadOneInput();
     const RInternString& name = statement.GetFunctionName();
-    const bool isSet = input->GetStoreType() == StoreType::Set;
-    Require(isSet || IsArray(input), LumError::FilterInputType);
-    SV source = isSet ? input->AsSet().ToArray(/*includeSpecials=*/true) : input;
-    const SV column = source;
+    const SV column = ToColumn(input, LumError::FilterInputType);
+    SV source = column;
     if (makesTable) {
-        const KeyPath& key = statement.GetSpec().GetInputs()[0];
+        const KeyPath& key = statement.spec.GetInputs()[0];
         Require(key.GetCount() > 1, LumError::FilterKeyNotNested);
-        source = ReadValue(statement.GetStore(), key.GetParent());
+        source = ReadValue(statement.store, key.GetParent());
         Require(IsTable(source), LumError::FilterParentNotTable);
     }
     const std::vector<SV> constants = statement.ReadArguments();
-    const FunctionInfo& function = statement.GetLookup().GetFunction(MakeQuery(name, {column}));
+    const FunctionInfo& function = statement.lookup.GetFunction(MakeQuery(name, {column}));
     Require(function.GetOutputType()->Is(StoreType::Bool), LumError::FilterFunctionNotBool);
-    const SV flags = ApplyFunction(statement.GetLookup(), name, {column}, constants);
-    const SV result = SelectRows(source, FindTrue(flags), /*keepsOrder=*/true);
-    return isSet ? result->AsArray().ToSet(/*includeSpecials=*/true) : result;
+    const SV flags = ApplyFunction(statement.lookup, name, {column}, constants);
+    return ToFormOf(input, SelectRows(source, FindTrue(flags), /*keepsOrder=*/true));
 }
 
 SV RunDistinct(const Statement& statement) {
-    statement.ExpectNoFunction();
     const bool includeSpecials = statement.GetFlag(LumError::IncludeSpecialsFlagNeeded);
     const SV input = statement.ReadOneInput();
     if (input->GetStoreType() == StoreType::Set) {
         return includeSpecials ? input : input->AsSet().WithoutSpecials();
     }
     Require(IsArray(input), LumError::DistinctInputType);
-    const Type* const type = input->AsArray().GetElementType();
+    const Type* const type = ElementTypeOf(input);
     Require(IsPrimitive(type) || type->Is(StoreType::Tuple), LumError::DistinctTransformType);
     Rows rows = GroupRows({input}).firstRows;
     const std::vector<SpecialKind> kinds = KindsOf(input);
@@ -129,18 +114,14 @@ SV RunDistinct(const Statement& statement) {
 }
 
 SV RunReverse(const Statement& statement) {
-    statement.ExpectKeysAlone();
     const SV input = statement.ReadOneInput();
     Require(IsArray(input), LumError::ReverseInputType);
     Rows rows(CountRows(input));
-    for (lumsize_t row = 0; row < rows.size(); ++row) {
-        rows[row] = static_cast<unsigned>(rows.size()) - 1 - row;
-    }
-    return SelectRows(input, std::move(rows), /*keepsOrder=*/false);
+    std::iota(rows.rbegin(), rows.rend(), 0u);
+    return SelectRows(input, std::move(rows));
 }
 
 SV RunSlice(const Statement& statement) {
-    statement.ExpectNoLiteral();
     const SV input = statement.ReadOneInput();
     Require(IsTable(input) || IsArray(input), LumError::SliceInputType);
     const RInternString& name = statement.GetFunctionName();
@@ -161,8 +142,7 @@ SV RunSlice(const Statement& statement) {
 }
 
 SV RunIndex(const Statement& statement) {
-    statement.ExpectNoFunction();
-    const SV& literal = statement.GetSpec().GetValue();
+    const SV& literal = statement.spec.GetValue();
     const std::vector<SV> inputs = statement.ReadInputs();
     Require(inputs.size() == (literal == nullptr ? 2u : 1u), LumError::ValueAndInputNeeded);
     Require(IsTable(inputs[0]) || IsArray(inputs[0]), LumError::IndexInputType);
@@ -171,7 +151,6 @@ SV RunIndex(const Statement& statement) {
 }
 
 SV RunConcat(const Statement& statement) {
-    statement.ExpectKeysAlone();
     const std::vector<SV> inputs = statement.ReadInputs();
     Require(!inputs.empty(), LumError::AtLeastOneInputNeeded);
     const bool areTables = IsTable(inputs[0]);
@@ -191,23 +170,18 @@ SV RunConcat(const Statement& statement) {
                      : ConcatenateArrays(inputs, nullptr, SortSpecOrder::UNKNOWN);
 }
 
-SV RunMultiSort(const Statement& statement) {
-    const bool includeSpecials = statement.GetFlag(LumError::IncludeSpecialsFlagNeeded);
-    const std::vector<SV> columns = statement.ReadArrays(LumError::MultiSortInputType);
-    Require(!columns.empty(), LumError::MultiSortInputType);
-    for (const SV& column : columns) {
-        Require(IsPrimitive(column->AsArray().GetElementType()), LumError::MultiSortElementType);
-        Require(CountRows(column) == CountRows(columns[0]), LumError::TableArraySize);
-    }
-    std::vector<SortSpecOrder> orders(columns.size(), SortSpecOrder::ASC);
-    if (statement.GetSpec().GetFunctionSpec() != nullptr) {
-        Require(statement.GetFunctionName() == RInternString(L"order"),
-                LumError::InvalidSortAlgorithm);
-        orders = ReadSortOrders(statement.ReadArguments());
-        Require(orders.size() == columns.size(), LumError::InvalidSortOrderOption);
-    }
-    return factory::MakeArray<unsigned>(
-        IntType::Get32(), SortRows(columns, orders, includeSpecials), SortSpecOrder::UNKNOWN);
-}
+constexpr Operator kOperators[] = {
+    {OperatorType::Concat, Parts::None, RunConcat},
+    {OperatorType::Distinct, Parts::Literal, RunDistinct},
+    {OperatorType::Filter, Parts::LiteralAndFunction, RunFilter},
+    {OperatorType::Index, Parts::Literal, RunIndex},
+    {OperatorType::MultiSort, Parts::LiteralAndFunction, RunMultiSort},
+    {OperatorType::Reverse, Parts::None, RunReverse},
+    {OperatorType::Slice, Parts::Function, RunSlice},
+};
+
+}  // namespace
+
+const std::span<const Operator> kRowOperators = kOperators;
 
 }  // namespace lumengine

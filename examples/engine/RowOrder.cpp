@@ -1,15 +1,18 @@
-#include "RowOrder.h"
-
 #include <algorithm>
 #include <cmath>
+#include <functional>
 #include <numeric>
-#include <type_traits>
+#include <utility>
+#include <vector>
 
-#include "Statement.h"
+#include "Columns.h"
+#include "Operators.h"
+#include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/IStoreArray.h"
-#include "lum/core/store/RawDataView.h"
+#include "lum/core/store/SortSpecOrder.h"
+#include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/StoreValue.h"
-#include "lum/core/store/TemporaryRawData.h"
+#include "lum/core/types/ScalarTypes.h"
 #include "lum/core/types/StringType.h"
 #include "lum/core/utility/Collation.h"
 #include "lum/core/utility/LumException.h"
@@ -19,62 +22,44 @@ namespace {
 
 using namespace lum::core;
 
-template <typename T>
-bool IsBefore(const T& a, const T& b) {
-    if constexpr (std::is_floating_point_v<T>) {
-        // A NaN compares with nothing, and a sort needs an order of all values.
-        return std::isnan(b) ? !std::isnan(a) : a < b;
-    } else if constexpr (std::is_same_v<T, LumDateTime>) {
-        return a.CompareTo(b) < 0;
-    } else {
-        return a < b;
-    }
-}
-
 // Sorts rows that are all normal.
-template <typename T, typename Less>
-void SortByValues(const IStoreArray& array, SortSpecOrder order, Rows::iterator begin,
-                  Rows::iterator end, const Less& less) {
-    TemporaryRawData scratch;
-    const auto view = array.GetValuesView(scratch, 0, array.GetCount());
-    const auto values = view.ViewAs<T>();
-    if (order == SortSpecOrder::DESC) {
-        std::stable_sort(begin, end,
-                         [&](unsigned a, unsigned b) { return less(values[b], values[a]); });
-    } else {
-        std::stable_sort(begin, end,
-                         [&](unsigned a, unsigned b) { return less(values[a], values[b]); });
-    }
-}
-
-void SortNormals(const IStoreArray& array, SortSpecOrder order, Rows::iterator begin,
-                 Rows::iterator end) {
-    const auto sortAs = [&]<typename T>(const T*) {
-        SortByValues<T>(array, order, begin, end, IsBefore<T>);
+void SortNormals(const SV& column, SortSpecOrder order, Rows::iterator begin, Rows::iterator end) {
+    const auto sort = [&]<typename T>(StorageTag<T>, const auto& isBefore) {
+        const ColumnViews views(column);
+        const auto values = views.GetValues().ViewAs<T>();
+        if (order == SortSpecOrder::DESC) {
+            std::stable_sort(
+                begin, end, [&](unsigned a, unsigned b) { return isBefore(values[b], values[a]); });
+        } else {
+            std::stable_sort(
+                begin, end, [&](unsigned a, unsigned b) { return isBefore(values[a], values[b]); });
+        }
     };
-    const Type* const type = array.GetElementType();
+    // A NaN compares with nothing, and a sort needs an order of all values.
+    const auto isRealBefore = [](auto a, auto b) { return std::isnan(b) ? !std::isnan(a) : a < b; };
+    const Type* const type = ElementTypeOf(column);
     switch (type->GetStoreType()) {
         case StoreType::Bool:
-            return sortAs(static_cast<const unsigned char*>(nullptr));
+            return sort(StorageTag<unsigned char>(), std::less());
         case StoreType::Int32:
-            return sortAs(static_cast<const int*>(nullptr));
+            return sort(StorageTag<int>(), std::less());
         case StoreType::Int64:
-            return sortAs(static_cast<const long long*>(nullptr));
+            return sort(StorageTag<long long>(), std::less());
         case StoreType::Real32:
-            return sortAs(static_cast<const float*>(nullptr));
+            return sort(StorageTag<float>(), isRealBefore);
         case StoreType::Real64:
-            return sortAs(static_cast<const double*>(nullptr));
+            return sort(StorageTag<double>(), isRealBefore);
         case StoreType::Date:
         case StoreType::DateTime:
-            return sortAs(static_cast<const LumDateTime*>(nullptr));
+            return sort(StorageTag<LumDateTime>(), std::less());
         case StoreType::Color:
-            return sortAs(static_cast<const unsigned int*>(nullptr));
+            return sort(StorageTag<unsigned int>(), std::less());
         case StoreType::String: {
             const ICollator& collator = type->As<StringType>().GetCollation().GetCollator();
-            return SortByValues<RIndirectString>(
-                array, order, begin, end, [&](const RIndirectString& a, const RIndirectString& b) {
-                    return collator.Compare(a, b) < 0;
-                });
+            return sort(StorageTag<RIndirectString>(),
+                        [&](const RIndirectString& a, const RIndirectString& b) {
+                            return collator.Compare(a, b) < 0;
+                        });
         }
         default:
             throw LumRuntimeException(LumError::MultiSortElementType);
@@ -95,16 +80,14 @@ void SortBy(const SV& column, SortSpecOrder order, bool includeSpecials, Rows& r
             end = rows.end();
         }
     }
-    SortNormals(column->AsArray(), order, rows.begin(), end);
+    SortNormals(column, order, rows.begin(), end);
 }
 
-}  // namespace
-
-std::vector<SortSpecOrder> ReadSortOrders(const std::vector<SV>& options) {
+// The orders that the texts ASC and DESC name.
+std::vector<SortSpecOrder> ReadOrders(const std::vector<SV>& options) {
     std::vector<SortSpecOrder> orders;
     for (const SV& option : options) {
-        Require(option->GetStoreType() == StoreType::String && !option->IsSpecial(),
-                LumError::InvalidSortOrderOption);
+        Require(IsNormal(option, StoreType::String), LumError::InvalidSortOrderOption);
         const bool isDescending = option->AsString() == L"DESC";
         Require(isDescending || option->AsString() == L"ASC", LumError::InvalidSortOrderOption);
         orders.push_back(isDescending ? SortSpecOrder::DESC : SortSpecOrder::ASC);
@@ -112,15 +95,30 @@ std::vector<SortSpecOrder> ReadSortOrders(const std::vector<SV>& options) {
     return orders;
 }
 
-Rows SortRows(const std::vector<SV>& columns, const std::vector<SortSpecOrder>& orders,
-              bool includeSpecials) {
-    Rows rows(columns[0]->AsArray().GetCount());
+}  // namespace
+
+SV RunMultiSort(const Statement& statement) {
+    const bool includeSpecials = statement.GetFlag(LumError::IncludeSpecialsFlagNeeded);
+    const std::vector<SV> columns = statement.ReadArrays(LumError::MultiSortInputType);
+    Require(!columns.empty(), LumError::MultiSortInputType);
+    for (const SV& column : columns) {
+        Require(IsPrimitive(ElementTypeOf(column)), LumError::MultiSortElementType);
+        Require(CountRows(column) == CountRows(columns[0]), LumError::TableArraySize);
+    }
+    std::vector<SortSpecOrder> orders(columns.size(), SortSpecOrder::ASC);
+    if (statement.spec.GetFunctionSpec() != nullptr) {
+        Require(statement.GetFunctionName() == RInternString(L"order"),
+                LumError::InvalidSortAlgorithm);
+        orders = ReadOrders(statement.ReadArguments());
+        Require(orders.size() == columns.size(), LumError::InvalidSortOrderOption);
+    }
+    Rows rows(CountRows(columns[0]));
     std::iota(rows.begin(), rows.end(), 0u);
     // Stable sorts from the last column to the first leave the first one deciding.
     for (std::size_t i = columns.size(); i-- > 0;) {
         SortBy(columns[i], orders[i], includeSpecials, rows);
     }
-    return rows;
+    return factory::MakeArray<unsigned>(IntType::Get32(), std::move(rows), SortSpecOrder::UNKNOWN);
 }
 
 }  // namespace lumengine

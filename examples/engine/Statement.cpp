@@ -1,5 +1,7 @@
 #include "Statement.h"
 
+#include <unordered_map>
+
 #include "lum/core/store/StoreValue.h"
 #include "lum/core/utility/LumException.h"
 
@@ -9,8 +11,8 @@ using namespace lum::core;
 
 std::vector<SV> Statement::ReadInputs() const {
     std::vector<SV> values;
-    for (const KeyPath& input : m_spec.GetInputs()) {
-        values.push_back(ReadValue(m_store, input));
+    for (const KeyPath& input : spec.GetInputs()) {
+        values.push_back(ReadValue(store, input));
     }
     return values;
 }
@@ -24,45 +26,39 @@ std::vector<SV> Statement::ReadArrays(LumError otherwise) const {
 }
 
 SV Statement::ReadOneInput() const {
-    Require(m_spec.GetInputs().size() == 1, LumError::OneInputNeeded);
-    return ReadValue(m_store, m_spec.GetInputs()[0]);
+    Require(spec.GetInputs().size() == 1, LumError::OneInputNeeded);
+    return ReadValue(store, spec.GetInputs()[0]);
 }
 
 const RInternString& Statement::GetFunctionName() const {
-    Require(m_spec.GetFunctionSpec() != nullptr, LumError::FunctionNeeded);
-    const RInternString& name = m_spec.GetFunctionSpec()->GetName();
+    Require(spec.GetFunctionSpec() != nullptr, LumError::FunctionNeeded);
+    const RInternString& name = spec.GetFunctionSpec()->GetName();
     Require(!name.GetValue().isEmpty(), LumError::EmptyFunctionName);
     return name;
 }
 
 std::vector<SV> Statement::ReadArguments() const {
-    Require(m_spec.GetFunctionSpec() != nullptr, LumError::FunctionNeeded);
+    Require(spec.GetFunctionSpec() != nullptr, LumError::FunctionNeeded);
     std::vector<SV> values;
-    for (const ValueSpec& argument : m_spec.GetFunctionSpec()->GetArgs()) {
-        values.push_back(argument.IsKey() ? ReadValue(m_store, argument.GetKeyPath())
+    for (const ValueSpec& argument : spec.GetFunctionSpec()->GetArgs()) {
+        values.push_back(argument.IsKey() ? ReadValue(store, argument.GetKeyPath())
                                           : argument.GetValue());
     }
     return values;
 }
 
 bool Statement::GetFlag(LumError missing) const {
-    const SV& value = m_spec.GetValue();
-    Require(value != nullptr && value->GetStoreType() == StoreType::Bool && !value->IsSpecial(),
-            missing);
+    const SV& value = spec.GetValue();
+    Require(IsNormal(value, StoreType::Bool), missing);
     return value->AsBool();
 }
 
-void Statement::ExpectNoFunction() const {
-    Require(m_spec.GetFunctionSpec() == nullptr, LumError::FunctionNotUsed);
-}
-
-void Statement::ExpectNoLiteral() const {
-    Require(m_spec.GetValue() == nullptr, LumError::UnexpectedOperatorArgument);
-}
-
-void Statement::ExpectKeysAlone() const {
-    ExpectNoFunction();
-    ExpectNoLiteral();
+void Statement::ExpectNoneBut(Parts parts) const {
+    const bool mayHaveBoth = parts == Parts::LiteralAndFunction;
+    Require(mayHaveBoth || parts == Parts::Function || spec.GetFunctionSpec() == nullptr,
+            LumError::FunctionNotUsed);
+    Require(mayHaveBoth || parts == Parts::Literal || spec.GetValue() == nullptr,
+            LumError::UnexpectedOperatorArgument);
 }
 
 void Require(bool condition, LumError error) {
@@ -77,6 +73,10 @@ void Require(bool condition, LumError error, const TStringCore& details) {
     }
 }
 
+std::unique_ptr<IDataStore> MakeEmptyStore() {
+    return factory::MakeDataStore(std::unordered_map<RInternString, SV>());
+}
+
 SV ReadValue(const IDataStore& store, const KeyPath& key) {
     SV value = store.TryGetValue(key);
     Require(value != nullptr, LumError::KeyNotFound, key.ToString());
@@ -89,6 +89,10 @@ SV ShareValue(const SV& value) {
 
 bool IsPrimitive(const Type* type) {
     return IsPrimitiveStoreType(type->GetStoreType()) && !type->Is(StoreType::External);
+}
+
+bool IsNormal(const SV& value, StoreType type) {
+    return value != nullptr && value->GetStoreType() == type && !value->IsSpecial();
 }
 
 }  // namespace lumengine

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "lum/core/functions/IFunctionLookup.h"
@@ -8,21 +9,19 @@
 
 namespace lumengine {
 
+/// What a statement may have beside its keys.
+enum class Parts { None, Literal, Function, LiteralAndFunction };
+
 /// A statement beside the store that it reads, with the tests of its parts. It stands for no longer
 /// than the two.
 ///
 /// Threads: any number may read.
 /// Errors: LumRuntimeException with the code that the operation names; KeyNotFound with the key for
 ///   one that leads nowhere.
-class Statement {
-public:
-    Statement(const lum::core::TransformSpec& spec, const lum::core::IDataStore& store,
-              const lum::core::IFunctionLookup& lookup)
-        : m_spec(spec), m_store(store), m_lookup(lookup) {}
-
-    const lum::core::TransformSpec& GetSpec() const { return m_spec; }
-    const lum::core::IDataStore& GetStore() const { return m_store; }
-    const lum::core::IFunctionLookup& GetLookup() const { return m_lookup; }
+struct Statement {
+    const lum::core::TransformSpec& spec;
+    const lum::core::IDataStore& store;
+    const lum::core::IFunctionLookup& lookup;
 
     /// The values of the inputs, in order.
     std::vector<lum::core::SV> ReadInputs() const;
@@ -39,20 +38,15 @@ public:
     /// The literal. Errors: `missing` where there is none, and where it is special or no Bool.
     bool GetFlag(lum::core::LumError missing) const;
 
-    /// Errors: FunctionNotUsed, UnexpectedOperatorArgument.
-    void ExpectNoFunction() const;
-    void ExpectNoLiteral() const;
-    void ExpectKeysAlone() const;
-
-private:
-    const lum::core::TransformSpec& m_spec;
-    const lum::core::IDataStore& m_store;
-    const lum::core::IFunctionLookup& m_lookup;
+    /// Errors: FunctionNotUsed, UnexpectedOperatorArgument where there is a part beyond these.
+    void ExpectNoneBut(Parts parts) const;
 };
 
 /// Throws LumRuntimeException where the condition does not hold.
 void Require(bool condition, lum::core::LumError error);
 void Require(bool condition, lum::core::LumError error, const lum::core::TStringCore& details);
+
+std::unique_ptr<lum::core::IDataStore> MakeEmptyStore();
 
 /// The value of a key. Errors: KeyNotFound with the key.
 lum::core::SV ReadValue(const lum::core::IDataStore& store, const lum::core::KeyPath& key);
@@ -63,5 +57,8 @@ lum::core::SV ShareValue(const lum::core::SV& value);
 
 /// Whether the type is Bool to Color.
 bool IsPrimitive(const lum::core::Type* type);
+
+/// Whether there is a value, of that type and not special.
+bool IsNormal(const lum::core::SV& value, lum::core::StoreType type);
 
 }  // namespace lumengine

@@ -146,9 +146,9 @@ SV Fold(const Options& options, const IFunctionLookup& lookup, const RInternStri
     const SV initial = ReadLiteral(*options.initial, FindAccumulatorType(lookup, name, column));
     switch (options.fold) {
         case FoldResult::Scan:
-            return ScanColumn(lookup, name, column, initial, FoldDirection::Forward);
+            return FoldColumn(lookup, name, column, initial, FoldDirection::Forward);
         case FoldResult::ScanRight:
-            return ScanColumn(lookup, name, column, initial, FoldDirection::Backward);
+            return FoldColumn(lookup, name, column, initial, FoldDirection::Backward);
         case FoldResult::Value:
             break;
     }

@@ -7,9 +7,9 @@
 #include <utility>
 
 #include "CellText.h"
+#include "Columns.h"
 #include "FileError.h"
 #include "Options.h"
-#include "StoredValue.h"
 #include "Utf8.h"
 #include "lum/core/store/Containers.h"
 #include "lum/core/store/SetFactory.h"

@@ -67,11 +67,4 @@ MemoryMap::~MemoryMap() {
 MemoryMap::MemoryMap(MemoryMap&& other) noexcept
     : m_address(std::exchange(other.m_address, nullptr)), m_size(std::exchange(other.m_size, 0)) {}
 
-MemoryMap& MemoryMap::operator=(MemoryMap&& other) noexcept {
-    MemoryMap taken(std::move(other));
-    std::swap(m_address, taken.m_address);
-    std::swap(m_size, taken.m_size);
-    return *this;
-}
-
 }  // namespace lumhost

@@ -19,10 +19,8 @@ public:
     /// or has no bytes, of which no memory can be made.
     static MemoryMap Open(const std::string& path);
 
-    MemoryMap() noexcept = default;
     ~MemoryMap();
     MemoryMap(MemoryMap&& other) noexcept;
-    MemoryMap& operator=(MemoryMap&& other) noexcept;
 
     lum::core::ArrayView<const unsigned char> GetBytes() const noexcept {
         return {static_cast<const unsigned char*>(m_address), m_size};
@@ -31,8 +29,8 @@ public:
 private:
     MemoryMap(void* address, std::size_t size) noexcept : m_address(address), m_size(size) {}
 
-    void* m_address = nullptr;
-    std::size_t m_size = 0;
+    void* m_address;
+    std::size_t m_size;
 };
 
 }  // namespace lumhost

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -93,21 +94,18 @@ protected:
              const std::vector<SV>& constants = {}) const {
         return ApplyFunction(*m_registry, name, columns, constants);
     }
-    SV Fold(const wchar_t* name, const SV& column, const SV& initial) const {
-        return FoldColumn(*m_registry, name, column, initial);
-    }
-    SV Scan(const wchar_t* name, const SV& column, const SV& initial,
-            FoldDirection direction = FoldDirection::Forward) const {
-        return ScanColumn(*m_registry, name, column, initial, direction);
+    SV Fold(const wchar_t* name, const SV& column, const SV& initial,
+            std::optional<FoldDirection> steps = std::nullopt) const {
+        return FoldColumn(*m_registry, name, column, initial, steps);
     }
 
     // A fold is where its scan ends, and a scan up is the scan down of the reverse.
     void ExpectFoldsToAgree(const wchar_t* name, const SV& column, const SV& initial) const {
-        const SV scan = Scan(name, column, initial);
+        const SV scan = Fold(name, column, initial, FoldDirection::Forward);
         const lumsize_t count = column->AsArray().GetCount();
         EXPECT_EQ(TextOf(Fold(name, column, initial)),
                   TextOf(count == 0 ? initial : scan->AsArray().GetElement(count - 1)));
-        const SV up = Scan(name, Reverse(column), initial, FoldDirection::Backward);
+        const SV up = Fold(name, Reverse(column), initial, FoldDirection::Backward);
         EXPECT_EQ(TextOf(Reverse(up)), TextOf(Reverse(Reverse(scan))));
     }
 
@@ -203,7 +201,8 @@ TEST_F(ColumnFunctionsTest, ScansGiveTheSameForEveryFormOfAColumn) {
         SCOPED_TRACE(row.column);
         const SV initial = ValuesOf(row.initial)[0];
         lum::test::ForEachForm(ColumnOf(row.column), [&](const SV& column) {
-            EXPECT_EQ(TextOf(Scan(row.function, column, initial)), row.scan);
+            EXPECT_EQ(TextOf(Fold(row.function, column, initial, FoldDirection::Forward)),
+                      row.scan);
             ExpectFoldsToAgree(row.function, column, initial);
         });
     }
@@ -235,7 +234,7 @@ TEST_F(ColumnFunctionsTest, RefusesWhatCannotBeFolded) {
     const auto fold = [&](const wchar_t* name, const char* column, const char* initial) {
         const SV start = ValuesOf(initial)[0];
         // Both ways alike.
-        EXPECT_ANY_THROW(Scan(name, ColumnOf(column), start, FoldDirection::Backward));
+        EXPECT_ANY_THROW(Fold(name, ColumnOf(column), start, FoldDirection::Backward));
         return Fold(name, ColumnOf(column), start);
     };
     EXPECT_LUM_ERROR(FunctionNotFound, "sum(i, r<-1,-1>)", fold(L"sum", "r: 1", "i: 1"));

