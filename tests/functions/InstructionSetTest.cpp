@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <limits>
 #include <tuple>
 #include <vector>
 
+#include "core/main/functions/Arithmetic.h"
 #include "core/main/functions/FoldKernels.h"
 #include "core/main/functions/NullOutOfDomain.h"
 #include "tests/functions/FunctionColumns.h"
@@ -111,6 +114,19 @@ TEST_F(InstructionSetTest, RealFunctions) {
         check.template operator()<HyperbolicSine>();
         check.template operator()<Exponential>();
         check.template operator()<SquareRoot>();
+    });
+}
+
+TEST_F(InstructionSetTest, FloorOfSignallingNaN) {
+    ForTypes<float, double>([&]<typename T>() {
+        const std::vector<T> cells(100, std::numeric_limits<T>::signaling_NaN());
+        ExpectAgreement([&](auto execute) {
+            std::vector<T> outputs(cells.size());
+            execute([&]() LUM_ALWAYS_INLINE {
+                std::transform(cells.begin(), cells.end(), outputs.begin(), Floor<T>);
+            });
+            return outputs;
+        });
     });
 }
 

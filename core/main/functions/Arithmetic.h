@@ -1,11 +1,16 @@
 #pragma once
 
+#include <bit>
+#include <cmath>
+#include <limits>
 #include <type_traits>
+
+#include "lum/core/functions/SpecialRules.h"
 
 namespace lum::core {
 
-// Sums, differences and products as the built-in functions give them: integers wrap, which signed
-// numbers may not do by themselves.
+// Sums, differences, products and floors as the built-in functions give them: integers wrap, which
+// signed numbers may not do by themselves.
 
 namespace detail {
 template <typename T, typename Operation>
@@ -41,6 +46,15 @@ constexpr T Negate(const T& a) noexcept {
     } else {
         return -a;
     }
+}
+
+// A signalling NaN becomes a quiet one, which std::floor does by some instruction sets and by
+// others not.
+template <typename T>
+T Floor(const T& a) noexcept {
+    using Bits = detail::BitsOf<T>;
+    constexpr Bits kQuiet = std::bit_cast<Bits>(std::numeric_limits<T>::quiet_NaN());
+    return Choose(a == a, std::floor(a), std::bit_cast<T>(std::bit_cast<Bits>(a) | kQuiet));
 }
 
 }  // namespace lum::core

@@ -28,11 +28,6 @@ T Decrease(const T& element) {
     return Subtract(element, T{1});
 }
 
-template <typename T>
-T Floor(const T& element) {
-    return std::floor(element);
-}
-
 template <FunctionElement T>
 T Assign(const T& element) {
     return element;

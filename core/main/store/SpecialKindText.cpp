@@ -14,11 +14,12 @@ TStringCore SpecialKindToString(SpecialKind kind) {
 }
 
 SpecialKind SpecialKindFromString(const TStringCore& name) {
-    static const std::unordered_map<TStringCore, SpecialKind> s_kinds = [] {
-        std::unordered_map<TStringCore, SpecialKind> kinds;
+    // Never freed, since threads may still ask while the process ends.
+    static const auto& s_kinds = *[] {
+        auto* const kinds = new std::unordered_map<TStringCore, SpecialKind>;
         for (unsigned int i = 0; i < kSpecialKindCount; ++i) {
-            kinds.emplace(TStringCore(std::u16string_view(kSpecialKindNames[i])),
-                          static_cast<SpecialKind>(i));
+            kinds->emplace(TStringCore(std::u16string_view(kSpecialKindNames[i])),
+                           static_cast<SpecialKind>(i));
         }
         return kinds;
     }();
