@@ -19,6 +19,8 @@
 namespace lum::core {
 namespace {
 
+using test::Repeat;
+
 class BinaryTypeTagTest : public test::SerializeTest {};
 
 // Tags are words of GoldenBytes.
@@ -105,6 +107,35 @@ TEST_F(BinaryTypeTagTest, OtherForms) {
     }
 }
 
+// A reader knows the last short tag by its bytes, and must not take another one for it.
+TEST_F(BinaryTypeTagTest, InARow) {
+    const std::string tags[] = {"02", "42", "03", "0c02", "4c02", "0c03", "0c0c02", "0c0c03",
+                                "8409ff", "8409fe", "c409ff", "86 'fold'", "8b 'kind'", "8a0200",
+                                "8a0300",
+                                // Eight bytes are as many as it keeps.
+                                Repeat("0c", 7) + "02", Repeat("0c", 7) + "03",
+                                Repeat("0c", 8) + "02", Repeat("0c", 8) + "03"};
+    for (const std::string& first : tags) {
+        for (const std::string& second : tags) {
+            const std::string members[] = {first, first, second, second, first};
+            std::string data = "#5 ";
+            for (const std::string& tag : members) {
+                data += "'k' " + tag + " 00 ";
+            }
+            const std::string behind(16, '0');  // It looks eight bytes ahead.
+            BinaryProtocolReader reader(
+                test::MakePayload(test::GoldenBytes(/*flags=*/2, data + behind)));
+            reader.BeginDictionaryType();
+            for (const std::string& tag : members) {
+                reader.ReadStringKey();
+                EXPECT_EQ(reader.ReadKeyType(), ReadTag(tag)) << first << " and " << second;
+                reader.ReadStorage8Bit();
+            }
+            EXPECT_EQ(reader.GetRemainingBytes(), behind.size() / 2);
+        }
+    }
+}
+
 struct RefusedTag {
     std::string tag;
     LumError error;
@@ -144,14 +175,6 @@ TEST_F(BinaryTypeTagTest, Refused) {
                           [&] { ReadTag(refused.tag); }));
     }
     EXPECT_THROW(ReadTag("8b 'foo'"), std::out_of_range);
-}
-
-std::string Repeat(const std::string& digits, std::size_t count) {
-    std::string repeated;
-    for (std::size_t i = 0; i < count; ++i) {
-        repeated += digits;
-    }
-    return repeated;
 }
 
 TEST_F(BinaryTypeTagTest, NestsToALimit) {
