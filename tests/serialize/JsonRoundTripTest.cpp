@@ -12,7 +12,6 @@
 #include "lum/core/serialize/StoreValueSerializer.h"
 #include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/IStoreKeyMap.h"
-#include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/store/TupleFactory.h"
 #include "lum/core/store/ValueFactory.h"
@@ -20,7 +19,6 @@
 #include "tests/serialize/SerializeTest.h"
 #include "tests/support/ColumnText.h"
 #include "tests/support/KeySets.h"
-#include "tests/support/RandomColumns.h"
 
 namespace lum::core {
 namespace {
@@ -135,22 +133,6 @@ TEST_F(JsonRoundTripTest, NumbersAndMoments) {
             {L"l", entry("l", "r", factory::MakeInt64(number), factory::MakeReal64(real))},
             {L"t", entry("t", "c", factory::MakeDateTime(moment), color)},
             {L"c", entry("c", "l", color, factory::MakeInt64(number))}}));
-    }
-}
-
-// The forms that a column has in memory all have one text, and come back plain.
-TEST_F(JsonRoundTripTest, FormsOfColumns) {
-    SCOPED_TRACE(m_random.Trace());
-    for (const Type* const type : test::GetElementTypes()) {
-        const SV column = test::MakeRandomColumn(m_random, type, 7);
-        const SV indexed = column->AsArray().WithIndices({6, 0, 0, 3}, SortSpecOrder::UNORD);
-        const TStringCore json = SerializeValue(*factory::MakeKeyMap({{L"a", indexed}}));
-        const SV read = StoreValueParser::MakeKeyMap(json)->AsKeyMap().GetValue(L"a");
-        EXPECT_EQ(read->GetType(), column->GetType());
-        EXPECT_FALSE(read->AsArray().HasIndices());
-        if (!type->Is(StoreType::Tuple)) {
-            EXPECT_EQ(TextOf(read), TextOf(indexed));
-        }
     }
 }
 
