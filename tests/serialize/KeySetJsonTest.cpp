@@ -123,12 +123,9 @@ TEST_F(KeySetJsonTest, BothForms) {
     BoxedEntries sets;
     sets.normal = {{MakeBool(true), test::SetOf("i: 2 1 -")}};
     const test::JsonCase cases[] = {
-        {KeySetOf("i:", "i:"), "{}", "{\n\n}"},
         {KeySetOf("s: b a", "i: 1 2"), R"({"a":2,"b":1})", "{\n    \"a\": 2,\n    \"b\": 1\n}"},
         {KeySetOf("i: -", "r: nan"), R"([{},{"Null":"nan"}])",
          "[{\n\n},{\n    \"Null\": \"nan\"\n} ]"},
-        {KeySetOf("i: 5 -", "s: Null x"), R"([{"5":"Null"},{"Null":"x"}])",
-         "[{\n    \"5\": \"Null\"\n},{\n    \"Null\": \"x\"\n} ]"},
         {KeySetOf("P{i,s}: (1 a)", "P{i,s}: (2 'Null')"), R"({"[1,\"a\"]":[2,"'Null'"]})",
          "{\n    \"[1,\\\"a\\\"]\": [ 2, \"'Null'\" ]\n}"},
         {test::MakeKeySetOf(TypeOf("i"), ArrayType::Get(TypeOf("i")), columns),
