@@ -53,6 +53,40 @@ const Type* BytesType() {
 
 class StoreValueSerializerTest : public test::SerializeTest {};
 
+// The text of a scalar is that of its JSON, without the quotes. For the rest see KeySetJsonTest.
+TEST_F(StoreValueSerializerTest, Scalars) {
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    const std::pair<SV, std::string> cases[] = {
+        {MakeBool(true), "true"},
+        {MakeInt32(std::numeric_limits<int>::min()), "-2147483648"},
+        {MakeInt64(std::numeric_limits<long long>::max()), "9223372036854775807"},
+        {MakeInt64(std::numeric_limits<long long>::min()), "-9223372036854775808"},
+        {MakeReal32(1e9f), "1e+09"},
+        {MakeReal32(-std::numeric_limits<float>::quiet_NaN()), "\"nan\""},
+        {MakeReal32(-kInfinity), "\"-inf\""},
+        {MakeReal64(double{kInfinity}), "\"+inf\""},
+        {MakeReal64(-0.0), "-0"},
+        {MakeReal64(2.5, 10, 2), "2.5"},
+        {MakeString(L"Null and more"), "\"Null and more\""},
+        {MakeDate(LumDateTime(2024, 3, 1, 0, 0, 0, 0)), "\"2024-03-01\""},
+        {MakeDateTime(LumDateTime::DateTimeMaximum), "\"23829-12-31T23:59:59.9999\""},
+        {MakeColor(255, 0, 10, 128), "\"80ff000a\""},
+        {MakeSpecial(TypeOf("P{i}"), SpecialKind::ManyValues), "\"ManyValues\""},
+    };
+    for (const auto& [value, json] : cases) {
+        EXPECT_EQ(Compact(value), json);
+        EXPECT_EQ(test::Readable(value), json);
+        std::string text = json;
+        std::erase(text, '"');
+        EXPECT_EQ(FormatPrimitive(*value).toStdString(), text);
+    }
+    EXPECT_EQ(FormatPrimitive(*MakeString(L"'Null'\"\n")).toStdString(), "'Null'\"\n");
+    EXPECT_LUM_REPORT(InvalidStoreTypeValue, "Tuple", "",
+                      FormatPrimitive(*MakeTuple(RowOf("P{i}: 1"))));
+    EXPECT_LUM_REPORT(InvalidStoreTypeValue, "Array", "", FormatPrimitive(*ColumnOf("i: 1")));
+    EXPECT_LUM_ERROR(InvalidDateTime, "", FormatPrimitive(*MakeDate(LumDateTime::FromValue(0))));
+}
+
 // What a reader would take for a special value or a literal is quoted, and nothing else.
 TEST_F(StoreValueSerializerTest, GuardedStrings) {
     const std::pair<std::string, std::string> cases[] = {
