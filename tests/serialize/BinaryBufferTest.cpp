@@ -154,7 +154,9 @@ TEST(BinaryBufferTest, Base128Bytes) {
         {300, "ac02"},
         {0x3FFF, "ff7f"},
         {0x4000, "808001"},
+        {0x1FFFFF, "ffff7f"},
         {0x200000, "80808001"},
+        {0xFFFFFFF, "ffffff7f"},
         {0x10000000, "80808080 01"},
         {0xFFFFFFFF, "ffffffff 0f"},
     };
@@ -189,22 +191,6 @@ TEST(BinaryBufferTest, Base128Bytes) {
     }
 }
 
-TEST(BinaryBufferTest, Base128RoundTrip) {
-    test::Random random;
-    SCOPED_TRACE(random.Trace());
-    BinaryBufferCreator buffer(1);
-    std::vector<unsigned int> values(20'000);
-    for (unsigned int& value : values) {
-        value = static_cast<unsigned int>(random.Bits() >> (32 + random.Below(32)));
-        buffer.AppendBase128(value);
-    }
-    BinaryBufferReader reader(buffer.GetBuffer().data(), buffer.GetLength());
-    for (const unsigned int value : values) {
-        ASSERT_EQ(reader.ReadBase128(), value);
-    }
-    EXPECT_TRUE(reader.IsAtEnd());
-}
-
 TEST(BinaryBufferTest, ValuesOfHosts) {
     BinaryValuePacker packer;
     packer.Append(1.0f);
@@ -224,7 +210,6 @@ TEST(BinaryBufferTest, ValuesOfHosts) {
     EXPECT_FALSE(extractor.IsEndOfBuffer());
     EXPECT_LUM_ERROR(BufferReadOutOfBounds, "", extractor.ReadReal32());
     EXPECT_TRUE(BinaryValueExtractor(ArrayView<const unsigned char>()).IsEndOfBuffer());
-    EXPECT_EQ(BinaryValuePacker(7).GetBytes().size(), 0u);
 }
 
 TEST(BinaryBufferTest, TextAsBytes) {
@@ -233,8 +218,6 @@ TEST(BinaryBufferTest, TextAsBytes) {
     EXPECT_EQ(ToHex(bytes), "6100c3a9 f09f9880 efbfbd");
     EXPECT_EQ(DecodeBytesAsString(bytes),
               TStringCore(std::u16string{u'a', 0, 0xE9, 0xD83D, 0xDE00, 0xFFFD}));
-    EXPECT_TRUE(EncodeStringAsBytes(L"").empty());
-    EXPECT_TRUE(DecodeBytesAsString({}).isEmpty());
 }
 
 // String tables ---------------------------------------------------------------------------------
@@ -251,8 +234,7 @@ TEST(StringTableTest, RoundTripOverPayloads) {
     SCOPED_TRACE(random.Trace());
     StringTableCreator creator;
     StringTableReader reader;
-    std::vector<const TStringCore*> handedOut;  // Good although the table grows.
-    std::vector<TStringCore> written;
+    std::vector<std::pair<TStringCore, const TStringCore*>> known;  // And where the reader has it.
     for (int payload = 0; payload < 12; ++payload) {
         for (int i = 0; i < 400; ++i) {
             TStringCore text;
@@ -261,23 +243,21 @@ TEST(StringTableTest, RoundTripOverPayloads) {
                 text += random.OneOf(units);
             }
             const unsigned int index = creator.Add(text);
-            if (index > written.size()) {
-                ASSERT_EQ(index, written.size() + 1);
-                written.push_back(text);
+            if (index > known.size()) {
+                known.emplace_back(text, nullptr);
             }
-            ASSERT_EQ(written[index - 1], text);
+            ASSERT_EQ(known.at(index - 1).first, text);
         }
         const auto& indices = creator.GetIndicesBuffer()->GetBuffer();
         const auto& strings = creator.GetStringsBuffer()->GetBuffer();
         Append(reader, {indices.begin(), indices.end()}, {strings.begin(), strings.end()});
         creator.ResetBuffers();
-        for (unsigned int index = 1; index <= written.size(); ++index) {
-            const TStringCore& text = reader.GetString(index);
-            ASSERT_EQ(text, written[index - 1]);
-            if (index > handedOut.size()) {
-                handedOut.push_back(&text);
-            }
-            ASSERT_EQ(handedOut[index - 1], &text);
+        unsigned int index = 0;
+        for (auto& [text, place] : known) {
+            const TStringCore& read = reader.GetString(++index);
+            ASSERT_EQ(read, text);
+            ASSERT_TRUE(place == nullptr || place == &read);  // Good although the table grows.
+            place = &read;
         }
     }
 }
