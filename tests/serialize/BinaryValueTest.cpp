@@ -93,38 +93,36 @@ public:
     using BinaryProtocolCreator::AppendArray;
     using BinaryProtocolCreator::AppendData;
     void AppendData(const TStringCore& value) override {
-        ++stringCount;
+        events += 's';
         BinaryProtocolCreator::AppendData(value);
     }
     void AppendArray(ArrayView<const unsigned int> values) override {
-        ++blockCount;
+        events += 'i';
         BinaryProtocolCreator::AppendArray(values);
     }
-    int stringCount = 0;
-    int blockCount = 0;
+    std::string events;
 };
 
 class CountingReader final : public BinaryProtocolReader {
 public:
     using BinaryProtocolReader::BinaryProtocolReader;
     const TStringCore& ReadString() override {
-        ++stringCount;
+        events += 's';
         return BinaryProtocolReader::ReadString();
     }
-    int stringCount = 0;
+    std::string events;
 };
 
 TEST_F(BinaryValueTest, SubclassesSeeEachEvent) {
-    CountingCreator creator;
-    const auto store = factory::MakeDataStore(
-        std::unordered_map<RInternString, SV>({{RInternString(L"i"), test::ColumnOf("i: 1 2 3")},
-                                               {RInternString(L"s"), test::ColumnOf("s: a b")}}));
-    SerializeDataStore(creator, *store);
-    EXPECT_EQ(creator.stringCount, 2);
-    EXPECT_EQ(creator.blockCount, 1);
-    CountingReader reader(test::MakePayload(creator.FinalizePayload()));
-    EXPECT_EQ(RootTextOf(*StoreValueParser::MakeDataStore(reader)), RootTextOf(*store));
-    EXPECT_EQ(reader.stringCount, 2);
+    for (const auto& [column, events] : {std::pair("i: 1 2 3", "i"), std::pair("s: a b", "ss")}) {
+        CountingCreator creator;
+        const auto store = StoreOf(test::ColumnOf(column));
+        SerializeDataStore(creator, *store);
+        EXPECT_EQ(creator.events, events);
+        CountingReader reader(test::MakePayload(creator.FinalizePayload()));
+        EXPECT_EQ(RootTextOf(*StoreValueParser::MakeDataStore(reader)), RootTextOf(*store));
+        EXPECT_EQ(reader.events, column[0] == 's' ? events : "");
+    }
 }
 
 // Where a column stands, and what keeps it there. The payload stands at a multiple of 16, so that

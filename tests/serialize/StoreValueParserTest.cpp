@@ -217,12 +217,9 @@ TEST_F(StoreValueParserTest, RefusedValues) {
 }
 
 TEST_F(StoreValueParserTest, RefusedKeys) {
-    const std::pair<LumError, const char*> cases[] = {
-        {LumError::UnexpectedToken, ""},      {LumError::UnexpectedToken, "a:i x"},
-        {LumError::UnexpectedToken, "a/b:i"}, {LumError::UnexpectedToken, ":i"},
-        {LumError::UnexpectedToken, "a:A<i"}, {LumError::InvalidStoreType, "a:int"},
-        {LumError::UnknownTypeName, "a:z"},   {LumError::UnexpectedToken, "a b:i"},
-    };
+    const std::pair<LumError, const char*> cases[] = {{LumError::UnexpectedToken, "a:i x"},
+                                                      {LumError::UnexpectedToken, "a/b:i"},
+                                                      {LumError::InvalidStoreType, "a:int"}};
     for (const auto& [error, key] : cases) {
         SCOPED_TRACE(key);
         const std::string json = std::string("{\"") + key + "\":1}";
