@@ -15,7 +15,6 @@
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/ExternalType.h"
-#include "lum/core/types/HeterogeneousTypes.h"
 #include "lum/core/types/ScalarTypes.h"
 #include "lum/core/types/TupleType.h"
 #include "tests/serialize/GoldenPayloads.h"

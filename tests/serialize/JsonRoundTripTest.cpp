@@ -5,11 +5,9 @@
 #include <string>
 #include <unordered_map>
 #include <utility>
-#include <vector>
 
 #include "lum/core/serialize/StoreValueSerializer.h"
 #include "lum/core/store/ArrayFactory.h"
-#include "lum/core/store/IStoreKeyMap.h"
 #include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/store/TupleFactory.h"
 #include "lum/core/store/ValueFactory.h"

@@ -2,10 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
 #include <utility>
-#include <vector>
 
 #include "core/main/serialize/JsonEscape.h"
 #include "tests/support/LumErrorMatchers.h"

@@ -12,12 +12,12 @@
 #include <vector>
 
 #include "lum/core/store/ValueFactory.h"
+#include "lum/core/utility/LumLog.h"
 #include "tests/serialize/GoldenPayloads.h"
 #include "tests/serialize/GoldenValues.h"
 #include "tests/serialize/SerializeTest.h"
 #include "tests/support/AllocationCounter.h"
 #include "tests/support/ExactText.h"
-#include "tests/support/LumErrorMatchers.h"
 #include "tests/support/PayloadWalk.h"
 #include "tests/support/StoreTouch.h"
 

@@ -232,66 +232,61 @@ TEST_F(StoreValueSerializerTest, StoresByOptions) {
               R"({"s:S<c>":[-65536,1],"t:P{ c }":[16]})");
 }
 
+template <typename T>
+void WritePlainArray(JsonSerializer& serializer, const StoreValue& value);
+
 // The plain way: a call of the writer for each item, and a boxed value for each element.
-class PlainWriter {
-public:
-    explicit PlainWriter(JsonSerializer& serializer) : m_serializer(serializer) {}
-
-    void Write(const SV& value, bool isElement) {
-        const StoreType type = value->GetStoreType();
-        if (value->IsSpecial()) {
-            m_serializer.AppendString(SpecialKindToString(value->GetSpecialKind()));
-        } else if (type == StoreType::Array) {
-            DispatchStorage(value->AsArray().GetElementType()->GetStoreType(),
-                            [&]<typename T>(StorageTag<T>) { WriteArray<T>(*value); });
-        } else if (type == StoreType::Tuple) {
-            const LumTuple& row = value->AsTuple();
-            m_serializer.BeginArray(false);
-            for (lumsize_t i = 0; i < row.GetCount(); ++i) {
-                Write(FetchStoreValueFromTuple(row, i), /*isElement=*/false);
-            }
-            m_serializer.EndArray();
-        } else if (type == StoreType::String && !isElement) {
-            m_serializer.AppendUnquotedString(SerializeValue(*value));
+void WritePlain(JsonSerializer& serializer, const SV& value, bool isElement) {
+    const StoreType type = value->GetStoreType();
+    if (value->IsSpecial()) {
+        serializer.AppendString(SpecialKindToString(value->GetSpecialKind()));
+    } else if (type == StoreType::Array) {
+        DispatchStorage(value->AsArray().GetElementType()->GetStoreType(),
+                        [&]<typename T>(StorageTag<T>) { WritePlainArray<T>(serializer, *value); });
+    } else if (type == StoreType::Tuple) {
+        const LumTuple& row = value->AsTuple();
+        serializer.BeginArray(false);
+        for (lumsize_t i = 0; i < row.GetCount(); ++i) {
+            WritePlain(serializer, FetchStoreValueFromTuple(row, i), /*isElement=*/false);
+        }
+        serializer.EndArray();
+    } else if (type == StoreType::String && !isElement) {
+        serializer.AppendUnquotedString(SerializeValue(*value));
+    } else {
+        // Truth values and numbers stand as they are, but for those that JSON has no text for.
+        const TStringCore text = FormatPrimitive(*value);
+        if (type <= StoreType::Real64 && !text.contains(L"n")) {
+            serializer.AppendUnquotedString(text);
         } else {
-            // Truth values and numbers stand as they are, but for those that JSON has no text for.
-            const TStringCore text = FormatPrimitive(*value);
-            if (type <= StoreType::Real64 && !text.contains(L"n")) {
-                m_serializer.AppendUnquotedString(text);
-            } else {
-                m_serializer.AppendString(text);
-            }
+            serializer.AppendString(text);
         }
     }
+}
 
-private:
-    template <typename T>
-    void WriteArray(const StoreValue& value) {
-        const Type* const elementType = value.AsArray().GetElementType();
-        const test::Cells<T> cells = test::CellsOf<T>(value);
-        m_serializer.BeginArray(IsCollectionStoreType(elementType->GetStoreType()));
-        for (std::size_t i = 0; i < cells.values.size(); ++i) {
-            const SV element = MakeStoreValueFromStorageType<T>(elementType, cells.values[i]);
-            const SpecialKind kind = cells.GetKind(i);
-            if (kind == SpecialKind::Normal) {
-                Write(element, /*isElement=*/true);
-            } else {
-                m_serializer.BeginArray(false);
-                Write(element, /*isElement=*/true);
-                m_serializer.AppendString(SpecialKindToString(kind));
-                m_serializer.EndArray();
-            }
+template <typename T>
+void WritePlainArray(JsonSerializer& serializer, const StoreValue& value) {
+    const Type* const elementType = value.AsArray().GetElementType();
+    const test::Cells<T> cells = test::CellsOf<T>(value);
+    serializer.BeginArray(IsCollectionStoreType(elementType->GetStoreType()));
+    for (std::size_t i = 0; i < cells.values.size(); ++i) {
+        const SV element = MakeStoreValueFromStorageType<T>(elementType, cells.values[i]);
+        const SpecialKind kind = cells.GetKind(i);
+        if (kind == SpecialKind::Normal) {
+            WritePlain(serializer, element, /*isElement=*/true);
+        } else {
+            serializer.BeginArray(false);
+            WritePlain(serializer, element, /*isElement=*/true);
+            serializer.AppendString(SpecialKindToString(kind));
+            serializer.EndArray();
         }
-        m_serializer.EndArray();
     }
-
-    JsonSerializer& m_serializer;
-};
+    serializer.EndArray();
+}
 
 void ExpectPlainText(const SV& column) {
     for (const JsonSerializerType form : kBothForms) {
         JsonSerializer plain(form);
-        PlainWriter(plain).Write(column, /*isElement=*/false);
+        WritePlain(plain, column, /*isElement=*/false);
         test::ForEachForm(column, [&](const SV& inForm) {
             JsonSerializer serializer(form);
             SerializeValue(serializer, *inForm);

@@ -136,12 +136,11 @@ TEST(VtlScannerTest, RealsAreTheNearest) {
     test::Random random;
     SCOPED_TRACE(random.Trace());
     for (int i = 0; i < 5000; ++i) {
-        const double value = std::bit_cast<double>(random.Bits());
-        if (std::isfinite(value)) {
-            char buffer[64];
-            std::snprintf(buffer, sizeof(buffer), i % 2 == 0 ? "%.17g" : "%.3e", std::fabs(value));
-            texts.emplace_back(buffer);
-        }
+        char text[64];
+        const double value = std::ldexp(static_cast<double>(random.Bits()),
+                                        static_cast<int>(random.Below(2000)) - 1000);
+        std::snprintf(text, sizeof(text), i % 2 == 0 ? "%.17g" : "%.3e", value);
+        texts.emplace_back(text);
     }
     for (const std::string& text : texts) {
         VtlToken token;

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
-#include <memory>
 #include <regex>
 #include <set>
 #include <string>
