@@ -25,36 +25,6 @@ BinaryBufferReader ReaderOver(const std::vector<unsigned char>& bytes) {
     return {bytes.data(), LumSizeCastSafe(bytes.size())};
 }
 
-TEST(BinaryBufferTest, WordsStandAtMultiplesOfTheirSize) {
-    const auto forEachWord = [](const auto& function) {
-        function(static_cast<unsigned char>(0xA1));
-        function(static_cast<unsigned short>(0xB2C3));
-        function(static_cast<signed char>(-1));
-        function(-2);
-        function(static_cast<signed char>(7));
-        function(1.5f);
-        function(0x01020304u);
-        function(-2.0);
-        function(static_cast<unsigned char>(0xA2));
-        function(int64{-3});
-        function(uint64{1} << 40);
-    };
-    BinaryBufferCreator buffer;
-    forEachWord([&](auto word) { buffer.Append(word); });
-    EXPECT_EQ(ToHex(buffer.GetBuffer()),
-              "a100c3b2 ff000000 feffffff 07000000 0000c03f 04030201 00000000 000000c0 a2000000 "
-              "00000000 fdffffff ffffffff 00000000 00010000");
-
-    BinaryBufferReader reader(buffer.GetBuffer().data(), buffer.GetLength());
-    forEachWord([&](auto word) {
-        EXPECT_FALSE(reader.IsAtEnd());
-        EXPECT_EQ(reader.Read<decltype(word)>(), word);
-        EXPECT_EQ(reader.ReadPointer<uint64>(0), nullptr);
-    });
-    EXPECT_TRUE(reader.IsAtEnd());
-    EXPECT_EQ(reader.GetLength(), 56u);
-}
-
 TEST(BinaryBufferTest, Alignment) {
     for (unsigned char wordSize = 1; wordSize <= 8; ++wordSize) {
         BinaryBufferCreator buffer(0);
@@ -125,25 +95,6 @@ TEST(BinaryBufferTest, ReadsStayInside) {
         EXPECT_LUM_ERROR(BufferReadOutOfBounds, "", reader.ReadPointer<unsigned int>(count));
         EXPECT_EQ(reader.ReadPointer<char>(60), reinterpret_cast<const char*>(bytes.data()) + 4);
     }
-}
-
-TEST(BinaryBufferTest, OverwritesWhatIsThere) {
-    BinaryBufferCreator buffer(3);
-    buffer.AppendBytes("abcdef", 6, 1);
-    buffer.SetValueAt(1, 0x34333231);
-    EXPECT_EQ(ToHex(buffer.GetBuffer()), "61313233 3466");
-    buffer.SetValueAt(2, 0);
-    for (const unsigned int position : {3u, 6u, 0xFFFFFFFCu, 0xFFFFFFFFu}) {
-        EXPECT_LUM_REPORT(BufferWriteOutOfBounds, "",
-                          "(pos + sizeof(buffersize_t) <= m_buffer.size())",
-                          buffer.SetValueAt(position, 1));
-    }
-    BinaryBufferCreator all;
-    all.AppendString(L"");
-    all.AppendBuffer(BinaryBufferCreator());
-    all.AppendString(L"\x00e9-");
-    all.AppendBuffer(buffer);
-    EXPECT_EQ(ToHex(all.GetBuffer()), "c3a92d61 31000000 00");
 }
 
 TEST(BinaryBufferTest, Base128Bytes) {

@@ -20,18 +20,6 @@ using test::FromHex;
 using test::MakePayload;
 using test::ToHex;
 
-TEST(BinaryListTypeTest, Bytes) {
-    for (unsigned int byte = 0; byte < 256; ++byte) {
-        const BinaryListType type(static_cast<unsigned char>(byte));
-        EXPECT_EQ(static_cast<signed char>(type), static_cast<signed char>(byte));
-        EXPECT_EQ(static_cast<unsigned int>(type.GetContainerType()), byte % 8);
-        EXPECT_EQ(type.HasSpecials(), byte / 8 % 2 == 1);
-        EXPECT_EQ(type.HasIndices(), byte / 16 % 2 == 1);
-        EXPECT_EQ(static_cast<unsigned int>(type.GetSortOrder()), byte / 32 % 4);
-        EXPECT_EQ(type == BinaryListType::ArrayWithSpecials, byte == 9);
-    }
-}
-
 class BinaryProtocolTest : public test::SerializeTest {};
 
 // Read and written again event by event, whatever the address.
