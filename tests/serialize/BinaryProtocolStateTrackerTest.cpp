@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <map>
 #include <sstream>
 #include <string>
@@ -16,7 +17,7 @@ namespace {
 // segments, dict=1 ... /dict, table=1 ... /table, keys=2 ... /keys, and key, type, value, block=3.
 struct Event {
     std::string name;
-    unsigned int number = 0;
+    unsigned int number;
 };
 
 std::vector<Event> ParseScript(const std::string& script) {
@@ -24,40 +25,32 @@ std::vector<Event> ParseScript(const std::string& script) {
     std::istringstream words(script);
     for (std::string word; words >> word;) {
         const std::size_t sign = word.find('=');
-        const bool hasNumber = sign != std::string::npos;
-        events.push_back(
-            {word.substr(0, sign),
-             hasNumber ? static_cast<unsigned int>(std::stoul(word.substr(sign + 1))) : 0});
+        const std::string number = sign == std::string::npos ? "0" : word.substr(sign + 1);
+        events.push_back({word.substr(0, sign), static_cast<unsigned int>(std::stoul(number))});
     }
     return events;
 }
 
 void FeedOne(BinaryProtocolStateTracker& tracker, const Event& event) {
-    using Tracker = BinaryProtocolStateTracker;
-    using Call = void (*)(Tracker&, unsigned int);
-    static const std::map<std::string, Call> s_calls = {
+    const unsigned int number = event.number;
+    const std::map<std::string, std::function<void()>> calls = {
         {"list",
-         [](Tracker& to, unsigned int type) {
-             to.BeginListType(BinaryListType(static_cast<unsigned char>(type)));
-         }},
-        {"keys",
-         [](Tracker& to, unsigned int type) {
-             to.BeginKeySetType(static_cast<BinaryKeySetType>(type));
-         }},
-        {"dict", [](Tracker& to, unsigned int count) { to.BeginDictionaryType(count); }},
-        {"table", [](Tracker& to, unsigned int count) { to.BeginTableType(count); }},
-        {"data", [](Tracker& to, unsigned int count) { to.BeginListData(count); }},
-        {"block", [](Tracker& to, unsigned int count) { to.AppendArrayData(count); }},
-        {"/list", [](Tracker& to, unsigned int) { to.EndListType(); }},
-        {"/keys", [](Tracker& to, unsigned int) { to.EndKeySetType(); }},
-        {"/dict", [](Tracker& to, unsigned int) { to.EndDictionaryType(); }},
-        {"/table", [](Tracker& to, unsigned int) { to.EndTableType(); }},
-        {"/data", [](Tracker& to, unsigned int) { to.EndListData(); }},
-        {"key", [](Tracker& to, unsigned int) { to.AppendKey(); }},
-        {"type", [](Tracker& to, unsigned int) { to.AppendKeyType(); }},
-        {"value", [](Tracker& to, unsigned int) { to.AppendData(); }},
+         [&] { tracker.BeginListType(BinaryListType(static_cast<unsigned char>(number))); }},
+        {"keys", [&] { tracker.BeginKeySetType(static_cast<BinaryKeySetType>(number)); }},
+        {"dict", [&] { tracker.BeginDictionaryType(number); }},
+        {"table", [&] { tracker.BeginTableType(number); }},
+        {"data", [&] { tracker.BeginListData(number); }},
+        {"block", [&] { tracker.AppendArrayData(number); }},
+        {"/list", [&] { tracker.EndListType(); }},
+        {"/keys", [&] { tracker.EndKeySetType(); }},
+        {"/dict", [&] { tracker.EndDictionaryType(); }},
+        {"/table", [&] { tracker.EndTableType(); }},
+        {"/data", [&] { tracker.EndListData(); }},
+        {"key", [&] { tracker.AppendKey(); }},
+        {"type", [&] { tracker.AppendKeyType(); }},
+        {"value", [&] { tracker.AppendData(); }},
     };
-    s_calls.at(event.name)(tracker, event.number);
+    calls.at(event.name)();
 }
 
 void Feed(BinaryProtocolStateTracker& tracker, const std::string& script) {

@@ -37,31 +37,19 @@ std::pair<const Type*, bool> ReadTag(const std::string& tag) {
     return read;
 }
 
+// What golden values do not show, each as the type of a value and of a special one.
 TEST_F(BinaryTypeTagTest, Bytes) {
     const Type* const text = StringType::Get();
     const Type* const folded = StringType::Get(Collation(RInternString(L"fold")));
-    const Type* const kind = ExternalType::Get(TStringCore(L"kind"));
     const Type* const pair = TupleType::Get({IntType::Get32(), folded});
     const std::pair<const Type*, std::string> cases[] = {
-        {BoolType::Get(), "01"},
         {IntType::Get32(), "02"},
-        {IntType::Get64(), "03"},
-        {RealType::Get32(), "04"},
-        {RealType::Get64(), "05"},
-        {RealType::Get32(9, -1), "8409ff"},
         {RealType::Get64(-1, 3), "85ff03"},
-        {text, "06"},
         {folded, "86 'fold'"},
-        {DateType::Get(), "07"},
-        {DateTimeType::Get(), "08"},
-        {ColorType::Get(), "09"},
-        {TupleType::Get({}), "0a"},
         {pair, "8a02 86 'fold' 00"},
-        {kind, "8b 'kind'"},
+        {ExternalType::Get(TStringCore(L"kind")), "8b 'kind'"},
         {ArrayType::Get(RealType::Get64(-1, 3)), "0c85ff03"},
         {ArrayType::Get(ArrayType::Get(pair)), "0c0c8a02 86 'fold' 00"},
-        {SetType::Get(kind), "0d8b 'kind'"},
-        {KeySetType::Get(text, IntType::Get64()), "0e0603"},
         {KeySetType::Get(pair, ArrayType::Get(text)), "0e8a02 86 'fold' 00 0c06"},
         {KeyMapType::Get({{RInternString(L"a"), text}}), "0f"},
         {TableType::Get({{RInternString(L"a"), ArrayType::Get(text)}}), "10"},

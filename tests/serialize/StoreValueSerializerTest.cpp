@@ -342,17 +342,14 @@ TEST_F(StoreValueSerializerTest, ColumnsAreWrittenAsByCalls) {
 // One text a column: its memory grows with the text, and nothing is made for a cell.
 TEST_F(StoreValueSerializerTest, CellsAllocateNothing) {
     constexpr lumsize_t kCount = 20000;
-    std::vector<RIndirectString> names(kCount, L"neither short nor \"plain\"");
-    std::vector<LumTuple> rows(kCount, RowOf("P{i,s,t}: 1 'a member' 2024-03-01"));
+    const auto repeat = []<typename T>(const char* type, const T& cell) {
+        return MakeArray<T>(TypeOf(type), std::vector<T>(kCount, cell), SortSpecOrder::UNKNOWN);
+    };
     const SV columns[] = {
-        MakeArray<unsigned int>(TypeOf("i"), std::vector<unsigned int>(kCount, 7u),
-                                SortSpecOrder::UNKNOWN),
-        MakeArray<unsigned long long>(
-            TypeOf("t"),
-            std::vector<unsigned long long>(kCount, LumDateTime(2024, 3, 1, 9, 5, 0, 1).GetValue()),
-            SortSpecOrder::UNKNOWN),
-        MakeArray<RIndirectString>(TypeOf("s"), std::move(names), SortSpecOrder::UNKNOWN),
-        MakeArray<LumTuple>(rows[0].GetType(), std::move(rows), SortSpecOrder::UNKNOWN),
+        repeat("i", 7u),
+        repeat("t", LumDateTime(2024, 3, 1, 9, 5, 0, 1).GetValue()),
+        repeat("s", RIndirectString(L"neither short nor \"plain\"")),
+        repeat("P{i,s,t}", RowOf("P{i,s,t}: 1 'a member' 2024-03-01")),
     };
     for (const SV& column : columns) {
         for (const JsonSerializerType form : kBothForms) {
