@@ -1,7 +1,6 @@
 #include <gtest/gtest.h>
 
 #include <bit>
-#include <cmath>
 #include <limits>
 #include <locale>
 #include <memory>
@@ -131,15 +130,6 @@ TEST(JsonObjectTest, Numbers) {
     }
     const CommaLocale locale(/*hasGroups=*/true);
     checkAll(/*mayRefuse=*/true);
-}
-
-TEST(JsonObjectTest, RealsInStrings) {
-    EXPECT_EQ(Parse(R"("+inf")")->AsReal64(), std::numeric_limits<double>::infinity());
-    EXPECT_EQ(Parse(R"("-inf")")->AsReal32(), -std::numeric_limits<float>::infinity());
-    EXPECT_TRUE(std::isnan(Parse(R"("nan")")->AsReal64()));
-    EXPECT_EQ(Parse(R"("1.5")")->AsReal32(), 1.5f);
-    EXPECT_LUM_REPORT(CannotParseReal64, "", "", Parse(R"("x")")->AsReal64());
-    EXPECT_LUM_REPORT(CannotParseReal32, "", "", Parse(R"("")")->AsReal32());
 }
 
 TEST(JsonObjectTest, RefusedConversions) {
