@@ -36,14 +36,13 @@ TEST_F(BinaryProtocolTest, GoldenBytes) {
     }
 }
 
-// Some to the last byte, so that the layout of the others is not taken on trust.
+// Some to the last byte, so that the layout of the others is not taken on trust; WireFormatPageTest
+// has some with counts in base-128.
 TEST_F(BinaryProtocolTest, WholePayloads) {
     std::map<std::string, std::string> digits;
     for (const test::GoldenPayload& golden : test::GetGoldenPayloads()) {
         digits[golden.name] = ToHex(golden.GetBytes());
     }
-    EXPECT_EQ(digits["EmptyBase128"],
-              "01000000 02000000 012f0000 00000000 00000000 00000000 00000000 20000000 00");
     EXPECT_EQ(digits["EmptyPlain"],
               "01000000 00000000 01000000 2f000000 00000000 00000000 00000000 00000000 28000000 "
               "00000000 00000000");
@@ -51,10 +50,6 @@ TEST_F(BinaryProtocolTest, WholePayloads) {
               "01000000 01000000 01000000 2f000000 28000000 08000000 30000000 01000000 38000000 "
               "00000000 01000000 00000000 61000000 00000000 01000000 01000000 02000000 05000000 "
               "0df0");
-    EXPECT_EQ(digits["ArraysBase128"],
-              "01000000 02000000 012f0000 20000000 14000000 38000000 03000000 40000000 01000000 "
-              "00000000 01000000 02000000 03000000 00000000 656c7000 00000000 03010c03 0100020c "
-              "05010100 00000000 00000000 0000f03f 030c0c06 01010102 0304");
 }
 
 // A store with the column "k" of these texts, as the next payload.

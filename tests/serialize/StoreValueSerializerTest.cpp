@@ -96,7 +96,6 @@ TEST_F(StoreValueSerializerTest, GuardedStrings) {
         {" Null ", R"("' Null '")"},
         {"Nullable", R"("Nullable")"},
         {"Normal", R"("Normal")"},
-        {"Null,", R"("Null,")"},
         {"nan", R"("nan")"},
         {"it's", R"("it's")"},
         {"'Null'", R"("'\\'Null\\''")"},
