@@ -42,8 +42,9 @@ struct ReadCase {
     const char* written = nullptr;  // Null where it is the same text.
 };
 
-// What is not written like this: see JsonRoundTripTest for the rest. The written text tells a
-// special value ("Null") from a string of that text ("'Null'"), so that it says what was read.
+// What is written otherwise than it is read here, and what random stores lack; JsonRoundTripTest
+// has the rest. The written text tells a special value ("Null") from a string of that text
+// ("'Null'"), so that it says what was read.
 TEST_F(StoreValueParserTest, Values) {
     const ReadCase cases[] = {
         {"b", "3", "true"},

@@ -5,7 +5,9 @@
 #include <bit>
 #include <limits>
 #include <memory>
+#include <stdexcept>
 #include <string>
+#include <type_traits>
 #include <unordered_map>
 #include <utility>
 #include <vector>
