@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <map>
 #include <sstream>
 #include <string>
@@ -16,7 +17,7 @@ namespace {
 // segments, dict=1 ... /dict, table=1 ... /table, keys=2 ... /keys, and key, type, value, block=3.
 struct Event {
     std::string name;
-    unsigned int number = 0;
+    unsigned int number;
 };
 
 std::vector<Event> ParseScript(const std::string& script) {
@@ -24,40 +25,32 @@ std::vector<Event> ParseScript(const std::string& script) {
     std::istringstream words(script);
     for (std::string word; words >> word;) {
         const std::size_t sign = word.find('=');
-        const bool hasNumber = sign != std::string::npos;
-        events.push_back(
-            {word.substr(0, sign),
-             hasNumber ? static_cast<unsigned int>(std::stoul(word.substr(sign + 1))) : 0});
+        const std::string number = sign == std::string::npos ? "0" : word.substr(sign + 1);
+        events.push_back({word.substr(0, sign), static_cast<unsigned int>(std::stoul(number))});
     }
     return events;
 }
 
 void FeedOne(BinaryProtocolStateTracker& tracker, const Event& event) {
-    using Tracker = BinaryProtocolStateTracker;
-    using Call = void (*)(Tracker&, unsigned int);
-    static const std::map<std::string, Call> s_calls = {
+    const unsigned int number = event.number;
+    const std::map<std::string, std::function<void()>> calls = {
         {"list",
-         [](Tracker& to, unsigned int type) {
-             to.BeginListType(BinaryListType(static_cast<unsigned char>(type)));
-         }},
-        {"keys",
-         [](Tracker& to, unsigned int type) {
-             to.BeginKeySetType(static_cast<BinaryKeySetType>(type));
-         }},
-        {"dict", [](Tracker& to, unsigned int count) { to.BeginDictionaryType(count); }},
-        {"table", [](Tracker& to, unsigned int count) { to.BeginTableType(count); }},
-        {"data", [](Tracker& to, unsigned int count) { to.BeginListData(count); }},
-        {"block", [](Tracker& to, unsigned int count) { to.AppendArrayData(count); }},
-        {"/list", [](Tracker& to, unsigned int) { to.EndListType(); }},
-        {"/keys", [](Tracker& to, unsigned int) { to.EndKeySetType(); }},
-        {"/dict", [](Tracker& to, unsigned int) { to.EndDictionaryType(); }},
-        {"/table", [](Tracker& to, unsigned int) { to.EndTableType(); }},
-        {"/data", [](Tracker& to, unsigned int) { to.EndListData(); }},
-        {"key", [](Tracker& to, unsigned int) { to.AppendKey(); }},
-        {"type", [](Tracker& to, unsigned int) { to.AppendKeyType(); }},
-        {"value", [](Tracker& to, unsigned int) { to.AppendData(); }},
+         [&] { tracker.BeginListType(BinaryListType(static_cast<unsigned char>(number))); }},
+        {"keys", [&] { tracker.BeginKeySetType(static_cast<BinaryKeySetType>(number)); }},
+        {"dict", [&] { tracker.BeginDictionaryType(number); }},
+        {"table", [&] { tracker.BeginTableType(number); }},
+        {"data", [&] { tracker.BeginListData(number); }},
+        {"block", [&] { tracker.AppendArrayData(number); }},
+        {"/list", [&] { tracker.EndListType(); }},
+        {"/keys", [&] { tracker.EndKeySetType(); }},
+        {"/dict", [&] { tracker.EndDictionaryType(); }},
+        {"/table", [&] { tracker.EndTableType(); }},
+        {"/data", [&] { tracker.EndListData(); }},
+        {"key", [&] { tracker.AppendKey(); }},
+        {"type", [&] { tracker.AppendKeyType(); }},
+        {"value", [&] { tracker.AppendData(); }},
     };
-    s_calls.at(event.name)(tracker, event.number);
+    calls.at(event.name)();
 }
 
 void Feed(BinaryProtocolStateTracker& tracker, const std::string& script) {
@@ -66,13 +59,9 @@ void Feed(BinaryProtocolStateTracker& tracker, const std::string& script) {
     }
 }
 
+// What payloads of values do not show.
 TEST(BinaryProtocolStateTrackerTest, Accepts) {
     const char* const scripts[] = {
-        "",
-        "dict=0 /dict",
-        "dict=2 key type value key type dict=1 key type value /dict /dict",
-        "list=1 data=3 block=2 block=0 value /data /list",
-        "list=9 data=1 value /data data=1 block=1 /data /list",
         // A first segment without items switches the comparison of counts off; so does an order.
         "list=9 data=0 /data data=3 block=3 /data /list",
         "list=41 data=1 value /data data=3 block=3 /data /list",
@@ -81,10 +70,8 @@ TEST(BinaryProtocolStateTrackerTest, Accepts) {
         // Containers are items.
         "list=1 data=4 list=6 data=0 /data /list dict=0 /dict keys=1 data=0 /data /keys value "
         "/data /list",
-        "dict=2 key type list=2 data=4 block=4 /data /list key type keys=2 /keys /dict",
-        "dict=1 key type table=1 list=1 data=0 /data /list list=4 data=0 value /data /list "
-        "key type list=1 data=1 value /data /list /table /dict",
-        "keys=2 data=0 /data data=1 key value /data /keys",
+        // A key set may end before its segments.
+        "dict=1 key type keys=2 /keys /dict",
         "keys=2 data=0 /data /keys",
         // A list where a key is due is the key.
         "keys=1 data=2 list=6 data=0 /data /list list=6 data=0 /data /list key keys=1 data=0 /data "
@@ -259,15 +246,6 @@ TEST(BinaryProtocolStateTrackerTest, ItemsAreCounted) {
         Feed(tracker, script);
         EXPECT_LUM_ERROR(ListValueCountMismatch, "", Feed(tracker, "/data"));
     }
-}
-
-TEST(BinaryProtocolStateTrackerTest, StaysOpenWhereItRefusesToEnd) {
-    BinaryProtocolStateTracker tracker;
-    Feed(tracker, "dict=1 key type list=1 data=1");
-    EXPECT_LUM_ERROR(ListStartExpected, "", tracker.EndListType());
-    EXPECT_LUM_ERROR(ListValueCountMismatch, "", tracker.EndListData());
-    Feed(tracker, "value /data /list /dict");
-    EXPECT_FALSE(tracker.HasStates());
 }
 
 }  // namespace

@@ -15,7 +15,6 @@
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/ExternalType.h"
-#include "lum/core/types/HeterogeneousTypes.h"
 #include "lum/core/types/ScalarTypes.h"
 #include "lum/core/types/TupleType.h"
 #include "tests/serialize/GoldenPayloads.h"
@@ -144,21 +143,17 @@ TEST_F(BinaryValueRefusalTest, TakenAsItStands) {
 TEST_F(BinaryValueRefusalTest, Nesting) {
     const struct {
         std::string data;
-        int values;
+        unsigned int values;
     } levels[] = {
         {"01 01 0f ", 1},                // A key map under a name,
         {"01 01 0c 0f 01 01 ", 2},       // an array of key maps under a name,
         {"01 01 0e 01 0f 01 01 01 ", 2}  // key maps in a key set.
     };
-    constexpr int kLimit = 256;
+    constexpr unsigned int kLimit = 256;
     for (const auto& level : levels) {
-        for (const int depth : {kLimit / level.values, kLimit / level.values + 1, 3000}) {
+        for (const unsigned int depth : {kLimit / level.values, kLimit / level.values + 1, 3000u}) {
             SCOPED_TRACE(level.data + std::to_string(depth));
-            std::string data;
-            for (int i = 0; i < depth; ++i) {
-                data += level.data;
-            }
-            data += "00";
+            const std::string data = test::Repeat(level.data, depth) + "00";
             test::OnSmallStack([&] {
                 if (depth * level.values <= kLimit) {
                     EXPECT_EQ(ReadData(data)->GetValue(KeyPath())->GetCount(), 1u);

@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <exception>
+#include <functional>
 #include <string>
 
 #include "lum/core/serialize/JsonSerializer.h"
 #include "lum/core/serialize/StoreValueSerializer.h"
 #include "lum/core/store/StoreValue.h"
+#include "lum/core/utility/LumException.h"
 
 namespace lum::test {
 
@@ -33,6 +36,17 @@ void ExpectJson(const JsonCase (&cases)[N]) {
         EXPECT_EQ(Compact(expected.value), expected.compact);
         EXPECT_EQ(Readable(expected.value), expected.readable);
     }
+}
+
+/// Whether `call` throws what is of the JSON parser or of the standard library, and none of ours.
+inline bool FailsAsForeign(const std::function<void()>& call) {
+    try {
+        call();
+    } catch (const core::LumException&) {
+    } catch (const std::exception&) {
+        return true;
+    }
+    return false;
 }
 
 }  // namespace lum::test

@@ -2,17 +2,12 @@
 
 #include <gtest/gtest.h>
 
-#include <bit>
-#include <limits>
 #include <string>
 #include <unordered_map>
 #include <utility>
-#include <vector>
 
 #include "lum/core/serialize/StoreValueSerializer.h"
 #include "lum/core/store/ArrayFactory.h"
-#include "lum/core/store/IStoreKeyMap.h"
-#include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/store/TupleFactory.h"
 #include "lum/core/store/ValueFactory.h"
@@ -20,7 +15,6 @@
 #include "tests/serialize/SerializeTest.h"
 #include "tests/support/ColumnText.h"
 #include "tests/support/KeySets.h"
-#include "tests/support/RandomColumns.h"
 
 namespace lum::core {
 namespace {
@@ -98,59 +92,6 @@ TEST_F(JsonRoundTripTest, Texts) {
             {L"entries", test::MakeKeySetOf(TypeOf("s"), TypeOf("s"), entries)},
             {L"deeper", factory::MakeKeyMap({{name, value}})}}));
         ExpectRoundTrip(factory::MakeKeyMap({{L"row", factory::MakeTuple(std::move(row))}}));
-    }
-}
-
-double MakeReal(test::Random& random) {
-    const double reals[] = {-0.0,
-                            std::numeric_limits<double>::denorm_min(),
-                            std::numeric_limits<double>::max(),
-                            -std::numeric_limits<double>::infinity(),
-                            1e15,
-                            0.1};
-    return random.Below(2) == 0 ? random.OneOf(reals) : std::bit_cast<double>(random.Bits());
-}
-
-TEST_F(JsonRoundTripTest, NumbersAndMoments) {
-    SCOPED_TRACE(m_random.Trace());
-    const LumDateTime moments[] = {
-        LumDateTime(400, 1, 1, 0, 0, 0, 0), LumDateTime(23829, 12, 31, 23, 59, 59, 9999),
-        LumDateTime(1582, 10, 15, 0, 0, 0, 1), LumDateTime(2024, 2, 29, 12, 0, 0, 0)};
-    for (int i = 0; i < 2000; ++i) {
-        const double real = MakeReal(m_random);
-        const LumDateTime moment = m_random.OneOf(moments);
-        const auto number = std::bit_cast<int64>(m_random.Bits() | 1);
-        const SV color = factory::MakeColor(static_cast<int>(number));
-        const auto entry = [](const char* key, const char* element, SV first, SV second) {
-            test::BoxedEntries entries;
-            entries.normal = {{std::move(first), second}};
-            entries.special = {{SpecialKind::All, second}};
-            return test::MakeKeySetOf(TypeOf(key), TypeOf(element), entries);
-        };
-        ExpectRoundTrip(factory::MakeKeyMap(std::unordered_map<RInternString, SV>{
-            {L"integer", factory::MakeInt32(static_cast<int>(number))},
-            {L"real", factory::MakeReal64(real)},
-            {L"moments", factory::MakeArray<unsigned long long>(TypeOf("t"), {moment.GetValue()},
-                                                                SortSpecOrder::UNORD)},
-            {L"l", entry("l", "r", factory::MakeInt64(number), factory::MakeReal64(real))},
-            {L"t", entry("t", "c", factory::MakeDateTime(moment), color)},
-            {L"c", entry("c", "l", color, factory::MakeInt64(number))}}));
-    }
-}
-
-// The forms that a column has in memory all have one text, and come back plain.
-TEST_F(JsonRoundTripTest, FormsOfColumns) {
-    SCOPED_TRACE(m_random.Trace());
-    for (const Type* const type : test::GetElementTypes()) {
-        const SV column = test::MakeRandomColumn(m_random, type, 7);
-        const SV indexed = column->AsArray().WithIndices({6, 0, 0, 3}, SortSpecOrder::UNORD);
-        const TStringCore json = SerializeValue(*factory::MakeKeyMap({{L"a", indexed}}));
-        const SV read = StoreValueParser::MakeKeyMap(json)->AsKeyMap().GetValue(L"a");
-        EXPECT_EQ(read->GetType(), column->GetType());
-        EXPECT_FALSE(read->AsArray().HasIndices());
-        if (!type->Is(StoreType::Tuple)) {
-            EXPECT_EQ(TextOf(read), TextOf(indexed));
-        }
     }
 }
 

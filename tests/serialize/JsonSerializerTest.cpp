@@ -2,10 +2,9 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <string>
+#include <string_view>
 #include <utility>
-#include <vector>
 
 #include "core/main/serialize/JsonEscape.h"
 #include "tests/support/LumErrorMatchers.h"
@@ -44,18 +43,14 @@ TEST(JsonSerializerTest, LayoutOfBothForms) {
         std::string readable;
     } cases[] = {
         {"", "", ""},
-        {"true", "true", "true"},
-        {"'text", "\"text\"", "\"text\""},
         {"( )", "[]", "[ ]"},
         {"[ ]", "[]", "[\n\n]"},
         {"{ }", "{}", "{\n\n}"},
-        {"( 1 'a 3 )", "[1,\"a\",3]", "[ 1, \"a\", 3 ]"},
         {"[ 1 'a ]", "[1,\"a\"]", "[\n    1,\n    \"a\"\n]"},
         {"{ a: 1 b: 'x }", R"({"a":1,"b":"x"})", "{\n    \"a\": 1,\n    \"b\": \"x\"\n}"},
         // No blank stands in front of a one-line array inside of one.
         {"( 1 ( 2 3 ) 4 )", "[1,[2,3],4]", "[ 1,[ 2, 3 ], 4 ]"},
         {"( ( 2 3 ) 4 )", "[[2,3],4]", "[[ 2, 3 ], 4 ]"},
-        {"[ ( 1 2 ) ( 3 ) ]", "[[1,2],[3]]", "[\n    [ 1, 2 ],\n    [ 3 ]\n]"},
         {"( [ 1 ] 2 )", "[[1],2]", "[[\n    1\n], 2 ]"},
         {"( { a: 1 } 2 )", R"([{"a":1},2])", "[{\n    \"a\": 1\n}, 2 ]"},
         {"{ a: { b: [ ] } c: ( 1 ) }", R"({"a":{"b":[]},"c":[1]})",
@@ -148,11 +143,10 @@ TEST(JsonSerializerTest, MovesWithItsState) {
 
 // A unit as it stands in a string, by the letter of RFC 8259 with the short escapes that we use.
 std::u16string EscapedUnit(char16_t unit) {
-    const std::u16string shortForms = u"\bb\tt\nn\ff\rr\"\"\\\\";
-    for (std::size_t i = 0; i < shortForms.size(); i += 2) {
-        if (shortForms[i] == unit) {
-            return std::u16string(u"\\") + shortForms[i + 1];
-        }
+    constexpr std::u16string_view kUnits = u"\b\t\n\f\r\"\\";
+    constexpr std::u16string_view kLetters = u"btnfr\"\\";
+    if (const std::size_t place = kUnits.find(unit); place != kUnits.npos) {
+        return std::u16string(u"\\") + kLetters[place];
     }
     if (unit >= 32) {
         return std::u16string(1, unit);
@@ -169,29 +163,17 @@ std::u16string QuotedByUnit(std::u16string_view text) {
     return quoted + u"\"";
 }
 
-TEST(JsonSerializerTest, EscapesEveryUnit) {
-    std::u16string all;
-    for (unsigned int unit = 0; unit < 0x10000; ++unit) {
-        all += static_cast<char16_t>(unit);
-    }
-    JsonSerializer serializer;
-    serializer.AppendString(TStringCore(all));
-    EXPECT_TRUE(serializer.Build().view() == QuotedByUnit(all));
-
-    JsonSerializer key;
-    key.BeginDictionary();
-    key.AppendKey(TStringCore(std::u16string{0x1f, 0x7f, u'/', u'"', u'\n', 0}));
-    EXPECT_EQ(key.Build().toStdString(), "{\"\\u001f\x7f/\\\"\\n\\u0000\":");
-}
-
 // Escapes at all places of texts around the width of the blocks that are copied at once, in texts
 // that stand in the object, in a block, and in a block although they are short.
 TEST(JsonSerializerTest, EscapesAtEveryPlace) {
     test::Random random;
     SCOPED_TRACE(random.Trace());
-    const char16_t units[] = {u'a',   u'\x1f', u' ',   u'!',   u'"', u'#',
-                              u'[',   u'\\',   u']',   u'\n',  0x7f, 0x2022,
-                              0x225c, 0x5c22,  0xd800, 0xffff, 0,    0x8000};
+    // Every unit of ASCII, and others whose halves look like such that are escaped.
+    const auto chooseUnit = [&random] {
+        const char16_t others[] = {0x2022, 0x225c, 0x5c22, 0xd800, 0xffff, 0x8000};
+        return random.Below(4) == 0 ? random.OneOf(others)
+                                    : static_cast<char16_t>(random.Below(0x80));
+    };
     for (std::size_t length = 0; length < 70; ++length) {
         for (int round = 0; round < 40; ++round) {
             const bool isMostlyPlain = round % 4 != 0;
@@ -200,7 +182,7 @@ TEST(JsonSerializerTest, EscapesAtEveryPlace) {
                 text.reserve(100);
             }
             for (std::size_t i = 0; i < length; ++i) {
-                text += isMostlyPlain && random.Below(40) != 0 ? u'x' : random.OneOf(units);
+                text += isMostlyPlain && random.Below(40) != 0 ? u'x' : chooseUnit();
             }
             const std::u16string expected = QuotedByUnit(text.view());
             JsonSerializer serializer;

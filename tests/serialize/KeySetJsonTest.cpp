@@ -1,19 +1,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <memory>
+#include <regex>
 #include <string>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
-#include "lum/core/store/ITypedArray.h"
-#include "lum/core/store/KeyMapFactory.h"
-#include "lum/core/store/TupleFactory.h"
+#include "lum/core/store/IStoreArray.h"
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/types/CollectionTypes.h"
-#include "lum/core/types/HeterogeneousTypes.h"
-#include "lum/core/types/ScalarTypes.h"
 #include "tests/serialize/JsonForms.h"
 #include "tests/serialize/SerializeTest.h"
 #include "tests/support/ColumnText.h"
@@ -33,45 +28,40 @@ using test::TypeOf;
 
 class KeySetJsonTest : public test::SerializeTest {};
 
-// Cells in the order in which they are written as keys, with their texts as keys and as elements.
+// Cells in the order in which they are written as keys, and their texts as elements.
 struct Cells {
     const char* type;
     const char* cells;
-    std::vector<std::string> keyTexts;
-    std::vector<std::string> elementTexts;
+    std::vector<std::string> texts;
 };
 const Cells kCells[] = {
-    {"b", "false true", {"false", "true"}, {"false", "true"}},
-    {"i", "-10 -9 2 10", {"-10", "-9", "2", "10"}, {"-10", "-9", "2", "10"}},
-    {"l", "-5000000000 5", {"-5000000000", "5"}, {"-5000000000", "5"}},
-    {"f",
-     "-inf -0 0 0.1 nan",
-     {"-inf", "-0", "0", "0.1", "nan"},
-     {R"("-inf")", "-0", "0", "0.1", R"("nan")"}},
+    {"b", "false true", {"false", "true"}},
+    {"i", "-10 -9 2 10", {"-10", "-9", "2", "10"}},
+    {"l", "-5000000000 5", {"-5000000000", "5"}},
+    {"f", "-inf -0 0 0.1 nan", {R"("-inf")", "-0", "0", "0.1", R"("nan")"}},
     {"r",
      "-1e+300 -0 0 0.1 +inf nan",
-     {"-1.0000000000000001e+300", "-0", "0", "0.10000000000000001", "+inf", "nan"},
      {"-1.0000000000000001e+300", "-0", "0", "0.10000000000000001", R"("+inf")", R"("nan")"}},
     // By code unit; nothing guards what looks like a special value.
-    {"s",
-     "'' B Null a 'q\"\\'",
-     {"", "B", "Null", "a", R"(q\"\\)"},
-     {R"("")", R"("B")", R"("Null")", R"("a")", R"("q\"\\")"}},
-    {"d",
-     "1999-12-31 2024-03-01",
-     {"1999-12-31", "2024-03-01"},
-     {R"("1999-12-31")", R"("2024-03-01")"}},
+    {"s", "'' B Null a 'q\"\\'", {R"("")", R"("B")", R"("Null")", R"("a")", R"("q\"\\")"}},
+    {"d", "1999-12-31 2024-03-01", {R"("1999-12-31")", R"("2024-03-01")"}},
     {"t",
      "2024-03-01 2024-03-01T09:05:00.2500",
-     {"2024-03-01", "2024-03-01T09:05:00.2500"},
      {R"("2024-03-01")", R"("2024-03-01T09:05:00.2500")"}},
     // By the signed number, in which opaque colours are negative.
-    {"c", "ffff0000 00000001", {"ffff0000", "00000001"}, {R"("ffff0000")", R"("00000001")"}},
+    {"c", "ffff0000 00000001", {R"("ffff0000")", R"("00000001")"}},
     {"P{i,s}",
      "(2!Null '''') (1 Null) (1 a)",
-     {R"([\"Null\",\"'\\\\''\"])", R"([1,\"'Null'\"])", R"([1,\"a\"])"},
      {R"(["Null","'\\''"])", R"([1,"'Null'"])", R"([1,"a"])"}},
 };
+
+// The text as a key: a row is text within text, all else the same without quotes of its own.
+std::string KeyText(const std::string& text) {
+    static const std::regex s_escaped(R"(["\\])");
+    return text[0] == '['   ? '"' + std::regex_replace(text, s_escaped, R"(\$&)") + '"'
+           : text[0] == '"' ? text
+                            : '"' + text + '"';
+}
 
 std::vector<SV> Boxed(const Cells& cells) {
     const SV column = ColumnOf(std::string(cells.type) + ": " + cells.cells);
@@ -88,14 +78,14 @@ TEST_F(KeySetJsonTest, AllPairsAreSortedByTheirKeys) {
             SCOPED_TRACE(std::string(keys.type) + " to " + elements.type);
             const std::vector<SV> keyCells = Boxed(keys);
             const std::vector<SV> elementCells = Boxed(elements);
-            ASSERT_EQ(keyCells.size(), keys.keyTexts.size());
+            ASSERT_EQ(keyCells.size(), keys.texts.size());
             BoxedEntries entries;
             std::string text = "{";
             for (std::size_t i = 0; i < keyCells.size(); ++i) {
                 const std::size_t element = i % elementCells.size();
                 entries.normal.emplace_back(keyCells[i], elementCells[element]);
-                text += (i == 0 ? "\"" : ",\"") + keys.keyTexts[i] +
-                        "\":" + elements.elementTexts[element];
+                text +=
+                    (i == 0 ? "" : ",") + KeyText(keys.texts[i]) + ':' + elements.texts[element];
             }
             text += "}";
             const auto write = [&] {
@@ -108,8 +98,8 @@ TEST_F(KeySetJsonTest, AllPairsAreSortedByTheirKeys) {
 
             entries.special = {{SpecialKind::Missing, elementCells[0]},
                                {SpecialKind::Null, elementCells[1]}};
-            EXPECT_EQ(write(), "[" + text + ",{\"Null\":" + elements.elementTexts[1] +
-                                   ",\"Missing\":" + elements.elementTexts[0] + "}]");
+            EXPECT_EQ(write(), "[" + text + ",{\"Null\":" + elements.texts[1] +
+                                   ",\"Missing\":" + elements.texts[0] + "}]");
         }
     }
 }
@@ -118,27 +108,16 @@ TEST_F(KeySetJsonTest, BothForms) {
     BoxedEntries columns;
     columns.normal = {{MakeInt32(2), ColumnOf("i: 1 -")}, {MakeInt32(1), ColumnOf("i:")}};
     columns.special = {{SpecialKind::All, ColumnOf("i: 7")}};
-    BoxedEntries maps;
-    maps.normal = {{MakeString(L"m"), MakeKeyMap({{L"a", MakeBool(true)}})}};
-    BoxedEntries sets;
-    sets.normal = {{MakeBool(true), test::SetOf("i: 2 1 -")}};
     const test::JsonCase cases[] = {
-        {KeySetOf("i:", "i:"), "{}", "{\n\n}"},
         {KeySetOf("s: b a", "i: 1 2"), R"({"a":2,"b":1})", "{\n    \"a\": 2,\n    \"b\": 1\n}"},
         {KeySetOf("i: -", "r: nan"), R"([{},{"Null":"nan"}])",
          "[{\n\n},{\n    \"Null\": \"nan\"\n} ]"},
-        {KeySetOf("i: 5 -", "s: Null x"), R"([{"5":"Null"},{"Null":"x"}])",
-         "[{\n    \"5\": \"Null\"\n},{\n    \"Null\": \"x\"\n} ]"},
         {KeySetOf("P{i,s}: (1 a)", "P{i,s}: (2 'Null')"), R"({"[1,\"a\"]":[2,"'Null'"]})",
          "{\n    \"[1,\\\"a\\\"]\": [ 2, \"'Null'\" ]\n}"},
         {test::MakeKeySetOf(TypeOf("i"), ArrayType::Get(TypeOf("i")), columns),
          R"([{"1":[],"2":[1,[0,"Null"]]},{"All":[7]}])",
          "[{\n    \"1\": [ ],\n    \"2\": [ 1,[ 0, \"Null\" ] ]\n},{\n"
          "    \"All\": [ 7 ]\n} ]"},
-        {test::MakeKeySetOf(TypeOf("s"), KeyMapType::Get({}), maps), R"({"m":{"a:b":true}})",
-         "{\n    \"m\": {\n        \"a:b\": true\n    }\n}"},
-        {test::MakeKeySetOf(TypeOf("b"), SetType::Get(TypeOf("i")), sets),
-         R"({"true":[[1,2],["Null"]]})", "{\n    \"true\": [[ 1, 2 ],[ \"Null\" ] ]\n}"},
     };
     test::ExpectJson(cases);
 }

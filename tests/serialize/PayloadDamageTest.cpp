@@ -12,18 +12,19 @@
 #include <vector>
 
 #include "lum/core/store/ValueFactory.h"
+#include "lum/core/utility/LumLog.h"
 #include "tests/serialize/GoldenPayloads.h"
 #include "tests/serialize/GoldenValues.h"
 #include "tests/serialize/SerializeTest.h"
 #include "tests/support/AllocationCounter.h"
 #include "tests/support/ExactText.h"
-#include "tests/support/LumErrorMatchers.h"
 #include "tests/support/PayloadWalk.h"
 #include "tests/support/StoreTouch.h"
 
 namespace lum::core {
 namespace {
 
+using test::Repeat;
 using Bytes = std::vector<unsigned char>;
 
 // No count makes room that the bytes do not bear out, whether the read fails or not.
@@ -141,14 +142,6 @@ TEST_F(PayloadDamageTest, HostileWords) {
     });
 }
 
-std::string Repeat(const std::string& text, int count) {
-    std::string repeated;
-    for (int i = 0; i < count; ++i) {
-        repeated += text + ' ';
-    }
-    return repeated;
-}
-
 Bytes MakeBytes(const std::string& data) {
     return test::GoldenBytes(/*flags=*/2, data, {"v", "bytes"});
 }
@@ -207,7 +200,7 @@ TEST_F(PayloadDamageTest, MemoryOfNestedCounts) {
     for (const char* const level :
          {"ffff7f 01 0f", "01 01 0c 0f 01 ffff7f", "ffff7f 01 0c 0f 01 ffff7f",
           "01 01 0e 02 0f 01 ffff7f 000000"}) {
-        for (const int levels : {1, 2, 100, 1000}) {
+        for (const unsigned int levels : {1u, 2u, 100u, 1000u}) {
             SCOPED_TRACE(level);
             EXPECT_THROW(ReadWithinMemory(MakeBytes(Repeat(level, levels) + Repeat("00", 1000))),
                          LumException);

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "lum/core/serialize/BinaryProtocolCreator.h"
@@ -32,6 +33,14 @@ protected:
 private:
     CollatorPoolGuard m_pool{std::make_shared<FoldingCollatorPool>()};
 };
+
+inline std::string Repeat(const std::string& text, std::size_t count) {
+    std::string repeated;
+    for (std::size_t i = 0; i < count; ++i) {
+        repeated += text;
+    }
+    return repeated;
+}
 
 /// A store as a payload of its own. Flags: 1 for checksums, 2 for base-128.
 inline std::vector<unsigned char> WriteStore(const core::IDataStore& store,

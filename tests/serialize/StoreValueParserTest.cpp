@@ -11,12 +11,15 @@
 #include "lum/core/store/IStoreKeyMap.h"
 #include "lum/core/store/IStoreTable.h"
 #include "lum/core/types/ScalarTypes.h"
+#include "tests/serialize/JsonForms.h"
 #include "tests/serialize/SerializeTest.h"
 #include "tests/support/ColumnText.h"
 #include "tests/support/LumErrorMatchers.h"
 
 namespace lum::core {
 namespace {
+
+using test::Repeat;
 
 class StoreValueParserTest : public test::SerializeTest {};
 
@@ -39,23 +42,20 @@ struct ReadCase {
     const char* written = nullptr;  // Null where it is the same text.
 };
 
-// The written text tells a special value ("Null") from a string of that text ("'Null'"), so that it
-// says what was read.
+// What is written otherwise than it is read here, and what random stores lack; JsonRoundTripTest
+// has the rest. The written text tells a special value ("Null") from a string of that text
+// ("'Null'"), so that it says what was read.
 TEST_F(StoreValueParserTest, Values) {
     const ReadCase cases[] = {
-        {"b", "true"},
         {"b", "3", "true"},
         {"i", "null", "0"},
         {"i", "1.9", "1"},
-        {"i", R"("Null")"},
         {"i", R"(" Missing ")", R"("Missing")"},
-        {"l", "-9223372036854775808"},
         {"f<7,2>", "0.5"},
         {"r<10,2>", "0.5"},
-        {"r", "-0"},
-        {"r", R"("+inf")"},
+        {"r", R"("1.5")", "1.5"},
+        {"f", R"("+inf")"},
         {"d", R"("'2024-03-01'")", R"("2024-03-01")"},
-        {"t", R"("2024-03-01T09:05:00.2500")"},
         {"c", R"("FF0000")", R"("00ff0000")"},
         {"x<bytes>", R"("000Aff")", R"("000aff")"},
         // Text or special
@@ -73,14 +73,7 @@ TEST_F(StoreValueParserTest, Values) {
         // Arrays
         {"A<i>", R"([1,[5,"Null"],3])"},
         {"A<i>", R"([1,[5,"Normal"]])", "[1,5]"},
-        {"A<r>", R"([["nan","Null"],"-inf",-0,1])"},
-        {"A<s>", R"(["Null",["","Null"]," a ","'x'"])"},
-        {"A<c>", R"([["ff000000","Error"]])"},
-        {"A<x<bytes>>", R"(["0a",["0b","Null"]])"},
-        {"A<A<i>>", R"([[1],[],[2,[3,"Null"]]])"},
         {"A<S<i>>", R"([[1,2],[[1,2],["Null"]]])"},
-        {"A<M>", R"([{"b:i":1},{}])"},
-        {"A<P{ i, s }>", R"([[1,"a"],["Null","'Null'"]])"},
         // Sets
         {"S<i>", "[3,1,3]", "[1,3]"},
         {"S<i>", R"([[2,1],["Null","All","Null"]])", R"([[1,2],["Null","All"]])"},
@@ -92,17 +85,17 @@ TEST_F(StoreValueParserTest, Values) {
         {"K<i,s>", R"({"2":"Null","01":"b","1":"c"})", R"({"1":"b","2":"Null"})"},
         {"K<s,i>", R"([{"Null":1},{"All":2,"Null":3}])", R"([{"Null":1},{"Null":3,"All":2}])"},
         {"K<s,i>", "[{\"b\":1},{}]", R"({"b":1})"},
+        {"K<l,r>", R"({"-5000000000":0.10000000000000001,"9223372036854775807":-0})"},
+        {"K<f,d>", R"({"0.1":"2024-02-29","nan":"0400-01-01"})"},
+        {"K<t,c>", R"({"2024-02-29":"00000000","23829-12-31T23:59:59.9999":"80ff000a"})"},
+        {"K<c,l>", R"({"ffff0000":-9223372036854775808,"00000001":0})"},
         {"K<r,A<i>>", R"({"-inf":[1],"0.5":[2,[3,"Null"]]})"},
-        {"K<P{ i, s },P{ i }>", R"({"[1,\"a b\"]":[1]})"},
         {"K<P{ s },i>", R"({"[\"a\\nb\"]":1})"},
         // Unescaped once with the document and once as a key: what was "a\b" ends without its b.
         {"K<P{ s },i>", R"({"[\"a\\\\\\\\b\"]":1})", R"({"[\"a\\\\b\"]":1})"},
         // Rows
         {"P{ i, s, s, s }", R"(["Null","Null","'Null'","a"])"},
-        {"P{ b, l, f, r, d, t, c, x<bytes> }",
-         R"([true,-5,0.5,"nan","2024-03-01","2024-03-01T00:00:01","ff000000","0a"])"},
         // Dictionaries
-        {"M{ b:i }", R"({"b:i":1})"},
         {"M", R"("Missing")"},
     };
     for (const ReadCase& expected : cases) {
@@ -227,12 +220,9 @@ TEST_F(StoreValueParserTest, RefusedValues) {
 }
 
 TEST_F(StoreValueParserTest, RefusedKeys) {
-    const std::pair<LumError, const char*> cases[] = {
-        {LumError::UnexpectedToken, ""},      {LumError::UnexpectedToken, "a:i x"},
-        {LumError::UnexpectedToken, "a/b:i"}, {LumError::UnexpectedToken, ":i"},
-        {LumError::UnexpectedToken, "a:A<i"}, {LumError::InvalidStoreType, "a:int"},
-        {LumError::UnknownTypeName, "a:z"},   {LumError::UnexpectedToken, "a b:i"},
-    };
+    const std::pair<LumError, const char*> cases[] = {{LumError::UnexpectedToken, "a:i x"},
+                                                      {LumError::UnexpectedToken, "a/b:i"},
+                                                      {LumError::InvalidStoreType, "a:int"}};
     for (const auto& [error, key] : cases) {
         SCOPED_TRACE(key);
         const std::string json = std::string("{\"") + key + "\":1}";
@@ -253,21 +243,12 @@ TEST_F(StoreValueParserTest, ForeignExceptions) {
     } catch (const std::out_of_range& error) {
         EXPECT_STREQ(error.what(), "invalid vector subscript");
     }
-    const ReadCase cases[] = {
-        {"i", R"("x")"},     {"i", "5000000000"},  {"b", "[]"},
-        {"c", "5"},          {"d", "null"},        {"A<s>", "[1]"},
-        {"A<i>", "[[1,2]]"}, {"P{i}", R"(["x"])"}, {"A<i>", R"(["x"])"},
-    };
+    const ReadCase cases[] = {{"i", "5000000000"}, {"b", "[]"},         {"c", "5"},
+                              {"d", "null"},       {"A<s>", "[1]"},     {"A<i>", R"(["x"])"},
+                              {"A<i>", "[[1,2]]"}, {"P{i}", R"(["x"])"}};
     for (const ReadCase& refused : cases) {
         const std::string json = Member(refused.type, refused.json);
-        SCOPED_TRACE(json);
-        try {
-            Read(json);
-            ADD_FAILURE() << "nothing was thrown";
-        } catch (const LumException& error) {
-            ADD_FAILURE() << error.what();
-        } catch (const std::exception&) {
-        }
+        EXPECT_TRUE(test::FailsAsForeign([&] { Read(json); })) << json;
     }
 }
 
@@ -283,17 +264,10 @@ TEST_F(StoreValueParserTest, Tables) {
 // Nesting is read to any depth that the JSON parser lets pass.
 TEST_F(StoreValueParserTest, Nesting) {
     constexpr int kLevels = 180;
-    std::string json = "1";
-    std::string type = "i";
-    for (int i = 0; i < kLevels; ++i) {
-        json = "[" + json + "]";
-        type = "A<" + type + ">";
-    }
+    const std::string json = Repeat("[", kLevels) + "1" + Repeat("]", kLevels);
+    const std::string type = Repeat("A<", kLevels) + "i" + Repeat(">", kLevels);
     EXPECT_EQ(ReadAndWrite(Member(type, json)), Member(type, json));
-    std::string maps = "{}";
-    for (int i = 0; i < kLevels; ++i) {
-        maps = Member("M", maps);
-    }
+    const std::string maps = Repeat("{\"a:M\":", kLevels) + "{}" + Repeat("}", kLevels);
     EXPECT_EQ(Read(maps)->GetCount(), 1u);
 }
 
