@@ -89,6 +89,18 @@ TEST(BinaryBufferTest, ReadsStayInside) {
     }
 }
 
+TEST(BinaryBufferTest, BuffersJoinedAndOverwritten) {
+    BinaryBufferCreator buffer;
+    buffer.AppendBytes("abcdef", 6, 1);
+    buffer.SetValueAt(1, 0x34333231);
+    buffer.SetValueAt(2, 0);
+    BinaryBufferCreator all;
+    all.AppendBuffer(BinaryBufferCreator());
+    all.AppendString(L"\x00e9-");
+    all.AppendBuffer(buffer);  // Not aligned.
+    EXPECT_EQ(ToHex(all.GetBuffer()), "c3a92d61 31000000 00");
+}
+
 TEST(BinaryBufferTest, Base128Bytes) {
     const std::pair<unsigned int, std::string> cases[] = {
         {0, "00"},
