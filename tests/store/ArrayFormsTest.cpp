@@ -32,21 +32,6 @@ std::string ElementText(const Type* type, const Cells<T>& cells, std::size_t ind
                : TextOf(MakeStoreValueFromStorageType<T>(type, cells.values[index]));
 }
 
-template <typename T>
-Cells<T> Picked(const Cells<T>& cells, const std::vector<unsigned>& indices) {
-    Cells<T> picked;
-    if (cells.kinds) {
-        picked.kinds.emplace();
-    }
-    for (const unsigned index : indices) {
-        picked.values.push_back(cells.values[index]);
-        if (cells.kinds) {
-            picked.kinds->push_back((*cells.kinds)[index]);
-        }
-    }
-    return picked;
-}
-
 /// Whether the array stands over stored values, and not over runs.
 template <typename T>
 bool IsFlat(const ITypedArray<T>& array) {
@@ -194,13 +179,13 @@ void CheckDerived(const SV& column, const Cells<T>& cells, test::Random& random)
         index = static_cast<unsigned>(random.Below(count));
     }
     const SV composed = array.ComposeIndices(std::vector<unsigned>(indices), SortSpecOrder::DESC);
-    CheckElements<T>(*composed, Picked(cells, indices));
+    CheckElements<T>(*composed, cells.Picked(indices));
     EXPECT_EQ(composed->AsArray().GetSortOrder(),
               array.IsConstant() ? SortSpecOrder::ASC : SortSpecOrder::DESC);
     EXPECT_EQ(composed->AsArray().HasIndices(), !array.IsConstant());
     const std::shared_ptr<const RawData> raw =
         VectorRawData<unsigned>::Make(std::vector<unsigned>(indices));
-    CheckElements<T>(*array.ComposeIndices(raw, SortSpecOrder::ASC), Picked(cells, indices));
+    CheckElements<T>(*array.ComposeIndices(raw, SortSpecOrder::ASC), cells.Picked(indices));
 
     const unsigned steps[] = {1, 1, 2, 3, 100, ~0u, ~0u - 1, 1u << 31};
     const auto anyPosition = [&] {
@@ -215,7 +200,7 @@ void CheckDerived(const SV& column, const Cells<T>& cells, test::Random& random)
                      " by " + std::to_string(step));
         const SV range = array.GetRange(start, length, step);
         const auto picked = PickRange(array, start, length, step);
-        CheckElements<T>(*range, Picked(cells, picked));
+        CheckElements<T>(*range, cells.Picked(picked));
         EXPECT_EQ(range->AsArray().GetSortOrder(), array.GetSortOrder());
     }
 }

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/IStoreCollection.h"
 #include "lum/core/store/IStoreDictionary.h"
 #include "lum/core/store/IStoreTable.h"
@@ -116,21 +117,13 @@ TEST(StoreValueSamplerTest, KeySetsOfArraysKeepEveryKey) {
     for (const auto& [keys, expected] : cases) {
         SCOPED_TRACE(keys);
         const SV column = ColumnOf(keys);
-        test::BoxedEntries entries;
-        const auto& iterable = column->AsArray().GetStoreValueIterable();
-        for (auto it = iterable.begin()->Clone(); *it != iterable.end(); it->Advance()) {
-            const SV key = it->Dereference();
-            if (key->IsSpecial()) {
-                entries.special.emplace_back(key->GetSpecialKind(), ColumnOf("i: 7 8"));
-            } else {
-                entries.normal.emplace_back(key, ColumnOf("i: 7 8"));
-            }
-        }
-        const SV keySet = test::MakeKeySetOf(column->AsArray().GetElementType(), arrays, entries);
+        const SV keySet = test::KeySetOf(
+            column,
+            factory::MakeArray<SV>(arrays, std::vector<SV>(column->GetCount(), ColumnOf("i: 7 8")),
+                                   SortSpecOrder::UNKNOWN));
         const SV sample = SampleStoreValue(*keySet, 1);
         EXPECT_EQ(sample->GetType(), keySet->GetType());
-        EXPECT_EQ(test::KeySetText(*sample),
-                  keySet->GetType()->ToString().toStdString() + expected);
+        EXPECT_EQ(TextOf(sample), keySet->GetType()->ToString().toStdString() + expected);
     }
 
     auto values = std::make_unique<MapContainer<unsigned, SV>>();

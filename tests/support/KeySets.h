@@ -21,11 +21,10 @@ enum class HandleSides { None, Keys, Elements, Both };
 /// Of several entries under one key the first stays. Needs a collator pool for strings as keys.
 core::SV MakeKeySetOf(const core::Type* keyType, const core::Type* elementType,
                       const BoxedEntries& entries, HandleSides handles = HandleSides::None);
-/// Both texts are those of ColumnOf. Each cell of `keys` is a key, a special cell a special key;
-/// its element is the cell at its place in `elements`.
+/// Each cell of the column `keys` is a key, a special cell a special key; its element is the cell
+/// at its place in `elements`.
+core::SV KeySetOf(const core::SV& keys, const core::SV& elements);
+/// Likewise; both texts are those of ColumnOf.
 core::SV KeySetOf(const std::string& keys, const std::string& elements);
-
-/// "K<i,s<ROOT>>: !Null=a 1=b", sorted; keys and elements are stored as their types say.
-std::string KeySetText(const core::StoreValue& keySet);
 
 }  // namespace lum::test

@@ -1,5 +1,6 @@
 #include "tests/support/LumErrorMatchers.h"
 
+#include <stdexcept>
 #include <utility>
 
 namespace lum::test {
@@ -82,6 +83,16 @@ testing::AssertionResult FailsAs(const ExpectedFailure& expected,
                    << " \"" << details << "\"";
         }
         return CheckReport(expected, capture.GetLines(), e.GetContext().toStdString());
+    }
+    return testing::AssertionFailure() << "nothing was thrown";
+}
+
+testing::AssertionResult FailsForAMissingKey(const std::function<void()>& statement) {
+    try {
+        statement();
+    } catch (const std::out_of_range& e) {
+        const bool isExact = e.what() == std::string("invalid unordered_map<K, T> key");
+        return (isExact ? testing::AssertionSuccess() : testing::AssertionFailure()) << e.what();
     }
     return testing::AssertionFailure() << "nothing was thrown";
 }
