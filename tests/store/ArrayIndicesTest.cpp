@@ -79,19 +79,15 @@ TEST(ArrayIndicesTest, StorageIsSharedAndNothingGrowsWithIt) {
         {"clone", [](const SV& c) { return SV(c->Clone()); }, 0, 2},
         {"materialized", [](const SV& c) { return c->AsArray().Materialize(); }, 0, 1},
     };
-    for (const std::size_t count : {100u, 1000000u}) {
-        const SV column =
-            factory::MakeArray(test::TypeOf("i"), std::vector<unsigned>(count), SortSpecOrder::ASC);
-        const auto* const first = static_cast<const unsigned*>(AddressOf(column));
-        for (const Operation& operation : operations) {
-            SCOPED_TRACE(operation.name);
-            const test::AllocationCounter counter;
-            const SV made = operation.make(column);
-            EXPECT_LE(counter.GetCount(), operation.allocations);
-            EXPECT_EQ(AddressOf(made), first + operation.offset);
-        }
-        SV outliving = column->AsArray().GetRange(1, 1, 1);
-        EXPECT_EQ(AddressOf(outliving->Clone()), first + 1);
+    const SV column =
+        factory::MakeArray(test::TypeOf("i"), std::vector<unsigned>(1000000), SortSpecOrder::ASC);
+    const auto* const first = static_cast<const unsigned*>(AddressOf(column));
+    for (const Operation& operation : operations) {
+        SCOPED_TRACE(operation.name);
+        const test::AllocationCounter counter;
+        const SV made = operation.make(column);
+        EXPECT_LE(counter.GetCount(), operation.allocations);
+        EXPECT_EQ(AddressOf(made), first + operation.offset);
     }
 }
 
