@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -231,6 +232,28 @@ void CheckRuns(const ITypedArray<T>& array, const Cells<T>& cells) {
     }
 }
 
+/// What lies below a special cell is a member like any other. Arrays do not compare, and are none.
+template <typename T>
+void CheckSets(const ITypedArray<T>& array, const Cells<T>& cells) {
+    const Type* const type = array.GetElementType();
+    std::set<std::string> members;
+    for (const bool includesSpecials : {false, true}) {
+        std::string expected = ":";
+        for (std::size_t i = 0; i < cells.values.size(); ++i) {
+            members.insert(TextOf(MakeStoreValueFromStorageType<T>(type, cells.values[i])));
+            if (includesSpecials) {
+                members.insert(ElementText(type, cells, i));
+            }
+        }
+        for (const std::string& member : members) {
+            expected += " " + member;
+        }
+        if constexpr (!std::is_same_v<T, SV>) {
+            EXPECT_TRUE(TextOf(array.ToSet(includesSpecials)).ends_with(expected)) << expected;
+        }
+    }
+}
+
 template <typename T>
 void CheckForm(const SV& column, const SV& form, test::Random& random) {
     const Cells<T> cells = test::CellsOf<T>(*column);
@@ -241,6 +264,7 @@ void CheckForm(const SV& column, const SV& form, test::Random& random) {
     CheckElements(*form, cells);
     CheckWalks(array, cells);
     CheckRuns(array, cells);
+    CheckSets(array, cells);
     CheckDerived(form, cells, random);
     for (int round = 0; round < 4; ++round) {
         const auto start = static_cast<lumsize_t>(random.Below(count + 1));

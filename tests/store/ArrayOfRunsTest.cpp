@@ -200,27 +200,15 @@ TEST(ArrayOfRunsTest, RangesAndMaterializedIndicesKeepRuns) {
     const SV array = MakeOfRuns<unsigned>(
         IntType::Get32(),
         {{1, SpecialKind::Normal, 2}, {2, SpecialKind::Null, 3}, {3, SpecialKind::Normal, 4}});
-    const struct {
-        SV column;
-        const char* text;
-        Counts counts;
-    } cases[] = {
-        {array->AsArray().GetRange(1, 3, 2), "i: 1 2!Null 3", {1, 1, 1}},
-        {array->AsArray().GetRange(2, 3, 1), "i: 2!Null 2!Null 2!Null", {3}},
-        {array->AsArray().GetRange(0, kMax, 5), "i: 1 3", {1, 1}},
-        {array->AsArray().GetRange(9, 1, 1), "i:", {}},
-        {array->AsArray()
-             .WithIndices(Indices{0, 1, 0, 8, 2, 3, 7}, kOrder)
-             ->AsArray()
-             .Materialize(),
-         "i: 1 1 1 3 2!Null 2!Null 3",
-         {3, 1, 2, 1}},
+    const SV indexed = array->AsArray().WithIndices(Indices{0, 1, 0, 8, 2, 3, 7}, kOrder);
+    const std::pair<SV, Counts> cases[] = {
+        {array->AsArray().GetRange(1, 3, 2), {1, 1, 1}},  {array->AsArray().GetRange(2, 3, 1), {3}},
+        {array->AsArray().GetRange(0, kMax, 5), {1, 1}},  {array->AsArray().GetRange(9, 1, 1), {}},
+        {indexed->AsArray().Materialize(), {3, 1, 2, 1}},
     };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.text);
-        EXPECT_EQ(TextOf(c.column), c.text);
-        EXPECT_EQ(CountsOf(c.column), c.counts);
-        EXPECT_FALSE(c.column->AsArray().HasIndices());
+    for (const auto& [column, counts] : cases) {
+        EXPECT_EQ(CountsOf(column), counts) << TextOf(column);
+        EXPECT_FALSE(column->AsArray().HasIndices());
     }
     // No elements are a choice of none.
     EXPECT_TRUE(array->AsArray().GetRange(3, 0, 1)->AsArray().HasIndices());

@@ -221,7 +221,7 @@ void CheckBoxedWalk(const SV& value, const char* condition) {
 
 TEST(ArrayWalkTest, IteratorsCompareByPlaceAndStopAtTheEnd) {
     const test::CollatorPoolGuard pool;
-    for (const char* const text : {"i: 1 2 - !All", "i: - !All", "s: a -", "i:"}) {
+    for (const char* const text : {"i: 1 2 - !All", "i: - !All", "s: a -", "i: 7 7", "i:"}) {
         SCOPED_TRACE(text);
         test::ForEachForm(ColumnOf(text),
                           [](const SV& column) { CheckBoxedWalk(column, "(m_pos < m_size)"); });

@@ -157,26 +157,8 @@ TEST_F(SetTest, StringsAreMembersUnderTheirCollation) {
     EXPECT_LUM_ERROR(NoCollatorPool, "", array->AsArray().ToSet(/*includeSpecials=*/false));
 }
 
-TEST_F(SetTest, SetsOfArraysTakePlaceholders) {
-    const struct {
-        const char* column;
-        const char* values;
-        const char* withKinds;
-    } cases[] = {
-        {"i: 1 2!Null - 1!All", "S i: 0 1 2", "S i: !All !Null 0 1 2"},
-        {"i!:", "S i:", "S i:"},
-        {"r: 0 -0 nan nan", "S r: -0 0 nan", "S r: -0 0 nan"},
-        {"s: a A a", "S s: A a", "S s: A a"},
-        {"P{i}: (1) (1) (1!Null)", "S P{i}: (1!Null) (1)", "S P{i}: (1!Null) (1)"},
-    };
-    for (const auto& c : cases) {
-        SCOPED_TRACE(c.column);
-        test::ForEachForm(ColumnOf(c.column), [&](const SV& column) {
-            EXPECT_EQ(TextOf(column->AsArray().ToSet(/*includeSpecials=*/false)), c.values);
-            EXPECT_EQ(TextOf(column->AsArray().ToSet(/*includeSpecials=*/true)), c.withKinds);
-        });
-    }
-    // Through indices only what they reach.
+// Otherwise as the model of ArrayFormsTest says.
+TEST_F(SetTest, SetsOfArraysHoldWhatIndicesReach) {
     const SV reached = ColumnOf("i: 1 2!Null 3")
                            ->AsArray()
                            .WithIndices(std::vector<unsigned>{0, 0}, SortSpecOrder::ASC);
