@@ -71,6 +71,7 @@ TEST(ArrayConstructionTest, Checks) {
     EXPECT_NO_THROW(factory::MakeArray<SV>(keyMap, {nullptr}, kOrder));
 }
 
+// The forms of ArrayFormsTest are made by the other factories.
 TEST(ArrayConstructionTest, FactoriesAgree) {
     const Type* const type = IntType::Get32();
     const std::vector<unsigned> values{5, 6, 7};
@@ -81,15 +82,9 @@ TEST(ArrayConstructionTest, FactoriesAgree) {
         {factory::MakeArray(type, std::vector(values), Indices{2, 1, 0, 1}, Kinds(kinds), kOrder),
          "i: 7 6!All 5 6!All"},
         {factory::MakeArray(type, std::vector(values), Indices(), Kinds(kinds), kOrder), "i!:"},
-        {factory::MakeArray(type, std::make_unique<std::vector<unsigned>>(values), nullptr,
-                            std::make_unique<Kinds>(kinds), kOrder),
-         "i: 5 6!All 7"},
         {factory::MakeArray(type, std::make_unique<std::vector<unsigned>>(values),
                             std::make_unique<Indices>(), nullptr, kOrder),
          "i:"},
-        {factory::MakeArray<unsigned>(type, VectorRawData<unsigned>::Make(std::vector(values)),
-                                      VectorRawData<SpecialKind>::Make(Kinds(kinds)), kOrder),
-         "i: 5 6!All 7"},
     };
     for (const auto& [array, expected] : cases) {
         EXPECT_EQ(TextOf(array), expected);
