@@ -286,15 +286,6 @@ TEST(ArrayOfRunsTest, StorageIsShared) {
         EXPECT_EQ(addressOf(made), addressOf(array));
     }
     EXPECT_EQ(TextOf(indexed->AsArray().WithIndices(nullptr, kOrder)), "i: 5 5 5");
-    EXPECT_LUM_REPORT(IllegalOperation, "", "!(IsNull())",
-                      indexed->AsArray().ComposeIndices(nullptr, kOrder));
-    EXPECT_LUM_REPORT(OutOfBounds, "", "(index < m_size)",
-                      indexed->AsArray().ComposeIndices(Indices{0, 2}, kOrder));
-    const std::shared_ptr<const RawData> narrow = VectorRawData<unsigned char>::Make({1});
-    for (const SV& column : {array, Constant(5, 3)}) {
-        EXPECT_LUM_ERROR(IllegalCast, "", column->AsArray().WithIndices(narrow, kOrder));
-        EXPECT_LUM_ERROR(IllegalCast, "", column->AsArray().ComposeIndices(narrow, kOrder));
-    }
 }
 
 // Reads in order go along the runs. Were each element looked up from the first run on, this would
