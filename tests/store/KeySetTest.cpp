@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "core/main/store/UnorderedMapUtil.h"
-#include "core/main/store/ValueKeySet.h"
 #include "lum/core/serialize/FormatPrimitive.h"
 #include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/IStoreCollection.h"
@@ -17,7 +16,6 @@
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/store/KeySetAdapter.h"
-#include "lum/core/store/KeySetFactory.h"
 #include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/store/ValueUtil.h"
@@ -38,6 +36,7 @@ using test::BoxedEntries;
 using test::ColumnOf;
 using test::HandleSides;
 using test::KeySetOf;
+using test::StoredKeySet;
 using test::TextOf;
 using test::TypeOf;
 
@@ -323,12 +322,9 @@ TEST_F(KeySetTest, StringsAreKeysUnderTheirCollation) {
 }
 
 TEST_F(KeySetTest, HandlesAreKeysByTheirValues) {
-    auto values = Values<SV, unsigned char>(IntType::Get32());
-    for (const SV& key : {factory::MakeInt32(5), factory::MakeInt32(5), factory::MakeInt64(5)}) {
-        values->emplace(key, static_cast<unsigned char>(values->empty()));
-    }
-    const SV value = MakeKeySet<SV, unsigned char>(IntType::Get32(), BoolType::Get(),
-                                                   std::move(values), Specials<unsigned char>());
+    const SV value = StoredKeySet<SV, unsigned char>(
+        IntType::Get32(), BoolType::Get(),
+        {{factory::MakeInt32(5), 1}, {factory::MakeInt32(5), 0}, {factory::MakeInt64(5), 0}});
     const auto& keySet = value->AsDictionary<SV, unsigned char>();
     EXPECT_EQ(keySet.GetCount(), 2u);
     EXPECT_EQ(keySet.GetValue(factory::MakeInt32(5)), 1);
@@ -339,11 +335,8 @@ TEST_F(KeySetTest, HandlesAreKeysByTheirValues) {
 // Special keys may be what a container from outside brought along.
 TEST_F(KeySetTest, AnyKindMayBeASpecialKey) {
     const SpecialKind unknown = static_cast<SpecialKind>(200);
-    auto specials = Specials<unsigned>();
-    *specials = {{SpecialKind::Normal, 1u}, {unknown, 2u}};
-    const SV value =
-        MakeKeySet<unsigned, unsigned>(IntType::Get32(), IntType::Get32(),
-                                       Values<unsigned, unsigned>(nullptr), std::move(specials));
+    const SV value = StoredKeySet<unsigned, unsigned>(IntType::Get32(), IntType::Get32(), {},
+                                                      {{SpecialKind::Normal, 1}, {unknown, 2}});
     const auto& keySet = value->AsDictionary<unsigned, unsigned>();
     EXPECT_EQ(keySet.GetValueForSpecialKey(SpecialKind::Normal), 1u);
     EXPECT_EQ(keySet.GetValueForSpecialKey(unknown), 2u);
@@ -353,10 +346,7 @@ TEST_F(KeySetTest, AnyKindMayBeASpecialKey) {
 // Walks -------------------------------------------------------------------------------------------
 
 TEST_F(KeySetTest, HandlesAreGivenAsTheyAre) {
-    auto values = Values<unsigned, SV>(IntType::Get32());
-    values->emplace(1u, nullptr);
-    const SV value = MakeKeySet<unsigned, SV>(IntType::Get32(), IntType::Get32(), std::move(values),
-                                              Specials<SV>());
+    const SV value = StoredKeySet<unsigned, SV>(IntType::Get32(), IntType::Get32(), {{1, nullptr}});
     EXPECT_EQ(value->AsUniformCollection().GetStoreValueIterable().begin()->Dereference(), nullptr);
     EXPECT_TRUE(value->AsCollection().HasKey(L"1"));
     EXPECT_EQ(value->AsCollection().GetValue(L"1"), nullptr);
@@ -378,10 +368,8 @@ TEST_F(KeySetTest, AdaptersReadElementTypes) {
     EXPECT_EQ(&(*stored.begin()).first, &stored.GetEntries().GetKey());
     EXPECT_EQ((*stored.begin()).second, 7u);
     // Any byte but 0 is true.
-    auto truths = Values<unsigned char, unsigned char>(BoolType::Get());
-    truths->emplace(2, 3);
-    const KeySetAdapter<bool, bool> bools(MakeKeySet<unsigned char, unsigned char>(
-        BoolType::Get(), BoolType::Get(), std::move(truths), Specials<unsigned char>()));
+    const KeySetAdapter<bool, bool> bools(
+        StoredKeySet<unsigned char, unsigned char>(BoolType::Get(), BoolType::Get(), {{2, 3}}));
     EXPECT_TRUE((*bools.begin()).first && bools.begin().GetValue());
 
     const SV value = KeySetOf("i: 1", "l: 1");

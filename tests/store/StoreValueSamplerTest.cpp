@@ -12,7 +12,6 @@
 #include "lum/core/store/IStoreDictionary.h"
 #include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/KeyMapFactory.h"
-#include "lum/core/store/KeySetFactory.h"
 #include "lum/core/store/TableFactory.h"
 #include "lum/core/store/TupleFactory.h"
 #include "lum/core/store/ValueFactory.h"
@@ -126,11 +125,9 @@ TEST(StoreValueSamplerTest, KeySetsOfArraysKeepEveryKey) {
         EXPECT_EQ(TextOf(sample), keySet->GetType()->ToString().toStdString() + expected);
     }
 
-    auto values = std::make_unique<MapContainer<unsigned, SV>>();
-    *values = {{1u, nullptr}, {2u, factory::MakeSpecial(arrays, SpecialKind::Null)}};
-    const SV odd =
-        factory::MakeKeySet<unsigned, SV>(IntType::Get32(), arrays, std::move(values),
-                                          std::make_unique<MapContainer<SpecialKind, SV>>());
+    const SV odd = test::StoredKeySet<unsigned, SV>(
+        IntType::Get32(), arrays,
+        {{1, nullptr}, {2, factory::MakeSpecial(arrays, SpecialKind::Null)}});
     const SV sample = SampleStoreValue(*odd, 1);
     const auto& elements = sample->AsDictionary<unsigned, SV>();
     EXPECT_EQ(elements.GetValue(1), nullptr);

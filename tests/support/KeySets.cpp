@@ -1,8 +1,6 @@
 #include "tests/support/KeySets.h"
 
-#include "core/main/store/ValueKeySet.h"
 #include "lum/core/store/ITypedArray.h"
-#include "lum/core/store/KeySetFactory.h"
 #include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/ValueUtil.h"
 #include "tests/support/ColumnText.h"

@@ -1,9 +1,13 @@
 #pragma once
 
+#include <initializer_list>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "core/main/store/ValueKeySet.h"
+#include "lum/core/store/KeySetFactory.h"
 #include "lum/core/store/SpecialKind.h"
 #include "lum/core/store/StoreValue.h"
 
@@ -21,6 +25,17 @@ enum class HandleSides { None, Keys, Elements, Both };
 /// Of several entries under one key the first stays. Needs a collator pool for strings as keys.
 core::SV MakeKeySetOf(const core::Type* keyType, const core::Type* elementType,
                       const BoxedEntries& entries, HandleSides handles = HandleSides::None);
+/// Of entries as they are stored, for what boxed ones cannot say.
+template <core::StorageType K, core::StorageType V>
+core::SV StoredKeySet(const core::Type* keyType, const core::Type* elementType,
+                      std::initializer_list<std::pair<const K, V>> entries,
+                      std::initializer_list<std::pair<const core::SpecialKind, V>> special = {}) {
+    auto values = core::MakeMapContainer<K, V>(keyType, 0);
+    values->insert(entries);
+    return core::factory::MakeKeySet<K, V>(
+        keyType, elementType, std::move(values),
+        std::make_unique<core::MapContainer<core::SpecialKind, V>>(special));
+}
 /// Each cell of the column `keys` is a key, a special cell a special key; its element is the cell
 /// at its place in `elements`.
 core::SV KeySetOf(const core::SV& keys, const core::SV& elements);
