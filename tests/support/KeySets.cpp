@@ -12,13 +12,10 @@ using namespace core;
 SV MakeKeySetOf(const Type* keyType, const Type* elementType, const BoxedEntries& entries,
                 HandleSides handles) {
     // Whatever is an array is stored as SV.
-    const StoreType keyStorage = handles == HandleSides::Keys || handles == HandleSides::Both
-                                     ? StoreType::Array
-                                     : keyType->GetStoreType();
+    const StoreType keyStorage =
+        handles == HandleSides::Keys ? StoreType::Array : keyType->GetStoreType();
     const StoreType elementStorage =
-        handles == HandleSides::Elements || handles == HandleSides::Both
-            ? StoreType::Array
-            : elementType->GetStoreType();
+        handles == HandleSides::Elements ? StoreType::Array : elementType->GetStoreType();
     return DispatchStorage(elementStorage, [&]<typename V>(StorageTag<V>) {
         auto specials = std::make_unique<MapContainer<SpecialKind, V>>();
         for (const auto& [kind, element] : entries.special) {

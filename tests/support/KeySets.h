@@ -19,8 +19,8 @@ struct BoxedEntries {
     std::vector<std::pair<core::SpecialKind, core::SV>> special;
 };
 
-/// Which sides of a key set are stored as SV whatever their type is.
-enum class HandleSides { None, Keys, Elements, Both };
+/// Which side of a key set is stored as SV whatever its type is.
+enum class HandleSides { None, Keys, Elements };
 
 /// Of several entries under one key the first stays. Needs a collator pool for strings as keys.
 core::SV MakeKeySetOf(const core::Type* keyType, const core::Type* elementType,

@@ -131,17 +131,14 @@ TEST(TypeTest, GroupsOfStoreTypes) {
     EXPECT_EQ(Members(IsStoreTypeSupportedInKeySetAsKey), "bilfrsdtcP");
     EXPECT_EQ(Members(IsStoreTypeSupportedInSet), "bilfrsdtcPx");
     EXPECT_EQ(Members(IsSupportedNestedType), "bilfrsdtcPxM");
-    for (const StoreType collection : {StoreType::Array, StoreType::KeySet, StoreType::Set,
-                                       StoreType::KeyMap, StoreType::Int32}) {
-        const auto isSupported = [=](StoreType t) {
-            return IsStoreTypeSupportedInUniformCollection(collection, t);
-        };
-        EXPECT_EQ(Members(isSupported),
-                  collection == StoreType::Array || collection == StoreType::KeySet
-                      ? "bilfrsdtcPxASM"
-                  : collection == StoreType::Set ? "bilfrsdtcPx"
-                                                 : "");
-    }
+    const auto elementsOf = [](StoreType collection) {
+        return Members(
+            [=](StoreType t) { return IsStoreTypeSupportedInUniformCollection(collection, t); });
+    };
+    EXPECT_EQ(elementsOf(StoreType::Array), "bilfrsdtcPxASM");
+    EXPECT_EQ(elementsOf(StoreType::KeySet), "bilfrsdtcPxASM");
+    EXPECT_EQ(elementsOf(StoreType::Set), "bilfrsdtcPx");
+    EXPECT_EQ(elementsOf(StoreType::KeyMap) + elementsOf(StoreType::Int32), "");
 }
 
 }  // namespace
