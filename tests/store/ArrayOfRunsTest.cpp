@@ -202,8 +202,11 @@ TEST(ArrayOfRunsTest, RangesAndMaterializedIndicesKeepRuns) {
         {{1, SpecialKind::Normal, 2}, {2, SpecialKind::Null, 3}, {3, SpecialKind::Normal, 4}});
     const SV indexed = array->AsArray().WithIndices(Indices{0, 1, 0, 8, 2, 3, 7}, kOrder);
     const std::pair<SV, Counts> cases[] = {
-        {array->AsArray().GetRange(1, 3, 2), {1, 1, 1}},  {array->AsArray().GetRange(2, 3, 1), {3}},
-        {array->AsArray().GetRange(0, kMax, 5), {1, 1}},  {array->AsArray().GetRange(9, 1, 1), {}},
+        {array->AsArray().GetRange(1, 3, 2), {1, 1, 1}},
+        {array->AsArray().GetRange(2, 3, 1), {3}},
+        {array->AsArray().GetRange(0, 4, 1), {2, 2}},
+        {array->AsArray().GetRange(0, kMax, 5), {1, 1}},
+        {array->AsArray().GetRange(9, 1, 1), {}},
         {indexed->AsArray().Materialize(), {3, 1, 2, 1}},
     };
     for (const auto& [column, counts] : cases) {
