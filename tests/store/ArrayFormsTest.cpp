@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <set>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -30,21 +31,6 @@ std::string ElementText(const Type* type, const Cells<T>& cells, std::size_t ind
     return cells.GetKind(index) != SpecialKind::Normal
                ? TextOf(cells.GetKind(index))
                : TextOf(MakeStoreValueFromStorageType<T>(type, cells.values[index]));
-}
-
-template <typename T>
-Cells<T> Picked(const Cells<T>& cells, const std::vector<unsigned>& indices) {
-    Cells<T> picked;
-    if (cells.kinds) {
-        picked.kinds.emplace();
-    }
-    for (const unsigned index : indices) {
-        picked.values.push_back(cells.values[index]);
-        if (cells.kinds) {
-            picked.kinds->push_back((*cells.kinds)[index]);
-        }
-    }
-    return picked;
 }
 
 /// Whether the array stands over stored values, and not over runs.
@@ -194,13 +180,13 @@ void CheckDerived(const SV& column, const Cells<T>& cells, test::Random& random)
         index = static_cast<unsigned>(random.Below(count));
     }
     const SV composed = array.ComposeIndices(std::vector<unsigned>(indices), SortSpecOrder::DESC);
-    CheckElements<T>(*composed, Picked(cells, indices));
+    CheckElements<T>(*composed, cells.Picked(indices));
     EXPECT_EQ(composed->AsArray().GetSortOrder(),
               array.IsConstant() ? SortSpecOrder::ASC : SortSpecOrder::DESC);
     EXPECT_EQ(composed->AsArray().HasIndices(), !array.IsConstant());
     const std::shared_ptr<const RawData> raw =
         VectorRawData<unsigned>::Make(std::vector<unsigned>(indices));
-    CheckElements<T>(*array.ComposeIndices(raw, SortSpecOrder::ASC), Picked(cells, indices));
+    CheckElements<T>(*array.ComposeIndices(raw, SortSpecOrder::ASC), cells.Picked(indices));
 
     const unsigned steps[] = {1, 1, 2, 3, 100, ~0u, ~0u - 1, 1u << 31};
     const auto anyPosition = [&] {
@@ -215,7 +201,7 @@ void CheckDerived(const SV& column, const Cells<T>& cells, test::Random& random)
                      " by " + std::to_string(step));
         const SV range = array.GetRange(start, length, step);
         const auto picked = PickRange(array, start, length, step);
-        CheckElements<T>(*range, Picked(cells, picked));
+        CheckElements<T>(*range, cells.Picked(picked));
         EXPECT_EQ(range->AsArray().GetSortOrder(), array.GetSortOrder());
     }
 }
@@ -246,6 +232,28 @@ void CheckRuns(const ITypedArray<T>& array, const Cells<T>& cells) {
     }
 }
 
+/// What lies below a special cell is a member like any other. Arrays do not compare, and are none.
+template <typename T>
+void CheckSets(const ITypedArray<T>& array, const Cells<T>& cells) {
+    const Type* const type = array.GetElementType();
+    std::set<std::string> members;
+    for (const bool includesSpecials : {false, true}) {
+        std::string expected = ":";
+        for (std::size_t i = 0; i < cells.values.size(); ++i) {
+            members.insert(TextOf(MakeStoreValueFromStorageType<T>(type, cells.values[i])));
+            if (includesSpecials) {
+                members.insert(ElementText(type, cells, i));
+            }
+        }
+        for (const std::string& member : members) {
+            expected += " " + member;
+        }
+        if constexpr (!std::is_same_v<T, SV>) {
+            EXPECT_TRUE(TextOf(array.ToSet(includesSpecials)).ends_with(expected)) << expected;
+        }
+    }
+}
+
 template <typename T>
 void CheckForm(const SV& column, const SV& form, test::Random& random) {
     const Cells<T> cells = test::CellsOf<T>(*column);
@@ -256,6 +264,7 @@ void CheckForm(const SV& column, const SV& form, test::Random& random) {
     CheckElements(*form, cells);
     CheckWalks(array, cells);
     CheckRuns(array, cells);
+    CheckSets(array, cells);
     CheckDerived(form, cells, random);
     for (int round = 0; round < 4; ++round) {
         const auto start = static_cast<lumsize_t>(random.Below(count + 1));

@@ -14,8 +14,10 @@
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/ExternalType.h"
 #include "lum/core/types/ScalarTypes.h"
+#include "tests/support/CollatorPoolGuard.h"
 #include "tests/support/ColumnForms.h"
 #include "tests/support/ColumnText.h"
+#include "tests/support/KeySets.h"
 #include "tests/support/LumErrorMatchers.h"
 
 namespace lum::core {
@@ -196,25 +198,36 @@ TEST(ArrayReadTest, ArraysInArraysHaveNoRuns) {
     EXPECT_LUM_ERROR(IllegalComparison, "", nested->AsArray().FindRunEnd(0));
 }
 
+// Not of arrays alone: sets and key sets are walked under the same contract.
+void CheckBoxedWalk(const SV& value, const char* condition) {
+    const IUniformCollection& collection = value->AsUniformCollection();
+    const auto& iterable = collection.GetStoreValueIterable();
+    EXPECT_EQ(&iterable, &collection.GetStoreValueIterable());
+    const auto it = iterable.begin()->Clone();
+    EXPECT_FALSE(*it != nullptr);  // A loop against nothing ends at once.
+    EXPECT_FALSE(*it != ColumnOf("r: 1")->AsArray().GetStoreValueIterable().end());
+    for (lumsize_t i = 0; i < value->GetCount(); ++i) {
+        EXPECT_TRUE((*it != iterable.begin()) == (i != 0) && *it != iterable.end());
+        const auto here = it->Clone();
+        it->Advance();
+        EXPECT_TRUE(*here != it);
+    }
+    EXPECT_FALSE(*it != iterable.end());
+    for (const IStoreValueIterator* const end : {it.get(), iterable.end().get()}) {
+        EXPECT_LUM_REPORT(IteratorOutOfBounds, "", condition, end->Dereference());
+        EXPECT_LUM_REPORT(IteratorOutOfBounds, "", condition, end->Clone()->Advance());
+    }
+}
+
 TEST(ArrayWalkTest, IteratorsCompareByPlaceAndStopAtTheEnd) {
-    test::ForEachForm(ColumnOf("i: 1 -"), [](const SV& column) {
-        const auto& iterable = column->AsArray().GetStoreValueIterable();
-        EXPECT_EQ(&iterable, &column->AsArray().GetStoreValueIterable());
-        const auto it = iterable.begin()->Clone();
-        EXPECT_FALSE(*it != iterable.begin());
-        EXPECT_FALSE(*it != nullptr);  // A loop against nothing ends at once.
-        EXPECT_FALSE(*it != ColumnOf("s: a b")->AsArray().GetStoreValueIterable().end());
-        it->Advance();
-        const auto atSecond = it->Clone();
-        it->Advance();
-        EXPECT_TRUE(*atSecond != it);
-        EXPECT_FALSE(*it != iterable.end());
-        for (const IStoreValueIterator* const end : {it.get(), iterable.end().get()}) {
-            EXPECT_LUM_REPORT(IteratorOutOfBounds, "", "(m_pos < m_size)", end->Dereference());
-            EXPECT_LUM_REPORT(IteratorOutOfBounds, "", "(m_pos < m_size)", end->Clone()->Advance());
-        }
-        EXPECT_EQ(TextOf(atSecond->Dereference()), "!Null");
-    });
+    const test::CollatorPoolGuard pool;
+    for (const char* const text : {"i: 1 2 - !All", "i: - !All", "s: a -", "i: 7 7", "i:"}) {
+        SCOPED_TRACE(text);
+        test::ForEachForm(ColumnOf(text),
+                          [](const SV& column) { CheckBoxedWalk(column, "(m_pos < m_size)"); });
+        CheckBoxedWalk(test::SetOf(text), "(m_stage != Stage::End)");
+        CheckBoxedWalk(test::KeySetOf(text, "i: 6 7 8 9"), "");
+    }
 }
 
 template <typename T>

@@ -49,6 +49,7 @@ TEST(ConcatenateArraysTest, KeepsElementsAndKindsInOrder) {
         {"b: true false", "b: true", "b: true false true"},
         {"i: 1 7!Null 2", "i: 3 4", "i: 1 7!Null 2 3 4"},
         {"l: 1 2", "l: 9!All 3", "l: 1 2 9!All 3"},
+        {"i: 1 2", "c: 00000003 00000004", "i: 1 2 3 4"},  // Of one storage.
         {"i:", "i: 5", "i: 5"},
         {"s: x", "s:", "s: x"},
         {"s: a b", "s: 'longer than the handle' -", "s: a b 'longer than the handle' -"},
@@ -100,11 +101,6 @@ TEST(ConcatenateArraysTest, OneArrayThatIsNotConstantMakesAllFlat) {
 
 TEST(ConcatenateArraysTest, RoomForKindsIsKept) {
     EXPECT_EQ(TextOf(Concatenate({ColumnOf("r: 1.5"), ColumnOf("r!: 0.5")})), "r!: 1.5 0.5");
-}
-
-TEST(ConcatenateArraysTest, TypesOfOneStorageStandSideBySide) {
-    EXPECT_EQ(TextOf(Concatenate({ColumnOf("i: 1"), ColumnOf("c: 00000002"), ConstantOf(3, 1)})),
-              "i: 1 2 3");
 }
 
 TEST(ConcatenateArraysTest, HandlesOfAnyTypeStandSideBySide) {

@@ -56,27 +56,29 @@ public:
         return true;
     }
 
-    Paths Children(const KeyPath& path) const {
-        Paths children;
+    template <typename Predicate>
+    Paths Where(const Predicate& predicate) const {
+        Paths found;
         for (const Node& node : m_nodes) {
-            if (node.path.GetCount() == path.GetCount() + 1 && path.IsPrefixOf(node.path)) {
-                children.push_back(node.path);
+            if (predicate(node)) {
+                found.push_back(node.path);
             }
         }
-        return children;
+        return found;
     }
 
-    // Those above `path` that have at least `from` segments, the nearest first.
-    Paths Above(KeyPath path, std::size_t from, int value) {
-        Paths above;
-        while (path.GetCount() > from) {
-            path = path.GetParent();
-            const Node* const node = Find(path);
-            if (node != nullptr && node->value == value) {
-                above.push_back(path);
-            }
-        }
-        return above;
+    Paths Children(const KeyPath& path) const {
+        return Where([&](const Node& node) {
+            return node.path.GetCount() == path.GetCount() + 1 && path.IsPrefixOf(node.path);
+        });
+    }
+
+    // Those on the way to `path` that have at least `from` segments, downwards.
+    Paths Along(const KeyPath& path, std::size_t from, int value) const {
+        return Where([&](const Node& node) {
+            return node.path.GetCount() >= from && node.path.IsPrefixOf(path) &&
+                   node.value == value;
+        });
     }
 
     Paths Below(const KeyPath& path, int value, bool isWithinFound) {
@@ -123,7 +125,8 @@ void ExpectSameAnswers(Tree& tree, NodeList& list, test::Random& random) {
         ASSERT_EQ(place->GetParent(), path.IsEmpty() ? nullptr : tree.Find(path.GetParent()));
 
         const int value = static_cast<int>(random.Below(4));
-        const Paths above = list.Above(path, 0, value);
+        Paths above = path.IsEmpty() ? Paths() : list.Along(path.GetParent(), 0, value);
+        std::reverse(above.begin(), above.end());
         const Paths below = list.Below(path, value, true);
         ASSERT_EQ(place->GetAncestorsWithValue(value), above);
         ASSERT_EQ(place->HasAncestorWithValue(value), !above.empty());
@@ -136,11 +139,7 @@ void ExpectSameAnswers(Tree& tree, NodeList& list, test::Random& random) {
         const KeyPath whole = path.Add(more);
         const NodeList::Node* const end = list.Find(whole);
         ASSERT_EQ(place->Find(more) != nullptr, end != nullptr);
-        Paths relations = list.Above(whole, path.GetCount() + 1, value);
-        std::reverse(relations.begin(), relations.end());
-        if (!more.IsEmpty() && end != nullptr && end->value == value) {
-            relations.push_back(whole);
-        }
+        Paths relations = list.Along(whole, path.GetCount() + 1, value);
         ASSERT_EQ(place->HasAncestorWithValue(more, value), !relations.empty());
         if (end != nullptr) {
             const Paths rest = list.Below(whole, value, true);

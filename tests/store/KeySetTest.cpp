@@ -1,24 +1,21 @@
 #include <gtest/gtest.h>
 
 #include <bit>
-#include <functional>
 #include <map>
 #include <memory>
-#include <stdexcept>
 #include <string>
 #include <tuple>
 #include <utility>
 #include <vector>
 
 #include "core/main/store/UnorderedMapUtil.h"
-#include "core/main/store/ValueKeySet.h"
 #include "lum/core/serialize/FormatPrimitive.h"
+#include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/IStoreCollection.h"
 #include "lum/core/store/IStoreKeyMap.h"
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/store/KeySetAdapter.h"
-#include "lum/core/store/KeySetFactory.h"
 #include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/ValueFactory.h"
 #include "lum/core/store/ValueUtil.h"
@@ -37,22 +34,15 @@ namespace {
 using factory::MakeKeySet;
 using test::BoxedEntries;
 using test::ColumnOf;
+using test::HandleSides;
 using test::KeySetOf;
+using test::StoredKeySet;
 using test::TextOf;
 using test::TypeOf;
 
 class KeySetTest : public testing::Test {
     const test::CollatorPoolGuard m_pool{std::make_shared<test::FoldingCollatorPool>()};
 };
-
-bool HasNoSuchKey(const std::function<void()>& read) {
-    try {
-        read();
-    } catch (const std::out_of_range& e) {
-        return e.what() == std::string("invalid unordered_map<K, T> key");
-    }
-    return false;
-}
 
 template <typename K, typename V>
 auto Values(const Type* keyType) {
@@ -163,7 +153,7 @@ void CheckTexts(const SV& value, const Side& side, const BoxedEntries& model) {
         const RInternString text = FormatPrimitive(*CellsOf(side, side.absent)[0]);
         EXPECT_FALSE(collection.HasKey(text));
         EXPECT_EQ(collection.TryGetValue(text), nullptr);
-        EXPECT_TRUE(HasNoSuchKey([&] { collection.GetValue(text); }));
+        EXPECT_NO_SUCH_KEY(collection.GetValue(text));
     }
     EXPECT_FALSE(collection.HasKey(L"Null"));  // There is no text for a special key.
 }
@@ -179,7 +169,6 @@ void CheckWalk(const SV& value, const Type* elementType,
     const auto& iterable = uniform.GetStoreValueIterable();
     const auto it = iterable.begin()->Clone();
     for (const auto& [key, element] : entries) {
-        EXPECT_EQ(*it != iterable.begin(), key != entries.front().first);
         ASSERT_TRUE(*it != iterable.end());
         EXPECT_EQ(it->Dereference()->GetType(), elementType);
         EXPECT_EQ(TextOf(it->Dereference()), element);
@@ -188,91 +177,83 @@ void CheckWalk(const SV& value, const Type* elementType,
     EXPECT_FALSE(*it != iterable.end());
 }
 
-// A key set, and what it answers to typed keys, in text.
+// What a key set answers to typed keys, in text.
 struct Answers {
-    SV value;
     std::tuple<const Type*, lumsize_t, lumsize_t, bool> facts;  // Key type, counts, special keys.
-    std::function<bool(const SV&)> hasKey;
-    std::function<bool(SpecialKind)> hasSpecialKey;
-    std::function<std::string(const SV&)> getValue;
-    std::function<std::string(SpecialKind)> getValueForSpecialKey;
+    std::map<std::string, std::string> reads;
     std::vector<std::pair<std::string, std::string>> entries;
 };
 
 // The one place that is made for each pair of storages.
 template <StorageType K, StorageType V>
-Answers AnswersOf(const Type* keyType, const Type* elementType, const BoxedEntries& model) {
-    auto values = Values<K, V>(keyType);
-    auto specials = Specials<V>();
-    for (const auto& [key, element] : model.normal) {
-        values->emplace(FetchStoreValue<K>(key), FetchStoreValue<V>(element));
-    }
-    for (const auto& [kind, element] : model.special) {
-        specials->emplace(kind, FetchStoreValue<V>(element));
-    }
-    const SV value =
-        MakeKeySet<K, V>(keyType, elementType, std::move(values), std::move(specials))->Clone();
-    const auto* const keySet = &value->template AsDictionary<K, V>();
-    const auto textOf = [=](const V& element) {
-        return TextOf(MakeStoreValueFromStorageType<V>(elementType, element));
+Answers AnswersOf(const SV& value, const std::vector<SV>& keys) {
+    const auto& keySet = value->AsDictionary<K, V>();
+    const auto textOf = [&](const V& element) {
+        const Type* const type = value->AsUniformCollection().GetElementType();
+        return TextOf(MakeStoreValueFromStorageType<V>(type, element));
     };
-    Answers answers{
-        value,
-        {keySet->GetKeyType(), keySet->GetCount(), keySet->GetSpecialKeyCount(),
-         keySet->HasSpecialKeys()},
-        [=](const SV& key) { return keySet->HasKey(FetchStoreValue<K>(key)); },
-        [=](SpecialKind kind) { return keySet->HasSpecialKey(kind); },
-        [=](const SV& key) { return textOf(keySet->GetValue(FetchStoreValue<K>(key))); },
-        [=](SpecialKind kind) { return textOf(keySet->GetValueForSpecialKey(kind)); },
-        {}};
-    for (const auto& [key, element] : keySet->GetEntries()) {
-        answers.entries.emplace_back(TextOf(MakeStoreValueFromStorageType<K>(keyType, key)),
-                                     textOf(element));
+    Answers answers{{keySet.GetKeyType(), keySet.GetCount(), keySet.GetSpecialKeyCount(),
+                     keySet.HasSpecialKeys()},
+                    {},
+                    {}};
+    for (const SV& boxed : keys) {
+        const K key = FetchStoreValue<K>(boxed);
+        if (keySet.HasKey(key)) {
+            answers.reads[TextOf(boxed)] = textOf(keySet.GetValue(key));
+        } else {
+            EXPECT_NO_SUCH_KEY(keySet.GetValue(key));
+        }
     }
-    for (const auto& [kind, element] : keySet->GetSpecialEntries()) {
+    for (const SpecialKind kind : {SpecialKind::Null, SpecialKind::All, SpecialKind::Missing}) {
+        if (keySet.HasSpecialKey(kind)) {
+            answers.reads[TextOf(kind)] = textOf(keySet.GetValueForSpecialKey(kind));
+        } else {
+            EXPECT_NO_SUCH_KEY(keySet.GetValueForSpecialKey(kind));
+        }
+    }
+    for (const auto& [key, element] : keySet.GetEntries()) {
+        const SV boxed = MakeStoreValueFromStorageType<K>(keySet.GetKeyType(), key);
+        answers.entries.emplace_back(TextOf(boxed), textOf(element));
+    }
+    for (const auto& [kind, element] : keySet.GetSpecialEntries()) {
         answers.entries.emplace_back(TextOf(kind), textOf(element));
     }
     return answers;
 }
 
 void CheckPair(const Side& keySide, const Side& elementSide,
-               Answers (*answersOf)(const Type*, const Type*, const BoxedEntries&)) {
+               Answers (*answersOf)(const SV&, const std::vector<SV>&)) {
+    SCOPED_TRACE(testing::Message() << keySide.type << " to " << elementSide.type);
     const Type* const keyType = TypeOf(keySide.type);
     const Type* const elementType = TypeOf(elementSide.type);
+    std::vector<SV> keys = CellsOf(keySide, keySide.cells);
     const std::vector<SV> elements = CellsOf(elementSide, elementSide.cells);
-    const SV absent = CellsOf(keySide, keySide.absent)[0];
     BoxedEntries model;
-    for (const SV& key : CellsOf(keySide, keySide.cells)) {
+    std::map<std::string, std::string> expected;
+    for (const SV& key : keys) {
         model.normal.emplace_back(key, elements[model.normal.size() % elements.size()]);
+        expected[TextOf(key)] = TextOf(model.normal.back().second);
     }
+    keys.push_back(CellsOf(keySide, keySide.absent)[0]);
     for (const bool hasSpecialKeys : {false, true}) {
-        SCOPED_TRACE(testing::Message() << keySide.type << " to " << elementSide.type);
         if (hasSpecialKeys) {
             model.special = {{SpecialKind::Null, elements.back()}, {SpecialKind::All, elements[0]}};
+            expected["!Null"] = TextOf(elements.back());
+            expected["!All"] = TextOf(elements[0]);
         }
-        const Answers answers = answersOf(keyType, elementType, model);
-        EXPECT_EQ(answers.value->GetType(), KeySetType::Get(keyType, elementType));
-        EXPECT_EQ(answers.facts, std::tuple(keyType, model.normal.size() + model.special.size(),
-                                            model.special.size(), hasSpecialKeys));
-        std::map<std::string, std::string> expected;
-        for (const auto& [key, element] : model.normal) {
-            expected[TextOf(key)] = TextOf(element);
-            EXPECT_TRUE(answers.hasKey(key));
-            EXPECT_EQ(answers.getValue(key), TextOf(element));
-        }
-        for (const auto& [kind, element] : model.special) {
-            expected[TextOf(kind)] = TextOf(element);
-            EXPECT_EQ(answers.getValueForSpecialKey(kind), TextOf(element));
-        }
-        EXPECT_EQ(answers.hasSpecialKey(SpecialKind::Null), hasSpecialKeys);
-        EXPECT_FALSE(answers.hasSpecialKey(SpecialKind::Missing) || answers.hasKey(absent));
-        EXPECT_TRUE(HasNoSuchKey([&] { answers.getValue(absent); }));
-        EXPECT_TRUE(HasNoSuchKey([&] { answers.getValueForSpecialKey(SpecialKind::Missing); }));
-
+        const HandleSides handles = keySide.isHandle       ? HandleSides::Keys
+                                    : elementSide.isHandle ? HandleSides::Elements
+                                                           : HandleSides::None;
+        const SV value = test::MakeKeySetOf(keyType, elementType, model, handles)->Clone();
+        const Answers answers = answersOf(value, keys);
+        EXPECT_EQ(value->GetType(), KeySetType::Get(keyType, elementType));
+        EXPECT_EQ(answers.facts,
+                  std::tuple(keyType, expected.size(), model.special.size(), hasSpecialKeys));
+        EXPECT_EQ(answers.reads, expected);
         EXPECT_EQ(answers.entries.size(), expected.size());
         EXPECT_EQ(std::map(answers.entries.begin(), answers.entries.end()), expected);
-        CheckWalk(answers.value, elementType, answers.entries);
-        CheckTexts(answers.value, keySide, model);
+        CheckWalk(value, elementType, answers.entries);
+        CheckTexts(value, keySide, model);
     }
 }
 
@@ -327,11 +308,9 @@ TEST_F(KeySetTest, TextsThatAreNoKeys) {
 
 TEST_F(KeySetTest, StringsAreKeysUnderTheirCollation) {
     const Type* const fold = StringType::Get(Collation(RInternString(L"fold")));
-    BoxedEntries entries;
-    for (const wchar_t* const key : {L"a", L"A", L"b"}) {
-        entries.normal.emplace_back(factory::MakeString(key), factory::MakeString(key));
-    }
-    const SV folding = test::MakeKeySetOf(fold, StringType::Get(), entries);
+    const SV keys =
+        factory::MakeArray<RIndirectString>(fold, {L"a", L"A", L"b"}, SortSpecOrder::UNKNOWN);
+    const SV folding = KeySetOf(keys, ColumnOf("s: a A b"));
     const auto& keySet = folding->AsDictionary<RIndirectString, RIndirectString>();
     EXPECT_EQ(keySet.GetCount(), 2u);
     EXPECT_EQ(TextOf(folding->AsCollection().GetValue(L"B")), "b");
@@ -343,12 +322,9 @@ TEST_F(KeySetTest, StringsAreKeysUnderTheirCollation) {
 }
 
 TEST_F(KeySetTest, HandlesAreKeysByTheirValues) {
-    auto values = Values<SV, unsigned char>(IntType::Get32());
-    for (const SV& key : {factory::MakeInt32(5), factory::MakeInt32(5), factory::MakeInt64(5)}) {
-        values->emplace(key, static_cast<unsigned char>(values->empty()));
-    }
-    const SV value = MakeKeySet<SV, unsigned char>(IntType::Get32(), BoolType::Get(),
-                                                   std::move(values), Specials<unsigned char>());
+    const SV value = StoredKeySet<SV, unsigned char>(
+        IntType::Get32(), BoolType::Get(),
+        {{factory::MakeInt32(5), 1}, {factory::MakeInt32(5), 0}, {factory::MakeInt64(5), 0}});
     const auto& keySet = value->AsDictionary<SV, unsigned char>();
     EXPECT_EQ(keySet.GetCount(), 2u);
     EXPECT_EQ(keySet.GetValue(factory::MakeInt32(5)), 1);
@@ -359,11 +335,8 @@ TEST_F(KeySetTest, HandlesAreKeysByTheirValues) {
 // Special keys may be what a container from outside brought along.
 TEST_F(KeySetTest, AnyKindMayBeASpecialKey) {
     const SpecialKind unknown = static_cast<SpecialKind>(200);
-    auto specials = Specials<unsigned>();
-    *specials = {{SpecialKind::Normal, 1u}, {unknown, 2u}};
-    const SV value =
-        MakeKeySet<unsigned, unsigned>(IntType::Get32(), IntType::Get32(),
-                                       Values<unsigned, unsigned>(nullptr), std::move(specials));
+    const SV value = StoredKeySet<unsigned, unsigned>(IntType::Get32(), IntType::Get32(), {},
+                                                      {{SpecialKind::Normal, 1}, {unknown, 2}});
     const auto& keySet = value->AsDictionary<unsigned, unsigned>();
     EXPECT_EQ(keySet.GetValueForSpecialKey(SpecialKind::Normal), 1u);
     EXPECT_EQ(keySet.GetValueForSpecialKey(unknown), 2u);
@@ -372,26 +345,8 @@ TEST_F(KeySetTest, AnyKindMayBeASpecialKey) {
 
 // Walks -------------------------------------------------------------------------------------------
 
-TEST_F(KeySetTest, WalksEnd) {
-    for (const char* const keys : {"i: 1 2 - !All", "i: - !All", "i:"}) {
-        SCOPED_TRACE(keys);
-        const SV keySet = KeySetOf(keys, "s: a b c d");
-        const auto& elements = keySet->AsUniformCollection().GetStoreValueIterable();
-        const auto it = elements.begin()->Clone();
-        EXPECT_FALSE(*it != nullptr);
-        EXPECT_FALSE(*it != ColumnOf("s: a")->AsArray().GetStoreValueIterable().begin());
-        for (lumsize_t i = 0; i < keySet->GetCount(); ++i) {
-            it->Advance();
-        }
-        EXPECT_FALSE(*it != elements.end());
-        EXPECT_LUM_REPORT(IteratorOutOfBounds, "", "", it->Dereference());
-        EXPECT_LUM_REPORT(IteratorOutOfBounds, "", "", it->Advance());
-    }
-    // Elements that are handles are given as they are.
-    auto values = Values<unsigned, SV>(IntType::Get32());
-    values->emplace(1u, nullptr);
-    const SV value = MakeKeySet<unsigned, SV>(IntType::Get32(), IntType::Get32(), std::move(values),
-                                              Specials<SV>());
+TEST_F(KeySetTest, HandlesAreGivenAsTheyAre) {
+    const SV value = StoredKeySet<unsigned, SV>(IntType::Get32(), IntType::Get32(), {{1, nullptr}});
     EXPECT_EQ(value->AsUniformCollection().GetStoreValueIterable().begin()->Dereference(), nullptr);
     EXPECT_TRUE(value->AsCollection().HasKey(L"1"));
     EXPECT_EQ(value->AsCollection().GetValue(L"1"), nullptr);
@@ -413,10 +368,8 @@ TEST_F(KeySetTest, AdaptersReadElementTypes) {
     EXPECT_EQ(&(*stored.begin()).first, &stored.GetEntries().GetKey());
     EXPECT_EQ((*stored.begin()).second, 7u);
     // Any byte but 0 is true.
-    auto truths = Values<unsigned char, unsigned char>(BoolType::Get());
-    truths->emplace(2, 3);
-    const KeySetAdapter<bool, bool> bools(MakeKeySet<unsigned char, unsigned char>(
-        BoolType::Get(), BoolType::Get(), std::move(truths), Specials<unsigned char>()));
+    const KeySetAdapter<bool, bool> bools(
+        StoredKeySet<unsigned char, unsigned char>(BoolType::Get(), BoolType::Get(), {{2, 3}}));
     EXPECT_TRUE((*bools.begin()).first && bools.begin().GetValue());
 
     const SV value = KeySetOf("i: 1", "l: 1");

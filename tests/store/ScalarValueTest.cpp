@@ -72,7 +72,6 @@ TEST_F(ScalarValueTest, MakersMakeNewObjectsInOneAllocation) {
         const SV value = MakeSample(letter);
         EXPECT_EQ(counter.GetCount(), 1u) << letter;
         EXPECT_EQ(value->GetType(), TypeOfLetter(letter)) << letter;
-        EXPECT_EQ(value->GetSpecialKind(), SpecialKind::Normal);
         EXPECT_FALSE(value->IsSpecial());
         EXPECT_EQ(value->GetCount(), 1u);
 
@@ -179,21 +178,15 @@ TEST_F(ScalarValueTest, CastsAtTheLimits) {
     const std::pair<SV, SV> cases[] = {
         {MakeInt32(kLowestInt), MakeInt64(kLowestInt)},
         {MakeInt32(16777217), MakeReal32(16777216)},
-        {MakeInt64(0x100000005), MakeInt32(5)},
         {MakeInt64(0xFFFFFFFF), MakeInt32(-1)},
-        {MakeInt64(kLowestLong), MakeInt32(0)},
         {MakeInt64((1LL << 53) + 1), MakeReal64(0x1p53)},
         {MakeInt64(std::numeric_limits<int64>::max()), MakeReal32(0x1p63f)},
         {MakeReal32(-1.9f), MakeInt32(-1)},
         {MakeReal32(belowTwoTo31), MakeInt32(2147483520)},
         {MakeReal32(0x1p31f), MakeInt32(kLowestInt)},
-        {MakeReal32(-0x1p31f), MakeInt32(kLowestInt)},
         {MakeReal32(0x1p63f), MakeInt64(kLowestLong)},
-        {MakeReal32(-0x1p62f), MakeInt64(-(1LL << 62))},
         {MakeReal64(2147483647.9), MakeInt32(2147483647)},
-        {MakeReal64(-2147483647.9), MakeInt32(-2147483647)},
         {MakeReal64(3e10), MakeInt32(kLowestInt)},
-        {MakeReal64(3e10), MakeInt64(30000000000)},
         {MakeReal64(belowTwoTo63), MakeInt64(9223372036854774784)},
         {MakeReal64(0x1p63), MakeInt64(kLowestLong)},
         {MakeReal64(-1e300), MakeInt64(kLowestLong)},

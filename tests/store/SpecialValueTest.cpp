@@ -75,6 +75,7 @@ TEST(SpecialValueTest, Orders) {
             EXPECT_EQ(a->IsEqual(*b), expected == 0);
             EXPECT_EQ(a->FuzzyIsEqual(*b), expected == 0);
             EXPECT_EQ(a->FuzzyIsLessThan(*b), expected < 0);
+            EXPECT_EQ(a->FuzzyIsGreaterThan(*b), expected > 0);
         }
     }
 }

@@ -2,11 +2,10 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <functional>
 #include <memory>
 #include <numeric>
-#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "lum/core/store/ArrayFactory.h"
@@ -27,13 +26,17 @@
 namespace lum::core {
 namespace {
 
+using test::TextOf;
+
 constexpr std::size_t kThreadCount = 4;
 
-/// Reads on all threads at once give one text.
-void ExpectOneText(const std::function<std::string()>& read) {
-    std::vector<std::string> texts(kThreadCount);
-    test::RunTogether(kThreadCount, [&](std::size_t thread) { texts[thread] = read(); });
-    EXPECT_EQ(texts, std::vector<std::string>(kThreadCount, texts[0]));
+/// What is read on all threads at once, which must be one answer.
+template <typename F>
+auto OneAnswer(const F& read) {
+    std::vector<decltype(read())> answers(kThreadCount);
+    test::RunTogether(kThreadCount, [&](std::size_t thread) { answers[thread] = read(); });
+    EXPECT_EQ(answers, std::vector(kThreadCount, answers[0]));
+    return answers[0];
 }
 
 TEST(StoreThreadsTest, FirstReadsAtOnce) {
@@ -42,49 +45,40 @@ TEST(StoreThreadsTest, FirstReadsAtOnce) {
     SCOPED_TRACE(random.Trace());
     for (const Type* const type : test::GetElementTypes()) {
         const SV column = test::MakeRandomColumn(random, type, 50);
-        const std::string expected = test::TextOf(column->Clone());
+        const std::string expected = TextOf(column->Clone());
         test::ForEachForm(column, [&](const SV& form) {
             DispatchStorage(type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
                 const ITypedArray<T>& array = form->AsTypedArray<T>();
-                std::vector<const void*> iterables(kThreadCount);
-                std::vector<std::string> texts(kThreadCount);
-                test::RunTogether(kThreadCount, [&](std::size_t thread) {
-                    iterables[thread] = &array.GetStoreValueIterable();
+                const auto answer = OneAnswer([&] {
+                    const void* const iterable = &array.GetStoreValueIterable();
                     std::vector<T> values(array.GetCount());
                     array.CopyValues(values, 0, array.GetCount());
-                    texts[thread] = test::TextOf(*array.Materialize());
+                    return std::pair(iterable, TextOf(array.Materialize()));
                 });
-                EXPECT_EQ(std::set<const void*>(iterables.begin(), iterables.end()).size(), 1u);
-                EXPECT_EQ(texts, std::vector<std::string>(kThreadCount, expected));
+                EXPECT_EQ(answer.second, expected);
             });
         });
     }
 }
 
 TEST(StoreThreadsTest, RowsOfATableCutAtOnce) {
-    const SV column = factory::MakeArray<unsigned>(
-        IntType::Get32(), std::vector<unsigned>{1, 2, 3, 4}, SortSpecOrder::UNKNOWN);
+    const SV column = test::ColumnOf("i: 1 2 3 4");
     const SV table = factory::MakeTable({{L"a", column}, {L"b", column}}, {});
     const SV window = table->AsTable().GetRowRange(1, 2, 1);
-    std::vector<const StoreValue*> columns(kThreadCount);
-    test::RunTogether(kThreadCount, [&](std::size_t thread) {
-        columns[thread] = window->AsTable().GetColumn(L"b").get();
-    });
-    EXPECT_EQ(columns, std::vector<const StoreValue*>(kThreadCount, columns[0]));
-    EXPECT_EQ(test::TextOf(*columns[0]), "i: 2 3");
+    EXPECT_EQ(TextOf(*OneAnswer([&] { return window->AsTable().GetColumn(L"b").get(); })),
+              "i: 2 3");
 }
 
 TEST(StoreThreadsTest, ElementsOfAConstantAreOneObject) {
     const Type* const type = test::TypeOf("i");
     for (const SV& column : {factory::MakeConstantArray<unsigned>(type, 7u, 3),
                              factory::MakeConstantArray<unsigned>(type, 3, SpecialKind::Null)}) {
-        std::vector<SV> elements(2 * kThreadCount);
-        test::RunTogether(kThreadCount, [&](std::size_t thread) {
-            const IStoreArray& array = column->AsArray();
-            elements[2 * thread] = array.GetElement(1);
-            elements[2 * thread + 1] = array.GetStoreValueIterable().begin()->Dereference();
+        const IStoreArray& array = column->AsArray();
+        const auto [element, walked] = OneAnswer([&] {
+            return std::pair(array.GetElement(1),
+                             array.GetStoreValueIterable().begin()->Dereference());
         });
-        EXPECT_EQ(std::set<SV>(elements.begin(), elements.end()).size(), 1u);
+        EXPECT_EQ(element, walked);
     }
 }
 
@@ -94,7 +88,7 @@ TEST(StoreThreadsTest, UntouchedRows) {
     // None of these rows was touched before the collections took them over.
     const SV column =
         factory::MakeArray(type, std::vector<LumTuple>(20, LumTuple(type)), SortSpecOrder::ASC);
-    ExpectOneText([&] { return test::TextOf(column); });
+    OneAnswer([&] { return TextOf(column); });
 
     auto values = std::make_unique<MapContainer<unsigned, LumTuple>>();
     for (unsigned key = 0; key < 20; ++key) {
@@ -104,7 +98,7 @@ TEST(StoreThreadsTest, UntouchedRows) {
     specials->emplace(SpecialKind::Null, LumTuple(type));
     const SV keySet = factory::MakeKeySet<unsigned, LumTuple>(
         IntType::Get32(), type, std::move(values), std::move(specials));
-    ExpectOneText([&] { return test::TextOf(keySet); });
+    OneAnswer([&] { return TextOf(keySet); });
 }
 
 TEST(StoreThreadsTest, SetsLookColumnsUp) {
@@ -117,15 +111,16 @@ TEST(StoreThreadsTest, SetsLookColumnsUp) {
     const auto& set = value->AsTypedSet<unsigned>();
     std::vector<unsigned> wanted(kCount);
     std::iota(wanted.begin(), wanted.end(), 0u);
-    std::vector<int> counts(kThreadCount);
-    test::RunTogether(kThreadCount, [&](std::size_t thread) {
+    const int found = OneAnswer([&] {
+        int count = 0;
         std::vector<unsigned char> out(kCount);
         for (int round = 0; round < 4; ++round) {
             set.ContainsEach(wanted, out);
-            counts[thread] += std::accumulate(out.begin(), out.end(), 0);
+            count += std::accumulate(out.begin(), out.end(), 0);
         }
+        return count;
     });
-    EXPECT_EQ(counts, std::vector<int>(kThreadCount, 4 * kCount / 2));
+    EXPECT_EQ(found, 4 * kCount / 2);
 }
 
 }  // namespace

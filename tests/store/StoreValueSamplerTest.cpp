@@ -7,11 +7,11 @@
 #include <utility>
 #include <vector>
 
+#include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/IStoreCollection.h"
 #include "lum/core/store/IStoreDictionary.h"
 #include "lum/core/store/IStoreTable.h"
 #include "lum/core/store/KeyMapFactory.h"
-#include "lum/core/store/KeySetFactory.h"
 #include "lum/core/store/TableFactory.h"
 #include "lum/core/store/TupleFactory.h"
 #include "lum/core/store/ValueFactory.h"
@@ -116,28 +116,18 @@ TEST(StoreValueSamplerTest, KeySetsOfArraysKeepEveryKey) {
     for (const auto& [keys, expected] : cases) {
         SCOPED_TRACE(keys);
         const SV column = ColumnOf(keys);
-        test::BoxedEntries entries;
-        const auto& iterable = column->AsArray().GetStoreValueIterable();
-        for (auto it = iterable.begin()->Clone(); *it != iterable.end(); it->Advance()) {
-            const SV key = it->Dereference();
-            if (key->IsSpecial()) {
-                entries.special.emplace_back(key->GetSpecialKind(), ColumnOf("i: 7 8"));
-            } else {
-                entries.normal.emplace_back(key, ColumnOf("i: 7 8"));
-            }
-        }
-        const SV keySet = test::MakeKeySetOf(column->AsArray().GetElementType(), arrays, entries);
+        const SV keySet = test::KeySetOf(
+            column,
+            factory::MakeArray<SV>(arrays, std::vector<SV>(column->GetCount(), ColumnOf("i: 7 8")),
+                                   SortSpecOrder::UNKNOWN));
         const SV sample = SampleStoreValue(*keySet, 1);
         EXPECT_EQ(sample->GetType(), keySet->GetType());
-        EXPECT_EQ(test::KeySetText(*sample),
-                  keySet->GetType()->ToString().toStdString() + expected);
+        EXPECT_EQ(TextOf(sample), keySet->GetType()->ToString().toStdString() + expected);
     }
 
-    auto values = std::make_unique<MapContainer<unsigned, SV>>();
-    *values = {{1u, nullptr}, {2u, factory::MakeSpecial(arrays, SpecialKind::Null)}};
-    const SV odd =
-        factory::MakeKeySet<unsigned, SV>(IntType::Get32(), arrays, std::move(values),
-                                          std::make_unique<MapContainer<SpecialKind, SV>>());
+    const SV odd = test::StoredKeySet<unsigned, SV>(
+        IntType::Get32(), arrays,
+        {{1, nullptr}, {2, factory::MakeSpecial(arrays, SpecialKind::Null)}});
     const SV sample = SampleStoreValue(*odd, 1);
     const auto& elements = sample->AsDictionary<unsigned, SV>();
     EXPECT_EQ(elements.GetValue(1), nullptr);

@@ -12,15 +12,18 @@ std::atomic<std::size_t> g_count{0};
 std::atomic<std::size_t> g_bytes{0};
 std::atomic<std::size_t> g_peakBytes{0};
 
-void* Allocate(std::size_t size) noexcept {
+void* Count(void* memory) noexcept {
     g_count.fetch_add(1, std::memory_order_relaxed);
-    void* const memory = std::malloc(size != 0 ? size : 1);
     const std::size_t added = malloc_usable_size(memory);
     const std::size_t bytes = g_bytes.fetch_add(added, std::memory_order_relaxed) + added;
     std::size_t peak = g_peakBytes.load(std::memory_order_relaxed);
     while (bytes > peak && !g_peakBytes.compare_exchange_weak(peak, bytes)) {
     }
     return memory;
+}
+
+void* Require(void* memory) {
+    return memory != nullptr ? memory : throw std::bad_alloc();
 }
 
 void Free(void* memory) noexcept {
@@ -32,19 +35,26 @@ void Free(void* memory) noexcept {
 
 // The library's own sorts ask for their buffers this way.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
-    return Allocate(size);
+    return Count(std::malloc(size));
 }
-
 void* operator new(std::size_t size) {
-    if (void* const memory = Allocate(size)) {
-        return memory;
-    }
-    throw std::bad_alloc();
+    return Require(Count(std::malloc(size)));
+}
+// The blocks of rows.
+void* operator new(std::size_t size, std::align_val_t alignment) {
+    const auto bytes = static_cast<std::size_t>(alignment);
+    return Require(Count(std::aligned_alloc(bytes, (size + bytes - 1) / bytes * bytes)));
 }
 void operator delete(void* memory) noexcept {
     Free(memory);
 }
 void operator delete(void* memory, std::size_t /*size*/) noexcept {
+    Free(memory);
+}
+void operator delete(void* memory, std::align_val_t /*alignment*/) noexcept {
+    Free(memory);
+}
+void operator delete(void* memory, std::size_t /*size*/, std::align_val_t /*alignment*/) noexcept {
     Free(memory);
 }
 

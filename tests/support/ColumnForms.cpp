@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <memory>
 #include <numeric>
 #include <utility>
@@ -10,7 +9,6 @@
 #include "core/main/store/ValueCompositeArray.h"
 #include "lum/core/store/ArrayFactory.h"
 #include "lum/core/store/RawData.h"
-#include "tests/support/ColumnText.h"
 
 namespace lum::test {
 namespace {
@@ -18,12 +16,10 @@ namespace {
 using namespace core;
 
 template <typename T>
-SV MakeColumn(const SV& like, Cells<T> cells,
-              std::unique_ptr<std::vector<unsigned>> indices = nullptr) {
+SV MakeColumn(const SV& like, Cells<T> cells) {
     const IStoreArray& array = like->AsArray();
     return factory::MakeArray<T>(
-        array.GetElementType(), std::make_unique<std::vector<T>>(std::move(cells.values)),
-        std::move(indices),
+        array.GetElementType(), std::make_unique<std::vector<T>>(std::move(cells.values)), nullptr,
         cells.kinds ? std::make_unique<std::vector<SpecialKind>>(std::move(*cells.kinds)) : nullptr,
         array.GetSortOrder());
 }
@@ -34,82 +30,79 @@ SV Dispatch(const SV& column, const F& function) {
     return DispatchStorage(column->AsArray().GetElementType()->GetStoreType(), function);
 }
 
-/// Puts a cell that no element may show at the front and at the back.
-template <typename T>
-Cells<T> Padded(Cells<T> cells) {
-    if (cells.values.empty()) {
-        return cells;
-    }
-    const T front = cells.values.back();
-    const T back = cells.values.front();
-    cells.values.insert(cells.values.begin(), front);
-    cells.values.push_back(back);
-    if (cells.kinds) {
-        cells.kinds->insert(cells.kinds->begin(), SpecialKind::Ragged);
-        cells.kinds->push_back(SpecialKind::Ragged);
-    }
-    return cells;
-}
-
 SV MakePlain(const SV& column) {
     return Dispatch(column, [&]<typename T>(StorageTag<T>) {
         return MakeColumn<T>(column, CellsOf<T>(*column));
     });
 }
 
-SV MakeSliced(const SV& column) {
+/// The places of `count` elements from the last to the one at `first`.
+std::vector<unsigned> Backwards(lumsize_t count, unsigned first) {
+    std::vector<unsigned> places(count);
+    std::iota(places.rbegin(), places.rend(), first);
+    return places;
+}
+
+SV MakeReversed(const SV& column) {
     return Dispatch(column, [&]<typename T>(StorageTag<T>) {
-        const SV wide = MakeColumn<T>(column, Padded(CellsOf<T>(*column)));
-        return wide->AsArray().GetRange(1, column->GetCount(), 1);
+        return MakeColumn<T>(column, CellsOf<T>(*column).Picked(Backwards(column->GetCount(), 0)));
     });
 }
 
-SV MakeIndexed(const SV& column) {
+/// Puts a cell that no element may show at the front and at the back.
+SV MakePadded(const SV& column) {
+    const lumsize_t count = column->GetCount();
+    if (count == 0) {
+        return MakePlain(column);
+    }
     return Dispatch(column, [&]<typename T>(StorageTag<T>) {
-        Cells<T> stored = CellsOf<T>(*column);
-        std::reverse(stored.values.begin(), stored.values.end());
-        if (stored.kinds) {
-            std::reverse(stored.kinds->begin(), stored.kinds->end());
+        std::vector<unsigned> places(count + 2, count - 1);
+        std::iota(places.begin() + 1, places.end() - 1, 0u);
+        places.back() = 0;
+        Cells<T> cells = CellsOf<T>(*column).Picked(places);
+        if (cells.kinds) {
+            cells.kinds->front() = cells.kinds->back() = SpecialKind::Ragged;
         }
-        auto indices = std::make_unique<std::vector<unsigned>>(column->GetCount());
-        std::iota(indices->rbegin(), indices->rend(), 1u);
-        return MakeColumn<T>(column, Padded(std::move(stored)), std::move(indices));
+        return MakeColumn<T>(column, std::move(cells));
     });
+}
+
+/// Takes the padding off again, by a range.
+SV CutOut(const SV& padded, lumsize_t count) {
+    return padded == nullptr ? nullptr : padded->AsArray().GetRange(1, count, 1);
+}
+
+/// Takes the padding off again, by indices that go from the end to the front.
+SV CutOutBackwards(const SV& padded, lumsize_t count) {
+    return padded == nullptr ? nullptr
+                             : padded->AsArray().WithIndices(Backwards(count, 1),
+                                                             padded->AsArray().GetSortOrder());
+}
+
+SV MakeSliced(const SV& column) {
+    return CutOut(MakePadded(column), column->GetCount());
+}
+
+SV MakeIndexed(const SV& column) {
+    return CutOutBackwards(MakePadded(MakeReversed(column)), column->GetCount());
 }
 
 SV MakeIndexedSlice(const SV& column) {
     // With indices a length of 0 would take all that follows.
-    if (column->GetCount() == 0) {
-        return MakeIndexed(column);
-    }
-    return Dispatch(column, [&]<typename T>(StorageTag<T>) {
-        const SV wide = MakeIndexed(MakeColumn<T>(column, Padded(CellsOf<T>(*column))));
-        return wide->AsArray().GetRange(1, column->GetCount(), 1);
-    });
+    return column->GetCount() == 0 ? MakeIndexed(column)
+                                   : CutOut(MakeIndexed(MakePadded(column)), column->GetCount());
+}
+
+SV MakeMaterialized(const SV& column) {
+    return MakeIndexed(column)->AsArray().Materialize();
 }
 
 SV MakeSlicedRuns(const SV& column) {
-    const SV padded = Dispatch(column, [&]<typename T>(StorageTag<T>) {
-        return MakeRuns(MakeColumn<T>(column, Padded(CellsOf<T>(*column))));
-    });
-    return padded == nullptr ? nullptr : padded->AsArray().GetRange(1, column->GetCount(), 1);
+    return CutOut(MakeRuns(MakePadded(column)), column->GetCount());
 }
 
 SV MakeIndexedRuns(const SV& column) {
-    const SV padded = Dispatch(column, [&]<typename T>(StorageTag<T>) {
-        Cells<T> cells = CellsOf<T>(*column);
-        std::reverse(cells.values.begin(), cells.values.end());
-        if (cells.kinds) {
-            std::reverse(cells.kinds->begin(), cells.kinds->end());
-        }
-        return MakeRuns(MakeColumn<T>(column, Padded(std::move(cells))));
-    });
-    if (padded == nullptr) {
-        return nullptr;
-    }
-    std::vector<unsigned> indices(column->GetCount());
-    std::iota(indices.rbegin(), indices.rend(), 1u);
-    return padded->AsArray().ComposeIndices(std::move(indices), column->AsArray().GetSortOrder());
+    return CutOutBackwards(MakeRuns(MakePadded(MakeReversed(column))), column->GetCount());
 }
 
 SV MakeMaterializedRuns(const SV& column) {
@@ -140,10 +133,6 @@ SV MakeConstant(const SV& column) {
         return cells.values[0] == T() ? factory::MakeConstantArray<T>(elementType, count, kind)
                                       : nullptr;
     });
-}
-
-SV MakeMaterialized(const SV& column) {
-    return MakeIndexed(column)->AsArray().Materialize();
 }
 
 /// Memory that is not the library's.

@@ -2,7 +2,6 @@
 
 #include <functional>
 #include <optional>
-#include <string>
 #include <vector>
 
 #include "lum/core/store/ITypedArray.h"
@@ -19,6 +18,20 @@ struct Cells {
 
     core::SpecialKind GetKind(std::size_t index) const {
         return kinds ? (*kinds)[index] : core::SpecialKind::Normal;
+    }
+    /// The cells at these places, in this order.
+    Cells Picked(const std::vector<unsigned>& places) const {
+        Cells picked;
+        if (kinds) {
+            picked.kinds.emplace();
+        }
+        for (const unsigned place : places) {
+            picked.values.push_back(values[place]);
+            if (kinds) {
+                picked.kinds->push_back((*kinds)[place]);
+            }
+        }
+        return picked;
     }
 };
 

@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "core/main/serialize/KeySetEntries.h"
 #include "core/main/store/ValueSet.h"
 #include "core/main/utility/Parser.h"
 #include "lum/core/store/ArrayFactory.h"
@@ -19,9 +20,9 @@
 #include "lum/core/store/SpecialKindText.h"
 #include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/ValueUtil.h"
+#include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/ScalarTypes.h"
 #include "lum/core/types/TypeUtil.h"
-#include "tests/support/KeySets.h"
 
 namespace lum::test {
 namespace {
@@ -245,6 +246,25 @@ std::string SetText(const IUniformCollection& set) {
         members.push_back(" " + TextOf(it->Dereference()));
     }
     return "S " + TypeText(set.GetElementType()) + ":" + Sorted(members, "");
+}
+
+std::string KeySetText(const StoreValue& keySet) {
+    const auto& type = keySet.GetType()->As<KeySetType>();
+    const auto textOf = [](const Type* storedType, const void* stored) {
+        return DispatchStorage(storedType->GetStoreType(), [&]<typename T>(StorageTag<T>) {
+            return StoredText(storedType, *static_cast<const T*>(stored));
+        });
+    };
+    const KeySetEntries entries = CollectKeySetEntries(keySet);
+    std::vector<std::string> parts;
+    for (const auto& [key, element] : entries.entries) {
+        parts.push_back(" " + textOf(type.GetKeyType(), key) + "=" +
+                        textOf(type.GetElementType(), element));
+    }
+    for (const auto& [kind, element] : entries.specialEntries) {
+        parts.push_back(" " + TextOf(kind) + "=" + textOf(type.GetElementType(), element));
+    }
+    return type.ToString().toStdString() + ":" + Sorted(parts, "");
 }
 
 std::string KeyMapText(const IStoreKeyMap& map) {

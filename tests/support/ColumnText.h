@@ -36,8 +36,8 @@ core::SV SetOf(const std::string& text);
 core::LumTuple RowOf(const std::string& text);
 
 /// An array as above, placeholders included. A set likewise behind "S ", a key map as
-/// "{name = value, ...}", both sorted, and a key set as KeySetText gives it. Any other value as a
-/// cell, or as the name of its store type.
+/// "{name = value, ...}" and a key set as "K<i,s<ROOT>>: !Null=a 1=b", all of them sorted. Any
+/// other value as a cell, or as the name of its store type.
 std::string TextOf(const core::StoreValue& value);
 std::string TextOf(const core::SV& value);
 std::string TextOf(const core::LumTuple& row);

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <bit>
 #include <string>
 #include <type_traits>
 #include <utility>
@@ -15,6 +14,7 @@
 #include "lum/core/store/ITypedArray.h"
 #include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/StoreValue.h"
+#include "lum/core/store/ValueUtil.h"
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/TupleType.h"
 
@@ -107,8 +107,7 @@ std::string ExactArray(const core::StoreValue& value) {
         }
         return text;
     }
-    core::ArrayCursor<T> cursor = array.GetAdapterWithSpecials();
-    for (; !cursor.IsAtEnd(); ++cursor) {
+    for (auto cursor = array.GetAdapterWithSpecials(); !cursor.IsAtEnd(); ++cursor) {
         parts.push_back(ExactStored<T>(*cursor) +
                         (array.HasSpecialValues() ? ExactKind(cursor.GetSpecialKind()) : ""));
     }
@@ -157,56 +156,41 @@ inline std::string ExactMembers(const core::IStoreKeyMap& members) {
     return Joined(std::move(parts), /*sorted=*/true);
 }
 
-inline std::string ExactContent(const core::StoreValue& value) {
-    switch (value.GetStoreType()) {
-        case core::StoreType::Tuple:
-            return ExactRow(value.AsTuple());
+inline std::string ExactContent(const core::SV& value) {
+    const auto storageOf = [](const core::Type* type, const auto& function) {
+        return core::DispatchStorage(type->GetStoreType(), function);
+    };
+    switch (value->GetStoreType()) {
         case core::StoreType::External: {
             std::string text = "bytes";
-            for (const unsigned char byte : core::SerializeExternalType(value.AsExternal())) {
+            for (const unsigned char byte : core::SerializeExternalType(value->AsExternal())) {
                 text += ' ' + std::to_string(byte);
             }
             return text;
         }
         case core::StoreType::Array:
-            return core::DispatchStorage(
-                value.AsArray().GetElementType()->GetStoreType(),
-                [&]<typename T>(core::StorageTag<T>) { return ExactArray<T>(value); });
+            return storageOf(
+                value->AsArray().GetElementType(),
+                [&]<typename T>(core::StorageTag<T>) { return ExactArray<T>(*value); });
         case core::StoreType::Set:
-            return core::DispatchStorage(
-                value.AsSet().GetElementType()->GetStoreType(),
-                [&]<typename T>(core::StorageTag<T>) { return ExactSet<T>(value); });
+            return storageOf(value->AsSet().GetElementType(),
+                             [&]<typename T>(core::StorageTag<T>) { return ExactSet<T>(*value); });
         case core::StoreType::KeySet:
-            return ExactKeySet(value);
+            return ExactKeySet(*value);
         case core::StoreType::KeyMap:
-            return ExactMembers(value.AsKeyMap());
+            return ExactMembers(value->AsKeyMap());
         case core::StoreType::Table: {
             std::string text;
-            for (const auto& [name, order] : value.AsTable().GetSortColumns()) {
+            for (const auto& [name, order] : value->AsTable().GetSortColumns()) {
                 text += name.GetValue().toStdString() + std::to_string(static_cast<int>(order));
             }
-            return text + ExactMembers(value.AsKeyMap());
+            return text + ExactMembers(value->AsKeyMap());
         }
-        case core::StoreType::Bool:
-            return value.AsBool() ? "1" : "0";
-        case core::StoreType::Int32:
-            return std::to_string(value.AsInt32());
-        case core::StoreType::Int64:
-            return std::to_string(value.AsInt64());
-        case core::StoreType::Real32:
-            return std::to_string(std::bit_cast<unsigned int>(value.AsReal32()));
-        case core::StoreType::Real64:
-            return std::to_string(std::bit_cast<unsigned long long>(value.AsReal64()));
-        case core::StoreType::String:
-            return '"' + value.AsString().toStdString() + '"';
-        case core::StoreType::Date:
-            return std::to_string(value.AsDate().GetValue());
-        case core::StoreType::DateTime:
-            return std::to_string(value.AsDateTime().GetValue());
-        case core::StoreType::Color:
-            return std::to_string(value.AsColor().AsInt32());
+        default:
+            return storageOf(value->GetType(), [&]<typename T>(core::StorageTag<T>) {
+                return ExactStored<T>(core::FetchStoreValue<T>(value));
+            });
     }
-    return "?";
 }
 
 }  // namespace detail
@@ -220,7 +204,7 @@ inline std::string ExactText(const core::SV& value) {
     }
     return text + ':' +
            (value->IsSpecial() ? detail::ExactKind(value->GetSpecialKind())
-                               : detail::ExactContent(*value));
+                               : detail::ExactContent(value));
 }
 
 }  // namespace lum::test

@@ -1,14 +1,8 @@
 #include "tests/support/KeySets.h"
 
-#include <algorithm>
-
-#include "core/main/serialize/KeySetEntries.h"
-#include "core/main/store/ValueKeySet.h"
 #include "lum/core/store/ITypedArray.h"
-#include "lum/core/store/KeySetFactory.h"
 #include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/ValueUtil.h"
-#include "lum/core/types/CollectionTypes.h"
 #include "tests/support/ColumnText.h"
 
 namespace lum::test {
@@ -18,13 +12,10 @@ using namespace core;
 SV MakeKeySetOf(const Type* keyType, const Type* elementType, const BoxedEntries& entries,
                 HandleSides handles) {
     // Whatever is an array is stored as SV.
-    const StoreType keyStorage = handles == HandleSides::Keys || handles == HandleSides::Both
-                                     ? StoreType::Array
-                                     : keyType->GetStoreType();
+    const StoreType keyStorage =
+        handles == HandleSides::Keys ? StoreType::Array : keyType->GetStoreType();
     const StoreType elementStorage =
-        handles == HandleSides::Elements || handles == HandleSides::Both
-            ? StoreType::Array
-            : elementType->GetStoreType();
+        handles == HandleSides::Elements ? StoreType::Array : elementType->GetStoreType();
     return DispatchStorage(elementStorage, [&]<typename V>(StorageTag<V>) {
         auto specials = std::make_unique<MapContainer<SpecialKind, V>>();
         for (const auto& [kind, element] : entries.special) {
@@ -41,50 +32,23 @@ SV MakeKeySetOf(const Type* keyType, const Type* elementType, const BoxedEntries
     });
 }
 
-SV KeySetOf(const std::string& keys, const std::string& elements) {
-    const SV keyColumn = ColumnOf(keys);
-    const SV elementColumn = ColumnOf(elements);
+SV KeySetOf(const SV& keys, const SV& elements) {
     BoxedEntries entries;
-    for (lumsize_t i = 0; i < keyColumn->GetCount(); ++i) {
-        const SV key = keyColumn->AsArray().GetElement(i);
-        const SV element = elementColumn->AsArray().GetElement(i);
+    for (lumsize_t i = 0; i < keys->GetCount(); ++i) {
+        const SV key = keys->AsArray().GetElement(i);
+        const SV element = elements->AsArray().GetElement(i);
         if (key->IsSpecial()) {
             entries.special.emplace_back(key->GetSpecialKind(), element);
         } else {
             entries.normal.emplace_back(key, element);
         }
     }
-    return MakeKeySetOf(keyColumn->AsArray().GetElementType(),
-                        elementColumn->AsArray().GetElementType(), entries);
+    return MakeKeySetOf(keys->AsArray().GetElementType(), elements->AsArray().GetElementType(),
+                        entries);
 }
 
-namespace {
-
-std::string TextOfStored(const Type* type, const void* stored) {
-    return DispatchStorage(type->GetStoreType(), [&]<typename T>(StorageTag<T>) {
-        return TextOf(MakeStoreValueFromStorageType<T>(type, *static_cast<const T*>(stored)));
-    });
-}
-
-}  // namespace
-
-std::string KeySetText(const StoreValue& keySet) {
-    const KeySetType& type = keySet.GetType()->As<KeySetType>();
-    const KeySetEntries entries = CollectKeySetEntries(keySet);
-    std::vector<std::string> parts;
-    for (const auto& [key, element] : entries.entries) {
-        parts.push_back(" " + TextOfStored(type.GetKeyType(), key) + "=" +
-                        TextOfStored(type.GetElementType(), element));
-    }
-    for (const auto& [kind, element] : entries.specialEntries) {
-        parts.push_back(" " + TextOf(kind) + "=" + TextOfStored(type.GetElementType(), element));
-    }
-    std::sort(parts.begin(), parts.end());
-    std::string text = type.ToString().toStdString() + ":";
-    for (const std::string& part : parts) {
-        text += part;
-    }
-    return text;
+SV KeySetOf(const std::string& keys, const std::string& elements) {
+    return KeySetOf(ColumnOf(keys), ColumnOf(elements));
 }
 
 }  // namespace lum::test

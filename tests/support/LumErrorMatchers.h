@@ -44,6 +44,7 @@ struct ExpectedFailure {
 
 testing::AssertionResult FailsAs(const ExpectedFailure& expected,
                                  const std::function<void()>& statement);
+testing::AssertionResult FailsForAMissingKey(const std::function<void()>& statement);
 
 }  // namespace lum::test
 
@@ -65,3 +66,6 @@ testing::AssertionResult FailsAs(const ExpectedFailure& expected,
     EXPECT_TRUE(                                                                            \
         ::lum::test::FailsAs({::lum::core::LumError::code, details, true, condition, true}, \
                              [&] { static_cast<void>(__VA_ARGS__); }))
+/// The statement throws std::out_of_range as the standard maps behind some values do.
+#define EXPECT_NO_SUCH_KEY(...) \
+    EXPECT_TRUE(::lum::test::FailsForAMissingKey([&] { static_cast<void>(__VA_ARGS__); }))

@@ -11,6 +11,7 @@
 #include "lum/core/types/ScalarTypes.h"
 #include "lum/core/types/StringType.h"
 #include "lum/core/types/TupleType.h"
+#include "lum/core/types/TypeUtil.h"
 #include "lum/core/utility/LumException.h"
 
 namespace lum::test {
@@ -164,34 +165,15 @@ private:
         }
     }
 
-    // Bytes of storage of an element, or 0 where elements have a form of their own.
-    static unsigned int WidthOf(const core::Type& type) {
-        switch (type.GetStoreType()) {
-            case core::StoreType::Bool:
-                return 1;
-            case core::StoreType::Int32:
-            case core::StoreType::Real32:
-            case core::StoreType::Color:
-                return 4;
-            case core::StoreType::Int64:
-            case core::StoreType::Real64:
-            case core::StoreType::Date:
-            case core::StoreType::DateTime:
-                return 8;
-            default:
-                return 0;
-        }
-    }
-
     void WalkElement(const core::Type& type) {
-        switch (WidthOf(type)) {
+        switch (core::GetTypeSize(&type)) {
             case 1:
                 return m_copy.AppendData(Note(m_reader.ReadStorage8Bit()));
             case 4:
                 return m_copy.AppendData(Note(m_reader.ReadStorage32Bit()));
             case 8:
                 return m_copy.AppendData(Note(m_reader.ReadStorage64Bit()));
-            default:
+            default:  // Elements of a form of their own.
                 return WalkValue(type, /*isSpecial=*/false);
         }
     }
@@ -234,7 +216,7 @@ private:
     }
 
     void WalkBlock(const core::Type& type, core::lumsize_t count) {
-        switch (WidthOf(type)) {
+        switch (core::GetTypeSize(&type)) {
             case 1:
                 return m_copy.AppendArray(NoteArray(m_reader.ReadStorage8BitArray(count)));
             case 4:

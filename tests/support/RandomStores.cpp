@@ -1,6 +1,5 @@
 #include "tests/support/RandomStores.h"
 
-#include <bit>
 #include <memory>
 #include <unordered_map>
 #include <utility>
@@ -126,21 +125,18 @@ SV MakeKeySet(Random& random) {
     const char* const keyTypes[] = {"b", "i", "d", "s", "t", "c", "P{i,s}"};
     const SV keys = MakeRandomColumn(random, TypeOf(random.OneOf(keyTypes)), SmallCount(random));
     const SV elements = MakeRandomColumn(random, OneType(random), keys->GetCount());
-    BoxedEntries entries;
-    for (lumsize_t i = 0; i < keys->GetCount(); ++i) {
-        const SV key = keys->AsArray().GetElement(i);
-        const SV element = elements->AsArray().GetElement(i);
-        if (element->IsSpecial() || HasSpecialMember(*key)) {
-            continue;  // A key set has no room for such elements.
-        }
-        if (key->IsSpecial()) {
-            entries.special.emplace_back(key->GetSpecialKind(), element);
-        } else {
-            entries.normal.emplace_back(key, element);
+    // A key set has no room for other entries.
+    std::vector<unsigned> fitting;
+    for (unsigned i = 0; i < keys->GetCount(); ++i) {
+        if (!elements->AsArray().GetElement(i)->IsSpecial() &&
+            !HasSpecialMember(*keys->AsArray().GetElement(i))) {
+            fitting.push_back(i);
         }
     }
-    return MakeKeySetOf(keys->AsArray().GetElementType(), elements->AsArray().GetElementType(),
-                        entries);
+    const auto cut = [&](const SV& column) {
+        return column->AsArray().WithIndices(std::vector<unsigned>(fitting), SortSpecOrder::UNORD);
+    };
+    return KeySetOf(cut(keys), cut(elements));
 }
 
 SV MakeHandles(Random& random, int depth) {

@@ -72,7 +72,7 @@ private:
 
     void TouchContent(const core::StoreValue& value) {
         Add(value.GetCount());
-        if (value.IsSpecial() || !core::IsCollectionStoreType(value.GetStoreType())) {
+        if (value.IsSpecial()) {
             return TouchScalar(value);
         }
         switch (value.GetStoreType()) {

@@ -38,9 +38,6 @@ TEST(NamedTypesTest, OrderOfMembersDoesNotMatter) {
     const TableType* const table = TableType::Get({Of(L"y", kInts), Of(L"x", kBools)});
     EXPECT_EQ(table, TableType::Get({Of(L"x", kBools), Of(L"y", kInts)}));
     EXPECT_EQ(table->ToString(), L"T{x:A<b>, y:A<i>}");
-}
-
-TEST(NamedTypesTest, WithoutMembers) {
     EXPECT_EQ(KeyMapType::Get({})->ToString(), L"M");
     EXPECT_EQ(TableType::Get({})->ToString(), L"T");
 }

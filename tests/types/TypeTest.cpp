@@ -16,28 +16,20 @@
 namespace lum::core {
 namespace {
 
-TEST(TypeTest, ScalarsAreTheirOwnBase) {
-    const struct {
-        const Type* type;
-        const Type* again;
-        const char* text;
-    } cases[] = {
-        {BoolType::Get(), BoolType::Get(), "b"},
-        {IntType::Get32(), IntType::Get32(), "i"},
-        {IntType::Get64(), IntType::Get64(), "l"},
-        {RealType::Get32(), RealType::Get32(-1, -1), "f<-1,-1>"},
-        {RealType::Get64(), RealType::Get64(-1, -1), "r<-1,-1>"},
-        {StringType::Get(), StringType::Get(Collation()), "s<ROOT>"},
-        {DateType::Get(), DateType::Get(), "d"},
-        {DateTimeType::Get(), DateTimeType::Get(), "t"},
-        {ColorType::Get(), ColorType::Get(), "c"},
-    };
-    for (const auto& c : cases) {
-        EXPECT_EQ(c.type, c.again) << c.text;
-        EXPECT_EQ(c.type->GetBaseType(), c.type) << c.text;
-        EXPECT_EQ(c.type->ToString().toStdString(), c.text);
-        EXPECT_EQ(c.type->GetHashValue(), reinterpret_cast<std::uintptr_t>(c.type));
+TEST(TypeTest, DefaultTypesOfPrimitives) {
+    const char* const texts[] = {"b", "i", "l", "f<-1,-1>", "r<-1,-1>", "s<ROOT>", "d", "t", "c"};
+    for (std::size_t i = 0; i < std::size(texts); ++i) {
+        const Type* const type = MakePrimitiveType(static_cast<StoreType>(i));
+        EXPECT_EQ(type->ToString().toStdString(), texts[i]);
+        EXPECT_TRUE(type->Is(static_cast<StoreType>(i)) && type->GetBaseType() == type) << i;
+        EXPECT_EQ(type->GetHashValue(), reinterpret_cast<std::uintptr_t>(type));
     }
+    for (unsigned i = std::size(texts); i < 256; ++i) {
+        EXPECT_LUM_REPORT(InvalidStoreType, "", "", MakePrimitiveType(static_cast<StoreType>(i)));
+    }
+    EXPECT_EQ(RealType::Get32(-1, -1), RealType::Get32());
+    EXPECT_EQ(RealType::Get64(-1, -1), RealType::Get64());
+    EXPECT_EQ(StringType::Get(Collation()), StringType::Get());
 }
 
 TEST(TypeTest, RealParameters) {
@@ -139,17 +131,14 @@ TEST(TypeTest, GroupsOfStoreTypes) {
     EXPECT_EQ(Members(IsStoreTypeSupportedInKeySetAsKey), "bilfrsdtcP");
     EXPECT_EQ(Members(IsStoreTypeSupportedInSet), "bilfrsdtcPx");
     EXPECT_EQ(Members(IsSupportedNestedType), "bilfrsdtcPxM");
-    for (const StoreType collection : {StoreType::Array, StoreType::KeySet, StoreType::Set,
-                                       StoreType::KeyMap, StoreType::Int32}) {
-        const auto isSupported = [=](StoreType t) {
-            return IsStoreTypeSupportedInUniformCollection(collection, t);
-        };
-        EXPECT_EQ(Members(isSupported),
-                  collection == StoreType::Array || collection == StoreType::KeySet
-                      ? "bilfrsdtcPxASM"
-                  : collection == StoreType::Set ? "bilfrsdtcPx"
-                                                 : "");
-    }
+    const auto elementsOf = [](StoreType collection) {
+        return Members(
+            [=](StoreType t) { return IsStoreTypeSupportedInUniformCollection(collection, t); });
+    };
+    EXPECT_EQ(elementsOf(StoreType::Array), "bilfrsdtcPxASM");
+    EXPECT_EQ(elementsOf(StoreType::KeySet), "bilfrsdtcPxASM");
+    EXPECT_EQ(elementsOf(StoreType::Set), "bilfrsdtcPx");
+    EXPECT_EQ(elementsOf(StoreType::KeyMap) + elementsOf(StoreType::Int32), "");
 }
 
 }  // namespace

@@ -12,18 +12,6 @@
 namespace lum::core {
 namespace {
 
-TEST(TypeUtilTest, DefaultTypesOfPrimitives) {
-    for (int i = 0; i < 256; ++i) {
-        const auto storeType = static_cast<StoreType>(i);
-        if (i <= 8) {
-            const Type* const type = MakePrimitiveType(storeType);
-            EXPECT_TRUE(type->Is(storeType) && type->GetBaseType() == type) << i;
-        } else {
-            EXPECT_LUM_REPORT(InvalidStoreType, "", "", MakePrimitiveType(storeType));
-        }
-    }
-}
-
 TEST(TypeUtilTest, Sizes) {
     constexpr unsigned int kString = sizeof(RIndirectString);
     const unsigned int sizes[] = {1,          4,          8,          4,          8,
