@@ -11,28 +11,27 @@ void BinaryBufferReader::Align(unsigned int wordSize) {
     AlignUnchecked(wordSize);
 }
 
-unsigned int BinaryBufferReader::ReadLongBase128() {
+BinaryBufferReader::Base128 BinaryBufferReader::ReadLongBase128(std::uintptr_t position,
+                                                                std::uintptr_t bufferEnd) {
+    BinaryBufferReader reader(position, bufferEnd);
     constexpr uint64 kMoreBits = 0x8080808080808080;
     constexpr uint64 kMoreBitsOfFiveBytes = 0x8080808080;
-    if (GetRemaining() < sizeof(uint64)) {
-        return ReadBase128ByByte();
+    if (reader.GetRemaining() >= sizeof(uint64)) {
+        // All lengths in one way: a branch on the length of each would be guessed wrong half the
+        // time.
+        uint64 word;
+        std::memcpy(&word, reader.GetPointer(), sizeof(word));
+        const uint64 lastByteBits = ~word & kMoreBits;
+        const uint64 bytes = static_cast<uint64>(std::countr_zero(lastByteBits)) / 8 + 1;
+        word &= lastByteBits ^ (lastByteBits - 1);
+        const uint64 value = (word & 0x7F) | (word >> 1 & 0x3F80) | (word >> 2 & 0x1FC000) |
+                             (word >> 3 & 0xFE00000) | (word >> 4 & 0x7F0000000);
+        if ((lastByteBits & kMoreBitsOfFiveBytes) != 0 && value <= 0xFFFFFFFF) {
+            return {reader.m_pos + bytes, static_cast<unsigned int>(value)};
+        }
     }
-    // All lengths in one way: a branch on the length of each would be guessed wrong half the time.
-    uint64 word;
-    std::memcpy(&word, GetPointer(), sizeof(word));
-    const uint64 lastByteBits = ~word & kMoreBits;
-    if ((lastByteBits & kMoreBitsOfFiveBytes) == 0) {
-        return ReadBase128ByByte();
-    }
-    const uint64 bytes = static_cast<uint64>(std::countr_zero(lastByteBits)) / 8 + 1;
-    word &= lastByteBits ^ (lastByteBits - 1);
-    const uint64 value = (word & 0x7F) | (word >> 1 & 0x3F80) | (word >> 2 & 0x1FC000) |
-                         (word >> 3 & 0xFE00000) | (word >> 4 & 0x7F0000000);
-    if (value > 0xFFFFFFFF) {
-        return ReadBase128ByByte();
-    }
-    m_pos += bytes;
-    return static_cast<unsigned int>(value);
+    const unsigned int value = reader.ReadBase128ByByte();
+    return {reader.m_pos, value};
 }
 
 unsigned int BinaryBufferReader::ReadBase128ByByte() {

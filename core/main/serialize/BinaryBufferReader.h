@@ -69,7 +69,9 @@ public:
                 return value;
             }
         }
-        return ReadLongBase128();
+        const Base128 number = ReadLongBase128(m_pos, m_bufferEnd);
+        m_pos = number.end;
+        return number.value;
     }
 
     // The text of `length` bytes of UTF-8.
@@ -84,6 +86,9 @@ public:
     uint64 GetRemaining() const noexcept { return IsAtEnd() ? 0 : m_bufferEnd - m_pos; }
 
 private:
+    BinaryBufferReader(std::uintptr_t start, std::uintptr_t bufferEnd) noexcept
+        : m_start(start), m_pos(start), m_bufferEnd(bufferEnd) {}
+
     const unsigned char* GetPointer() const noexcept {
         return reinterpret_cast<const unsigned char*>(m_pos);
     }
@@ -101,7 +106,12 @@ private:
         m_pos += size;
         return taken;
     }
-    unsigned int ReadLongBase128();
+    struct Base128 {
+        std::uintptr_t end;
+        unsigned int value;
+    };
+    // No member, so that a loop over numbers keeps its reader in registers.
+    static Base128 ReadLongBase128(std::uintptr_t position, std::uintptr_t bufferEnd);
     unsigned int ReadBase128ByByte();
 
     std::uintptr_t m_start;
