@@ -35,6 +35,8 @@ public:
 private:
     static constexpr core::lumsize_t kMostWalked = 4096;
     static constexpr core::uint64 kMostSpelt = 10'000;
+    // Each level of nested arrays reads the one below it several times.
+    static constexpr core::uint64 kMostContents = 4096;
 
     template <typename F>
     static void Attempt(const F& function) {
@@ -71,6 +73,9 @@ private:
     }
 
     void TouchContent(const core::StoreValue& value) {
+        if (++m_contentCount > kMostContents) {
+            return;
+        }
         Add(value.GetCount());
         if (value.IsSpecial()) {
             return TouchScalar(value);
@@ -172,6 +177,7 @@ private:
     }
 
     core::uint64 m_elementCount = 0;  // Of arrays, as text would spell them.
+    core::uint64 m_contentCount = 0;
     volatile core::uint64 m_sum = 0;  // Nothing that was read is left out.
 };
 
