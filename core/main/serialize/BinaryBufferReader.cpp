@@ -16,11 +16,9 @@ BinaryBufferReader::Base128 BinaryBufferReader::ReadLongBase128(std::uintptr_t p
     BinaryBufferReader reader(position, bufferEnd);
     constexpr uint64 kMoreBits = 0x8080808080808080;
     constexpr uint64 kMoreBitsOfFiveBytes = 0x8080808080;
-    if (reader.GetRemaining() >= sizeof(uint64)) {
+    if (uint64 word = 0; reader.PeekWord(word)) {
         // All lengths in one way: a branch on the length of each would be guessed wrong half the
         // time.
-        uint64 word;
-        std::memcpy(&word, reader.GetPointer(), sizeof(word));
         const uint64 lastByteBits = ~word & kMoreBits;
         const uint64 bytes = static_cast<uint64>(std::countr_zero(lastByteBits)) / 8 + 1;
         word &= lastByteBits ^ (lastByteBits - 1);

@@ -106,11 +106,13 @@ public:
     }
 
     TStringCore& append(const TStringCore& text) {
-        if (text.m_shared == 0 && HasRoomForInline()) {
-            // A copy of fixed size, of which the units behind the text count for nothing.
-            std::memcpy(UnitsOf(m_block) + m_length, text.m_inline, sizeof(text.m_inline));
-            m_length += text.m_length;
-            return *this;
+        if (text.m_shared == 0) {
+            if (char16_t* const room = FindRoomInBlock(kInlineCapacity)) {
+                // A copy of fixed size, of which the units behind the text count for nothing.
+                std::memcpy(room, text.m_inline, sizeof(text.m_inline));
+                m_length += text.m_length;
+                return *this;
+            }
         }
         return append(text.data(), text.m_length);
     }
@@ -233,28 +235,22 @@ private:
     /// The place behind the text, with room for `count` units that nobody else sees.
     char16_t* Grow(std::size_t count) {
         const std::size_t needed = m_length + count;
-        if (m_shared == 0) {
-            if (needed <= kInlineCapacity) {
-                return m_inline + m_length;
-            }
-        } else if (needed <= m_block->capacity &&
-                   m_block->references.load(std::memory_order_acquire) == 1) {
-            m_block->hash.store(0, std::memory_order_relaxed);
-            return UnitsOf(m_block) + m_length;
+        if (m_shared == 0 && needed <= kInlineCapacity) {
+            return m_inline + m_length;
         }
-        return GrowInNewBlock(needed);
+        char16_t* const room = FindRoomInBlock(count);
+        return room != nullptr ? room : GrowInNewBlock(needed);
     }
-    char16_t* GrowInNewBlock(std::size_t needed);
-    /// Whether the text has a block alone with room for whatever stands inline in another text; if
-    /// so, for a change of the block.
-    bool HasRoomForInline() noexcept {
-        if (m_shared == 0 || m_length + kInlineCapacity > m_block->capacity ||
+    /// The same, null where the text stands inline or its block is too small or shared.
+    char16_t* FindRoomInBlock(std::size_t count) noexcept {
+        if (m_shared == 0 || m_length + count > m_block->capacity ||
             m_block->references.load(std::memory_order_acquire) != 1) {
-            return false;
+            return nullptr;
         }
         m_block->hash.store(0, std::memory_order_relaxed);
-        return true;
+        return UnitsOf(m_block) + m_length;
     }
+    char16_t* GrowInNewBlock(std::size_t needed);
 
     // Inline units behind the text are zero, so that two short texts compare as 32 plain bytes and
     // all-zero bytes are the empty string. The block's text is as long as that of each object
