@@ -26,11 +26,9 @@ SV MakeMap(Members members) {
 
 TEST(KeyMapTest, FactoriesTakeMembersOver) {
     EXPECT_EQ(TextOf(factory::MakeKeyMap(std::unique_ptr<Members>())), "{}");
-    auto members = std::make_unique<Members>();
-    members->emplace(L"a", factory::MakeInt32(1));
-    const SV* const address = &members->begin()->second;
-    const SV map = factory::MakeKeyMap(std::move(members));
-    EXPECT_EQ(&map->AsKeyMap().GetValue(L"a"), address);
+    const SV one = factory::MakeInt32(1);
+    const SV map = factory::MakeKeyMap(std::make_unique<Members>(Members{{L"a", one}}));
+    EXPECT_EQ(map->AsKeyMap().GetValue(L"a"), one);
     EXPECT_LUM_REPORT(NullArgument, "", "(value) != nullptr", MakeMap({{L"a", nullptr}}));
 }
 

@@ -57,6 +57,13 @@ public:
         std::memcpy(&word, GetPointer(), sizeof(word));
         return true;
     }
+    bool PeekByte(unsigned char& byte) const noexcept {
+        if (IsAtEnd()) {
+            return false;
+        }
+        byte = *GetPointer();
+        return true;
+    }
     // The caller has compared the count with what is left.
     void Skip(unsigned int byteCount) noexcept { m_pos += byteCount; }
 
@@ -72,6 +79,18 @@ public:
         const Base128 number = ReadLongBase128(m_pos, m_bufferEnd);
         m_pos = number.end;
         return number.value;
+    }
+
+    // The same, for numbers that come one by one and seldom take more than two bytes.
+    unsigned int ReadBase128Count() {
+        if (m_bufferEnd - m_pos >= 2 && m_pos < m_bufferEnd) {
+            const unsigned char* const bytes = GetPointer();
+            if (bytes[0] >= 0x80 && bytes[1] < 0x80) {
+                m_pos += 2;
+                return (bytes[0] & 0x7Fu) | static_cast<unsigned int>(bytes[1]) << 7;
+            }
+        }
+        return ReadBase128();
     }
 
     // The text of `length` bytes of UTF-8.

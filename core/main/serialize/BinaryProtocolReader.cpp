@@ -182,7 +182,7 @@ void BinaryProtocolReader::OpenData(const std::shared_ptr<ISharedArrayBuffer>& b
 }
 
 lumsize_t BinaryProtocolReader::ReadBase128Data(BinaryBufferReader& reader) const {
-    return m_useBase128 ? reader.ReadBase128() : reader.Read<lumsize_t>();
+    return m_useBase128 ? reader.ReadBase128Count() : reader.Read<lumsize_t>();
 }
 
 const TStringCore& BinaryProtocolReader::ReadTableString() {
@@ -364,6 +364,33 @@ ArrayView<const uint64> BinaryProtocolReader::ReadStorage64BitArray(lumsize_t co
 ArrayView<const SpecialKind> BinaryProtocolReader::ReadSpecialArray(lumsize_t count) {
     return ReadArrayOf<SpecialKind>(count);
 }
+
+// Columns of a table are mostly lists of this kind, and short ones are less work than the events of
+// a list.
+template <typename T>
+bool BinaryProtocolReader::TryReadPlainList(BinaryListType& type, ArrayView<const T>& items) {
+    unsigned char byte = 0;
+    if (!m_data->PeekByte(byte)) {
+        return false;
+    }
+    type = BinaryListType(byte);
+    if (type.GetContainerType() != BinaryContainerType::Array || type.HasSpecials()) {
+        return false;
+    }
+    m_data->Skip(1);
+    m_state->AppendList();
+    const lumsize_t count = ReadBase128Data(*m_data);
+    items = {m_data->ReadPointer<T>(uint64{count} * sizeof(T)), count};
+    ValidateChecksum();
+    return true;
+}
+
+template bool BinaryProtocolReader::TryReadPlainList(BinaryListType&,
+                                                     ArrayView<const unsigned char>&);
+template bool BinaryProtocolReader::TryReadPlainList(BinaryListType&,
+                                                     ArrayView<const unsigned int>&);
+template bool BinaryProtocolReader::TryReadPlainList(BinaryListType&,
+                                                     ArrayView<const unsigned long long>&);
 
 std::shared_ptr<ISharedDataBuffer> BinaryProtocolReader::GetSharedBufferReference() const {
     return m_buffer;

@@ -231,9 +231,7 @@ void BinaryProtocolStateTracker::Pop() noexcept {
 }
 
 void BinaryProtocolStateTracker::BeginListType(BinaryListType type) {
-    if (HasStates()) {
-        m_top->OnBeginList();
-    }
+    AppendList();
     Push<ListProtocolState>(type);
 }
 

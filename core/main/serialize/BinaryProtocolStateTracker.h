@@ -37,6 +37,12 @@ public:
     void EndDictionaryType();
     void EndTableType();
     void EndKeySetType();
+    // A whole list, with all events that belong to it.
+    void AppendList() {
+        if (HasStates()) {
+            m_top->OnBeginList();
+        }
+    }
     void BeginListData(lumsize_t count) { GetTop().BeginListData(count); }
     void EndListData() { GetTop().EndListData(); }
     void AppendKey() { GetTop().OnKey(); }

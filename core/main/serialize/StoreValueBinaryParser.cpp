@@ -38,21 +38,25 @@ SV BinaryValueReader::MakeStoreValue(const std::pair<const Type*, bool>& typeAnd
     if (isSpecial) {
         return factory::MakeSpecial(type, ReadKind());
     }
+    return ReadNormalValue(type);
+}
+
+SV BinaryValueReader::ReadNormalValue(const Type* type) {
     LUM_CHECK(m_level < kMaxNestingLevels, LumError::InvalidBinaryData);
     ++m_level;
-    SV value = ReadNormalValue(type);
+    SV value = ReadCollectionOrScalar(type);
     --m_level;
     return value;
 }
 
 // Collections nest, so what their readers take of the stack counts; single values are read
 // elsewhere.
-SV BinaryValueReader::ReadNormalValue(const Type* type) {
+SV BinaryValueReader::ReadCollectionOrScalar(const Type* type) {
     switch (type->GetStoreType()) {
         case StoreType::Array:
-            return ReadArray(&type->As<CollectionType>());
+            return ReadArray(&type->As<ArrayType>());
         case StoreType::Set:
-            return ReadSet(&type->As<CollectionType>());
+            return ReadSet(&type->As<SetType>());
         case StoreType::KeySet:
             return ReadKeySet(type->As<KeySetType>());
         case StoreType::KeyMap:
@@ -100,19 +104,20 @@ SV BinaryValueReader::ReadScalar(const Type* type) {
 
 // Key maps and tables -----------------------------------------------------------------------------
 
-std::unique_ptr<BinaryValueReader::Members> BinaryValueReader::ReadMembers(lumsize_t count) {
-    auto members = std::make_unique<Members>(PlanRoom(count));
+MemberMap BinaryValueReader::ReadMembers(lumsize_t count) {
+    MemberMap members;
+    members.Reserve(PlanRoom(count));
     for (lumsize_t i = 0; i < count; ++i) {
         const TStringCore& name = m_reader.ReadStringKey();
         SV value = MakeStoreValue(m_reader.ReadKeyType());
         // Names are remembered for good, so not before their values have turned out to be some.
-        members->emplace(name, std::move(value));
+        members.Insert(name, std::move(value));
     }
     return members;
 }
 
 SV BinaryValueReader::ReadKeyMap() {
-    std::unique_ptr<Members> members = ReadMembers(m_reader.BeginDictionaryType());
+    MemberMap members = ReadMembers(m_reader.BeginDictionaryType());
     m_reader.EndDictionaryType();
     return factory::MakeKeyMap(std::move(members));
 }
@@ -120,7 +125,7 @@ SV BinaryValueReader::ReadKeyMap() {
 SV BinaryValueReader::ReadTable() {
     const lumsize_t count = m_reader.BeginTableType();
     std::unique_ptr<SortColumns> sortColumns = ReadSortColumns();
-    std::unique_ptr<Members> columns = ReadMembers(count);
+    MemberMap columns = ReadMembers(count);
     m_reader.EndTableType();
     return factory::MakeTable(std::move(columns), std::move(sortColumns));
 }

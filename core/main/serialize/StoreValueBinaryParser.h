@@ -1,14 +1,17 @@
 #pragma once
 
 #include <memory>
+#include <tuple>
 #include <type_traits>
 #include <typeinfo>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
+#include "core/main/store/ValueArray.h"
 #include "core/main/utility/PackagedArrayView.h"
+#include "core/main/utility/SharedBatch.h"
 #include "lum/core/serialize/BinaryProtocolReader.h"
+#include "lum/core/store/MemberMap.h"
 #include "lum/core/store/SortSpecOrder.h"
 #include "lum/core/store/StorageTypes.h"
 #include "lum/core/store/StoreValueFwd.h"
@@ -31,6 +34,7 @@ class BinaryValueReader {
 public:
     explicit BinaryValueReader(BinaryProtocolReader& reader)
         : m_reader(reader),
+          m_buffer(reader.GetSharedBufferReference()),
           m_hasOwnReads(typeid(reader) != typeid(BinaryProtocolReader)),
           m_room(m_hasOwnReads ? kRoomOfOthers : reader.GetRemainingBytes()) {}
 
@@ -39,7 +43,6 @@ public:
     SV MakeStoreValue(const std::pair<const Type*, bool>& typeAndIsSpecial);
 
 private:
-    using Members = std::unordered_map<RInternString, SV>;
     using SortColumns = std::vector<std::pair<RInternString, SortSpecOrder>>;
 
     // How many of `count` items may be made room for before any was read. Each item takes a byte of
@@ -48,9 +51,10 @@ private:
     lumsize_t PlanRoom(lumsize_t count);
 
     SV ReadNormalValue(const Type* type);
+    SV ReadCollectionOrScalar(const Type* type);
     [[gnu::noinline]] SV ReadScalar(const Type* type);
     SpecialKind ReadKind();
-    std::unique_ptr<Members> ReadMembers(lumsize_t count);
+    MemberMap ReadMembers(lumsize_t count);
     SV ReadTable();
     std::unique_ptr<SortColumns> ReadSortColumns();
     SV ReadExternal(const ExternalType& type);
@@ -62,6 +66,13 @@ private:
     T ReadElement(const Type* type);
 
     SV ReadArray(const CollectionType* type);
+    template <StorageType T>
+    SV ReadArrayOf(const CollectionType* type);
+    template <typename T>
+    PackagedArrayView<T> ShareBlock(ArrayView<const T> items);
+    template <StorageType T>
+    SV MakeArrayOverPayload(const CollectionType* type, PackagedArrayView<T>&& values,
+                            PackagedArrayView<SpecialKind>&& specials, BinaryListType binListType);
     template <StorageType T>
     SV ReadPlainArray(const CollectionType* type, BinaryListType binListType);
     template <StorageType T>
@@ -86,7 +97,18 @@ private:
     // What a subclass reads from need not be the payload.
     static constexpr uint64 kRoomOfOthers = 65536;
 
+    // The heads of the columns that are views into the payload, and the blocks that they view.
+    // They keep the payload alive, and nothing else.
+    template <typename... T>
+    using Batches = std::tuple<SharedBatch<T>...>;
+    Batches<ValueArray<unsigned char>, ValueArray<unsigned int>, ValueArray<unsigned long long>>
+        m_arrays;
+    Batches<UnmanagedRawData<unsigned char>, UnmanagedRawData<unsigned int>,
+            UnmanagedRawData<unsigned long long>, UnmanagedRawData<SpecialKind>>
+        m_blocks;
+
     BinaryProtocolReader& m_reader;
+    const std::shared_ptr<ISharedDataBuffer> m_buffer;  // That of the payload.
     const bool m_hasOwnReads;  // A subclass, which is to see each read.
     uint64 m_room;             // Of the payload's bytes, those that no count was granted.
     unsigned int m_level = 0;  // How many values the next one stands in, the root aside.

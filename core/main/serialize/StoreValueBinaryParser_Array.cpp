@@ -45,20 +45,48 @@ void CheckIndices(const std::vector<ValueCompositeArrayRange<T>>& ranges,
 }  // namespace
 
 SV BinaryValueReader::ReadArray(const CollectionType* type) {
+    return DispatchStorage(type->GetElementType()->GetStoreType(),
+                           [&]<typename T>(StorageTag<T>) { return ReadArrayOf<T>(type); });
+}
+
+template <StorageType T>
+SV BinaryValueReader::ReadArrayOf(const CollectionType* type) {
+    if constexpr (std::is_arithmetic_v<T>) {
+        BinaryListType binListType;
+        ArrayView<const T> items;
+        if (!m_hasOwnReads && m_reader.TryReadPlainList(binListType, items)) {
+            return MakeArrayOverPayload<T>(type, ShareBlock(items), {}, binListType);
+        }
+    }
     const BinaryListType binListType = m_reader.BeginListType();
-    SV array =
-        DispatchStorage(type->GetElementType()->GetStoreType(), [&]<typename T>(StorageTag<T>) {
-            switch (binListType.GetContainerType()) {
-                case BinaryContainerType::ConstantArray:
-                    return ReadConstantArray<T>(type, binListType);
-                case BinaryContainerType::CompositeArray:
-                    return ReadCompositeArray<T>(type, binListType);
-                default:
-                    return ReadPlainArray<T>(type, binListType);
-            }
-        });
+    SV array;
+    switch (binListType.GetContainerType()) {
+        case BinaryContainerType::ConstantArray:
+            array = ReadConstantArray<T>(type, binListType);
+            break;
+        case BinaryContainerType::CompositeArray:
+            array = ReadCompositeArray<T>(type, binListType);
+            break;
+        default:
+            array = ReadPlainArray<T>(type, binListType);
+    }
     m_reader.EndListType();
     return array;
+}
+
+template <typename T>
+PackagedArrayView<T> BinaryValueReader::ShareBlock(ArrayView<const T> items) {
+    return {std::get<SharedBatch<UnmanagedRawData<T>>>(m_blocks).Make(m_buffer, items), items};
+}
+
+template <StorageType T>
+SV BinaryValueReader::MakeArrayOverPayload(const CollectionType* type,
+                                           PackagedArrayView<T>&& values,
+                                           PackagedArrayView<SpecialKind>&& specials,
+                                           BinaryListType binListType) {
+    return std::get<SharedBatch<ValueArray<T>>>(m_arrays).Make(
+        type, std::move(values), std::move(specials), PackagedArrayView<unsigned int>(),
+        binListType.GetSortOrder());
 }
 
 template <StorageType T>
@@ -79,15 +107,15 @@ std::vector<T> BinaryValueReader::ReadElements(const Type* elementType, lumsize_
 template <typename T>
 PackagedArrayView<T> BinaryValueReader::ReadSegment([[maybe_unused]] const Type* elementType) {
     const lumsize_t count = m_reader.BeginListData();
-    PackagedArrayView<T> segment;
     if constexpr (std::is_arithmetic_v<T> || std::is_enum_v<T>) {
-        segment = PackagedArrayView<T>(std::make_shared<const UnmanagedRawData<T>>(
-            m_reader.GetSharedBufferReference(), ReadBlock<T>(m_reader, count)));
+        const ArrayView<const T> block = ReadBlock<T>(m_reader, count);
+        m_reader.EndListData();
+        return ShareBlock(block);
     } else {
-        segment = PackagedArrayView<T>(ReadElements<T>(elementType, count));
+        std::vector<T> elements = ReadElements<T>(elementType, count);
+        m_reader.EndListData();
+        return PackagedArrayView<T>(std::move(elements));
     }
-    m_reader.EndListData();
-    return segment;
 }
 
 template <StorageType T>
@@ -107,6 +135,8 @@ SV BinaryValueReader::ReadPlainArray(const CollectionType* type, BinaryListType 
     if constexpr (std::is_same_v<T, LumTuple>) {
         return factory::MakeArray<T>(type->GetElementType(), values.TakeStorage(),
                                      specials.TakeStorage(), binListType.GetSortOrder());
+    } else if constexpr (std::is_arithmetic_v<T>) {
+        return MakeArrayOverPayload<T>(type, std::move(values), std::move(specials), binListType);
     } else {
         return std::make_shared<ValueArray<T>>(type, std::move(values), std::move(specials),
                                                PackagedArrayView<unsigned int>(),

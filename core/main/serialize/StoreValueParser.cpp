@@ -1,7 +1,6 @@
 #include "lum/core/serialize/StoreValueParser.h"
 
 #include <memory>
-#include <unordered_map>
 #include <utility>
 
 #include "core/main/serialize/KeyPathParser.h"
@@ -14,8 +13,6 @@
 
 namespace lum::core::StoreValueParser {
 namespace {
-
-using Members = std::unordered_map<RInternString, SV>;
 
 // A key with its type.
 KeySegment ReadTypedKey(const TStringCore& text) {
@@ -32,12 +29,12 @@ KeySegment ReadTypedKey(const TStringCore& text) {
 // `makeValue` gives the value of a type and an item. Of two keys with the same name, as "a:i" and
 // "'a':i", the first counts.
 template <typename MakeValue>
-std::unique_ptr<Members> ReadMembers(const IJsonObject& object, MakeValue makeValue) {
+MemberMap ReadMembers(const IJsonObject& object, MakeValue makeValue) {
     LUM_CHECK_TEXT("(o->IsDictionary())", object.IsDictionary(), LumError::KeyMapNeedsDictionary);
-    auto members = std::make_unique<Members>();
+    MemberMap members;
     for (const auto& [text, item] : object.AsDictionary()) {
         const KeySegment key = ReadTypedKey(text);
-        members->emplace(key.GetSegment(), makeValue(key.GetType(), item));
+        members.Insert(key.GetSegment(), makeValue(key.GetType(), item));
     }
     return members;
 }

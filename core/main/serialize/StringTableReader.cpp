@@ -7,9 +7,15 @@
 namespace lum::core {
 namespace {
 
-// Decodes UTF-8 into `text`, which is empty. `room` bytes can be read, of which `length` are meant.
-// Short plain text, as most names and cells are, goes straight to its place.
-void DecodeInto(TStringCore& text, const unsigned char* bytes, std::size_t length, uint64 room) {
+// Four bytes, each in 16 bits.
+uint64 Widen(uint64 bytes) {
+    bytes = (bytes | bytes << 16) & 0x0000FFFF0000FFFF;
+    return (bytes | bytes << 8) & 0x00FF00FF00FF00FF;
+}
+
+// The text of UTF-8. `room` bytes can be read, of which `length` are meant. Short plain text, as
+// most names and cells are, is widened as a whole.
+TStringCore Decode(const unsigned char* bytes, std::size_t length, uint64 room) {
     constexpr std::size_t kPlainLength = TStringCore::kInlineCapacity;
     static_assert(kPlainLength == 12);
     if (length <= kPlainLength && room >= kPlainLength) {
@@ -18,20 +24,14 @@ void DecodeInto(TStringCore& text, const unsigned char* bytes, std::size_t lengt
         std::uint32_t high;
         std::memcpy(&low, bytes, sizeof(low));
         std::memcpy(&high, bytes + sizeof(low), sizeof(high));
-        const uint64 lowMask = length >= 8 ? ~uint64{0} : (uint64{1} << 8 * length) - 1;
-        const uint64 highMask = length <= 8 ? 0 : (uint64{1} << 8 * (length - 8)) - 1;
-        if (((low & lowMask) | (high & highMask)) & kHighBits) {
-            text = TStringCore::fromUtf8(reinterpret_cast<const char*>(bytes), length);
-            return;
+        low &= length >= 8 ? ~uint64{0} : (uint64{1} << 8 * length) - 1;
+        high &= static_cast<std::uint32_t>(length <= 8 ? 0 : (uint64{1} << 8 * (length - 8)) - 1);
+        if (((low | high) & kHighBits) == 0) {
+            return TStringCore::fromWords(Widen(low & 0xFFFFFFFF), Widen(low >> 32), Widen(high),
+                                          length);
         }
-        char16_t* const units = text.prepareAppend(kPlainLength);
-        for (std::size_t i = 0; i < kPlainLength; ++i) {
-            units[i] = bytes[i];
-        }
-        text.commitAppend(length);
-        return;
     }
-    text = TStringCore::fromUtf8(reinterpret_cast<const char*>(bytes), length);
+    return TStringCore::fromUtf8(reinterpret_cast<const char*>(bytes), length);
 }
 
 }  // namespace
@@ -42,13 +42,17 @@ StringTableReader::Strings::~Strings() {
     }
 }
 
-TStringCore& StringTableReader::Strings::Append() {
+template <typename Make>
+void StringTableReader::Strings::Append(Make make) {
     if (m_size == m_blocks.size() * kBlockSize) {
         m_blocks.push_back(std::make_unique_for_overwrite<Block>());
     }
-    auto* const text = new (m_blocks.back()->GetPlace(m_size % kBlockSize)) TStringCore();
+    new (m_blocks.back()->GetPlace(m_size % kBlockSize)) TStringCore(make());
     ++m_size;
-    return *text;
+}
+
+StringTableReader::StringTableReader() {
+    m_strings.Append([] { return TStringCore(); });
 }
 
 void StringTableReader::AppendPayloadStrings(BinaryBufferReader& indices,
@@ -62,22 +66,22 @@ void StringTableReader::AppendPayloadStrings(BinaryBufferReader& indices,
     // whatever the first offset says. One offset that is below that before it gives a length that
     // no block has.
     auto start = indices.Read<unsigned int>();
-    while (true) {
-        const bool isLast = indices.IsAtEnd();
-        const unsigned int end = isLast ? strings.GetLength() : indices.Read<unsigned int>();
-        const buffersize_t length = end - start;
-        if (length == 0) {
-            m_strings.Append();
-        } else {
-            const uint64 room = strings.GetRemaining();
-            const auto* const bytes = strings.ReadPointer<unsigned char>(length);
-            DecodeInto(m_strings.Append(), bytes, length, room);
-        }
-        if (isLast) {
-            return;
-        }
+    const uint64 offsetCount = indices.GetRemaining() / sizeof(start);
+    const auto* offset = indices.ReadPointer<unsigned char>(offsetCount * sizeof(start));
+    for (uint64 i = 0; i < offsetCount; ++i, offset += sizeof(start)) {
+        unsigned int end = 0;
+        std::memcpy(&end, offset, sizeof(end));
+        AppendText(strings, end - start);
         start = end;
     }
+    // Fewer bytes than an offset has are refused.
+    AppendText(strings, (indices.IsAtEnd() ? strings.GetLength() : indices.Read<unsigned int>()) - start);
+}
+
+void StringTableReader::AppendText(BinaryBufferReader& strings, buffersize_t length) {
+    const uint64 room = strings.GetRemaining();
+    const auto* const bytes = strings.ReadPointer<unsigned char>(length);
+    m_strings.Append([&] { return length == 0 ? TStringCore() : Decode(bytes, length, room); });
 }
 
 }  // namespace lum::core

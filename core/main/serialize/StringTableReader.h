@@ -17,7 +17,7 @@ namespace lum::core {
 //   strings behind; the table is then good for nothing more.
 class StringTableReader {
 public:
-    StringTableReader() { m_strings.Append(); }
+    StringTableReader();
 
     // Takes the strings of the next payload.
     // Errors: Unspecified where it does not begin behind the strings that are known, since payloads
@@ -44,8 +44,9 @@ private:
         const TStringCore& operator[](std::size_t index) const noexcept {
             return m_blocks[index / kBlockSize]->GetPlace(index % kBlockSize)[0];
         }
-        // A new empty string.
-        TStringCore& Append();
+        // Builds the next string in its place as what `make` gives.
+        template <typename Make>
+        void Append(Make make);
 
     private:
         static constexpr std::size_t kBlockSize = 256;
@@ -61,6 +62,9 @@ private:
         std::vector<std::unique_ptr<Block>> m_blocks;
         std::size_t m_size = 0;
     };
+
+    // The next `length` bytes as a text.
+    void AppendText(BinaryBufferReader& strings, buffersize_t length);
 
     Strings m_strings;
 };

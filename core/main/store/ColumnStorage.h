@@ -17,7 +17,7 @@ template <StorageType T>
 class ColumnStorage {
 public:
     /// `kinds` may be null; else it has the size of `values`.
-    ColumnStorage(PackagedArrayView<T> values, PackagedArrayView<SpecialKind> kinds)
+    ColumnStorage(PackagedArrayView<T>&& values, PackagedArrayView<SpecialKind>&& kinds)
         : m_valueBlock(values.GetStorage().get()),
           m_kindBlock(kinds.GetStorage().get()),
           m_values(values.GetData()),

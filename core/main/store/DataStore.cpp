@@ -106,7 +106,7 @@ public:
     std::shared_ptr<IStoreKeyMap> GetRootKeyMap() const override { return m_root; }
 
     std::shared_ptr<ValueKeyMap> ReleaseRoot() override {
-        return std::exchange(m_root, std::make_shared<ValueKeyMap>(nullptr));
+        return std::exchange(m_root, std::make_shared<ValueKeyMap>());
     }
 
     std::unique_ptr<IDataStore> Clone() const override {
@@ -140,7 +140,7 @@ private:
                 IStoreMutableCollection& container = GetContainer(cursor, path);
                 SV next = container.TryGetValue(segment.GetSegment());
                 if (next == nullptr) {
-                    next = std::make_shared<ValueKeyMap>(nullptr);
+                    next = std::make_shared<ValueKeyMap>();
                     container.AddValue(segment.GetSegment(), next);
                 }
                 cursor = std::move(next);

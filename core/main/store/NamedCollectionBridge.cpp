@@ -1,5 +1,6 @@
 #include "core/main/store/NamedCollectionBridge.h"
 
+#include "core/main/utility/StandardErrors.h"
 #include "lum/core/Check.h"
 #include "lum/core/types/StringType.h"
 
@@ -19,6 +20,14 @@ const SV& KeyMapBridge::GetValueForSpecialKey(SpecialKind /*kind*/) const {
 
 DictionaryCursor<SpecialKind, SV> KeyMapBridge::GetSpecialEntries() const {
     LUM_FAIL(LumError::SpecialKeysNotSupported);
+}
+
+const SV& KeyMapBridge::EntryOf(const MemberMap& members, const RInternString& key) {
+    const SV* const entry = members.Find(key);
+    if (entry == nullptr) {
+        ThrowInvalidMapKey();
+    }
+    return *entry;
 }
 
 }  // namespace lum::core

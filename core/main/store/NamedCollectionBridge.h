@@ -2,6 +2,7 @@
 
 #include "lum/core/store/IStoreCollection.h"
 #include "lum/core/store/IStoreKeyMap.h"
+#include "lum/core/store/MemberMap.h"
 
 namespace lum::core {
 
@@ -33,6 +34,8 @@ public:
 
 protected:
     virtual const SV& GetEntry(const RInternString& key) const = 0;
+    /// Errors: that of ThrowInvalidMapKey.
+    static const SV& EntryOf(const MemberMap& members, const RInternString& key);
 };
 
 }  // namespace lum::core

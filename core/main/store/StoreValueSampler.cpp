@@ -88,17 +88,16 @@ bool IsNode(const StoreValue& value) {
 }
 
 SV SampleKeyMap(const StoreValue& root, unsigned count) {
-    using Members = std::unordered_map<RInternString, SV>;
     /// A key map on the way from the root, and the samples of its members so far.
     struct Level {
         RInternString name;
         DictionaryCursor<RInternString, SV> rest;
-        std::unique_ptr<Members> samples;
+        MemberMap samples;
     };
     std::vector<Level> levels;
     const auto enter = [&levels](const RInternString& name, const StoreValue& keyMap) {
-        auto samples = std::make_unique<Members>();
-        samples->reserve(keyMap.GetCount());
+        MemberMap samples;
+        samples.Reserve(keyMap.GetCount());
         levels.push_back({name, keyMap.AsKeyMap().GetEntries(), std::move(samples)});
     };
     enter(RInternString(), root);
@@ -111,7 +110,7 @@ SV SampleKeyMap(const StoreValue& root, unsigned count) {
             if (IsNode(member)) {
                 enter(name, member);
             } else {
-                level.samples->emplace(name, SampleLeaf(member, count));
+                level.samples.Insert(name, SampleLeaf(member, count));
             }
             continue;
         }
@@ -121,7 +120,7 @@ SV SampleKeyMap(const StoreValue& root, unsigned count) {
         if (levels.empty()) {
             return sample;
         }
-        levels.back().samples->emplace(name, std::move(sample));
+        levels.back().samples.Insert(name, std::move(sample));
     }
 }
 

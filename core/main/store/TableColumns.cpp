@@ -19,13 +19,13 @@ bool IsPlain(const StoreValue& column) {
 
 }  // namespace
 
-const TableColumns::Columns& TableColumns::Get() const {
+const MemberMap& TableColumns::Get() const {
     if (m_whole != nullptr) {
         std::call_once(m_cutFlag, [this] {
-            Columns columns;
-            columns.reserve(m_whole->m_columns.size());
+            MemberMap columns;
+            columns.Reserve(m_whole->m_columns.size());
             for (const auto& [name, column] : m_whole->m_columns) {
-                columns.emplace(name, column->AsArray().GetRange(m_startRow, m_length, 1));
+                columns.Insert(name, column->AsArray().GetRange(m_startRow, m_length, 1));
             }
             m_columns = std::move(columns);
         });

@@ -4,7 +4,8 @@
 #include <memory>
 #include <mutex>
 
-#include "lum/core/store/IStoreTable.h"
+#include "lum/core/store/MemberMap.h"
+#include "lum/core/utility/LumSize.h"
 
 namespace lum::core {
 
@@ -15,20 +16,18 @@ namespace lum::core {
 /// Threads: every operation runs on any threads at once.
 class TableColumns {
 public:
-    using Columns = IStoreTable::Columns;
-
-    explicit TableColumns(Columns&& columns) : m_columns(std::move(columns)) {}
+    explicit TableColumns(MemberMap&& columns) : m_columns(std::move(columns)) {}
     /// `length` rows of `whole` from `startRow` on, which the caller has compared with its rows.
     /// `whole` has plain columns.
     TableColumns(std::shared_ptr<const TableColumns> whole, lumsize_t startRow, lumsize_t length)
         : m_whole(std::move(whole)), m_startRow(startRow), m_length(length) {}
 
     /// The names, with the columns of the whole.
-    const Columns& GetWhole() const noexcept {
+    const MemberMap& GetWhole() const noexcept {
         return m_whole == nullptr ? m_columns : m_whole->m_columns;
     }
     /// Cost: the first call for rows of a whole makes all columns.
-    const Columns& Get() const;
+    const MemberMap& Get() const;
     /// Whether all columns are arrays over raw storage without indices. Any range of those can be
     /// cut out, and has as many rows as the table of it.
     bool ArePlain() const;
@@ -45,7 +44,7 @@ private:
     const lumsize_t m_length = 0;
     mutable std::atomic<Plainness> m_plainness{Plainness::Unknown};
     mutable std::once_flag m_cutFlag;  // Guards the making of the columns of a cut.
-    mutable Columns m_columns;
+    mutable MemberMap m_columns;
 };
 
 }  // namespace lum::core

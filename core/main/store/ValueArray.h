@@ -21,8 +21,8 @@ class ValueArray final : public StoreValue, public IStoreCollection, public ITyp
 public:
     /// `specials` and `indices` may be null views.
     /// Errors: those of factory::MakeArray.
-    ValueArray(const CollectionType* type, PackagedArrayView<T> values,
-               PackagedArrayView<SpecialKind> specials, const PackagedArrayView<unsigned>& indices,
+    ValueArray(const CollectionType* type, PackagedArrayView<T>&& values,
+               PackagedArrayView<SpecialKind>&& specials, const PackagedArrayView<unsigned>& indices,
                SortSpecOrder order);
     /// Shares the storage; states no order.
     ValueArray(const ValueArray& other);

@@ -15,8 +15,8 @@
 namespace lum::core {
 
 template <StorageType T>
-ValueArray<T>::ValueArray(const CollectionType* type, PackagedArrayView<T> values,
-                          PackagedArrayView<SpecialKind> specials,
+ValueArray<T>::ValueArray(const CollectionType* type, PackagedArrayView<T>&& values,
+                          PackagedArrayView<SpecialKind>&& specials,
                           const PackagedArrayView<unsigned>& indices, SortSpecOrder order)
     : m_type(CheckParts(type, values, specials)),
       m_storage(std::move(values), std::move(specials)),

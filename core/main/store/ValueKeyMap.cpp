@@ -4,7 +4,6 @@
 #include <utility>
 #include <vector>
 
-#include "core/main/utility/StandardErrors.h"
 #include "lum/core/Check.h"
 #include "lum/core/store/KeyMapFactory.h"
 #include "lum/core/types/HeterogeneousTypes.h"
@@ -30,60 +29,44 @@ void CheckSameType(const SV& value, const SV& stored) {
 
 }  // namespace
 
-ValueKeyMap::ValueKeyMap(std::unique_ptr<Members> members)
-    : m_dict(members == nullptr ? Members() : std::move(*members)) {
-    m_index.Reserve(m_dict.size());
-    for (const auto& [key, value] : m_dict) {
-        LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
-        m_index.Put(key, value);
-    }
-}
-
 // A chain of key maps may be as long as a key path. Members that nobody else holds are taken apart
 // in a loop, since destroying them one inside the other would run out of stack.
 ValueKeyMap::~ValueKeyMap() {
-    struct Content {
-        Members members;
-        NameIndex index;
-    };
-    std::vector<Content> rest;
-    const auto take = [&rest](const Members& members) {
+    std::vector<MemberMap> rest;
+    const auto take = [&rest](const MemberMap& members) {
         for (const auto& [key, value] : members) {
             StoreValue& member = *value;
-            // One share is the map's, one its index's.
-            if (value.use_count() == 2 && typeid(member) == typeid(ValueKeyMap)) {
-                auto& inner = static_cast<ValueKeyMap&>(member);
-                rest.push_back({std::move(inner.m_dict), std::move(inner.m_index)});
-                inner.m_dict.clear();
+            if (&typeid(member) == &typeid(ValueKeyMap) && value.use_count() == 1) {
+                rest.push_back(std::move(static_cast<ValueKeyMap&>(member).m_members));
             }
         }
     };
-    take(m_dict);
+    take(m_members);
     while (!rest.empty()) {
-        const Content content = std::move(rest.back());
+        const MemberMap members = std::move(rest.back());
         rest.pop_back();
-        take(content.members);
+        take(members);
     }
 }
 
 lumsize_t ValueKeyMap::GetCount() const {
-    return LumSizeCastSafe(m_dict.size());
+    return LumSizeCastSafe(m_members.size());
 }
 
 const Type* ValueKeyMap::GetType() const {
     std::vector<NamedHeterogeneousType::Member> members;
-    members.reserve(m_dict.size());
-    for (const auto& [key, value] : m_dict) {
+    members.reserve(m_members.size());
+    for (const auto& [key, value] : m_members) {
         members.emplace_back(key, value->GetType());
     }
     return KeyMapType::Get(std::move(members));
 }
 
 std::unique_ptr<StoreValue> ValueKeyMap::Clone() const {
-    auto members = std::make_unique<Members>();
-    members->reserve(m_dict.size());
-    for (const auto& [key, value] : m_dict) {
-        members->emplace(key, value->Clone());
+    MemberMap members;
+    members.Reserve(m_members.size());
+    for (const auto& [key, value] : m_members) {
+        members.Insert(key, value->Clone());
     }
     return std::make_unique<ValueKeyMap>(std::move(members));
 }
@@ -105,54 +88,50 @@ bool ValueKeyMap::HasKey(const RInternString& key) const {
     return FindMember(key) != nullptr;
 }
 
-void ValueKeyMap::Insert(const RInternString& key, const SV& value) {
-    m_index.Reserve(m_dict.size() + 1);
-    m_index.Put(key, m_dict.emplace(key, value).first->second);
-}
-
 void ValueKeyMap::AddValue(RInternString key, const SV& value) {
     CheckKey(key);
     LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
-    LUM_CHECK_TEXT("(result.second)", !HasKey(key), LumError::ImmutableValue);
-    Insert(key, value);
+    LUM_CHECK_TEXT("(result.second)", m_members.Insert(key, value), LumError::ImmutableValue);
 }
 
 void ValueKeyMap::UpdateValue(RInternString key, const SV& value) {
     CheckKey(key);
     LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
-    const auto itr = m_dict.find(key);
-    LUM_CHECK_TEXT("(itr != m_dict->cend())", itr != m_dict.end(), LumError::ValueNotYetComputed);
-    CheckSameType(value, itr->second);
-    itr->second = value;
-    m_index.Put(key, itr->second);
+    const SV* const stored = FindMember(key);
+    LUM_CHECK_TEXT("(itr != m_dict->cend())", stored != nullptr, LumError::ValueNotYetComputed);
+    CheckSameType(value, *stored);
+    m_members.Replace(key, value);
 }
 
 void ValueKeyMap::SetValue(RInternString key, const SV& value) {
     CheckKey(key);
     LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
-    const auto itr = m_dict.find(key);
-    if (itr == m_dict.end()) {
-        return Insert(key, value);
+    if (const SV* const stored = FindMember(key)) {
+        CheckSameType(value, *stored);
+        m_members.Replace(key, value);
+    } else {
+        m_members.Insert(key, value);
     }
-    CheckSameType(value, itr->second);
-    itr->second = value;
-    m_index.Put(key, itr->second);
 }
 
 const SV& ValueKeyMap::GetEntry(const RInternString& key) const {
-    return MapAt(m_dict, key);
+    return EntryOf(m_members, key);
 }
 
 DictionaryCursor<RInternString, SV> ValueKeyMap::GetEntries() const {
-    return {GetKeyType(), m_dict};
+    return {GetKeyType(), m_members};
 }
 
 SV factory::MakeKeyMap(std::unordered_map<RInternString, SV>&& values) {
-    return MakeKeyMap(std::make_unique<ValueKeyMap::Members>(std::move(values)));
+    return MakeKeyMap(MemberMap(std::move(values)));
 }
 
 SV factory::MakeKeyMap(std::unique_ptr<std::unordered_map<RInternString, SV>> values) {
-    return std::make_shared<ValueKeyMap>(std::move(values));
+    return MakeKeyMap(values == nullptr ? MemberMap() : MemberMap(std::move(*values)));
+}
+
+SV factory::MakeKeyMap(MemberMap&& members) {
+    return std::make_shared<ValueKeyMap>(std::move(members));
 }
 
 }  // namespace lum::core

@@ -1,10 +1,9 @@
 #pragma once
 
 #include <memory>
-#include <unordered_map>
 
-#include "core/main/store/NameIndex.h"
 #include "core/main/store/NamedCollectionBridge.h"
+#include "lum/core/store/MemberMap.h"
 #include "lum/core/store/StoreValue.h"
 
 namespace lum::core {
@@ -16,10 +15,8 @@ class ValueKeyMap final : public StoreValue,
                           public NamedCollectionBridge<IStoreMutableCollection>,
                           public KeyMapBridge {
 public:
-    using Members = std::unordered_map<RInternString, SV>;
-
-    /// `members` may be null for none.
-    explicit ValueKeyMap(std::unique_ptr<Members> members);
+    ValueKeyMap() = default;
+    explicit ValueKeyMap(MemberMap&& members) : m_members(std::move(members)) {}
     ~ValueKeyMap() override;
 
     // StoreValue
@@ -34,7 +31,7 @@ public:
     std::unique_ptr<StoreValue> Clone() const override;
 
     /// The member, or null where there is none: for walks that need no share of what they pass.
-    const SV* FindMember(const RInternString& key) const noexcept { return m_index.Find(key); }
+    const SV* FindMember(const RInternString& key) const noexcept { return m_members.Find(key); }
 
     // IStoreMutableCollection
     SV TryGetValue(const RInternString& key) const override;
@@ -51,11 +48,7 @@ protected:
     const SV& GetEntry(const RInternString& key) const override;
 
 private:
-    void Insert(const RInternString& key, const SV& value);
-
-    NameIndex m_index;  // Of all members; first, where it shares a cache line with what else a
-                        // find needs of the object.
-    Members m_dict;
+    MemberMap m_members;
 };
 
 }  // namespace lum::core

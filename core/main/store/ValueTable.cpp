@@ -17,17 +17,16 @@ namespace {
 using Columns = IStoreTable::Columns;
 using SortColumns = IStoreTable::SortColumns;
 
-const Type* TypeOf(const Columns& columns) {
+const Type* TypeOf(const MemberMap& columns) {
     std::vector<NamedHeterogeneousType::Member> members;
     members.reserve(columns.size());
     for (const auto& [name, value] : columns) {
-        LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
         members.emplace_back(name, value->GetType());
     }
     return TableType::Get(std::move(members));
 }
 
-lumsize_t CountRows(const Columns& columns) {
+lumsize_t CountRows(const MemberMap& columns) {
     return columns.empty() ? 0 : columns.begin()->second->GetCount();
 }
 
@@ -39,9 +38,8 @@ const std::shared_ptr<const SortColumns>& NoSortColumns() {
 
 }  // namespace
 
-ValueTable::ValueTable(std::unique_ptr<Columns> columns, std::unique_ptr<SortColumns> sortColumns)
-    : m_columns(std::make_shared<const TableColumns>(columns == nullptr ? Columns()
-                                                                        : std::move(*columns))),
+ValueTable::ValueTable(MemberMap&& columns, std::unique_ptr<SortColumns> sortColumns)
+    : m_columns(std::make_shared<const TableColumns>(std::move(columns))),
       m_type(lum::core::TypeOf(m_columns->GetWhole())),
       m_rowCount(CountRows(m_columns->GetWhole())),
       m_columnIterable(*this),
@@ -70,7 +68,7 @@ ValueTable::ValueTable(Unchecked, const ValueTable& other, lumsize_t startRow, l
       m_sortColumns(NoSortColumns()) {}
 
 void ValueTable::CheckColumnSizes() const {
-    const Columns& columns = m_columns->GetWhole();
+    const MemberMap& columns = m_columns->GetWhole();
     const bool areEqual = std::all_of(columns.begin(), columns.end(), [this](const auto& entry) {
         return entry.second->GetCount() == m_rowCount;
     });
@@ -95,7 +93,7 @@ lumsize_t ValueTable::GetColumnCount() const {
 }
 
 const SV& ValueTable::GetColumn(const RInternString& name) const {
-    return MapAt(m_columns->Get(), name);
+    return EntryOf(m_columns->Get(), name);
 }
 
 SV ValueTable::GetRowRange(lumsize_t startIndex, lumsize_t length, unsigned step) const {
@@ -107,22 +105,25 @@ SV ValueTable::GetRowRange(lumsize_t startIndex, lumsize_t length, unsigned step
         return std::make_shared<ValueTable>(Unchecked(), *this, startIndex,
                                             std::min(m_rowCount - startIndex, length));
     }
-    auto columns = std::make_unique<Columns>();
+    MemberMap columns;
+    columns.Reserve(GetColumnCount());
     for (const auto& [name, column] : m_columns->Get()) {
-        columns->emplace(name, column->AsArray().GetRange(startIndex, length, step));
+        columns.Insert(name, column->AsArray().GetRange(startIndex, length, step));
     }
     return std::make_shared<ValueTable>(std::move(columns), nullptr);
 }
 
 std::unique_ptr<Columns> ValueTable::CopyColumns() const {
-    return std::make_unique<Columns>(m_columns->Get());
+    const MemberMap& columns = m_columns->Get();
+    return std::make_unique<Columns>(columns.begin(), columns.end());
 }
 
 SV ValueTable::ComposeRowIndices(std::shared_ptr<const RawData> indices,
                                  std::unique_ptr<SortColumns> sortColumns) const {
-    auto columns = std::make_unique<Columns>();
+    MemberMap columns;
+    columns.Reserve(GetColumnCount());
     for (const auto& [name, column] : m_columns->Get()) {
-        columns->emplace(name, column->AsArray().ComposeIndices(indices, SortSpecOrder::UNKNOWN));
+        columns.Insert(name, column->AsArray().ComposeIndices(indices, SortSpecOrder::UNKNOWN));
     }
     return std::make_shared<ValueTable>(std::move(columns), std::move(sortColumns));
 }
@@ -134,13 +135,12 @@ SV ValueTable::ComposeRowIndices(std::vector<unsigned>&& indices,
 }
 
 SV ValueTable::TryGetValue(const RInternString& key) const {
-    const Columns& columns = m_columns->Get();
-    const auto found = columns.find(key);
-    return found == columns.end() ? nullptr : found->second;
+    const SV* const column = m_columns->Get().Find(key);
+    return column == nullptr ? nullptr : *column;
 }
 
 bool ValueTable::HasKey(const RInternString& key) const {
-    return m_columns->GetWhole().count(key) != 0;
+    return m_columns->GetWhole().Find(key) != nullptr;
 }
 
 DictionaryCursor<RInternString, SV> ValueTable::GetEntries() const {
@@ -153,6 +153,11 @@ SV factory::MakeTable(Columns&& columns, SortColumns&& sortColumns) {
 }
 
 SV factory::MakeTable(std::unique_ptr<Columns> columns, std::unique_ptr<SortColumns> sortColumns) {
+    return MakeTable(columns == nullptr ? MemberMap() : MemberMap(std::move(*columns)),
+                     std::move(sortColumns));
+}
+
+SV factory::MakeTable(MemberMap&& columns, std::unique_ptr<SortColumns> sortColumns) {
     return std::make_shared<ValueTable>(std::move(columns), std::move(sortColumns));
 }
 

@@ -16,7 +16,7 @@ class ValueTable final : public StoreValue,
                          public KeyMapBridge {
 public:
     /// Errors: those of factory::MakeTable.
-    ValueTable(std::unique_ptr<Columns> columns, std::unique_ptr<SortColumns> sortColumns);
+    ValueTable(MemberMap&& columns, std::unique_ptr<SortColumns> sortColumns);
     ValueTable(const ValueTable& other);
 
 private:
@@ -65,8 +65,8 @@ private:
     class ColumnIterableImpl final : public ColumnIterable {
     public:
         explicit ColumnIterableImpl(const ValueTable& table) : m_table(&table) {}
-        Columns::const_iterator begin() const override { return m_table->m_columns->Get().begin(); }
-        Columns::const_iterator end() const override { return m_table->m_columns->Get().end(); }
+        MemberMap::const_iterator begin() const override { return m_table->m_columns->Get().begin(); }
+        MemberMap::const_iterator end() const override { return m_table->m_columns->Get().end(); }
 
     private:
         const ValueTable* m_table;

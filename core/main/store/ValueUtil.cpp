@@ -376,8 +376,8 @@ SV ConcatenateTables(const std::vector<SV>& tables) {
     for (const SV& table : tables) {
         LUM_CHECK(table->GetCount() == colCount, LumError::ConcatenatedColumnsDiffer);
     }
-    auto columns = std::make_unique<IStoreTable::Columns>();
-    columns->reserve(colCount);
+    MemberMap columns;
+    columns.Reserve(colCount);
     for (const auto& [columnName, firstColumn] : tables.front()->AsTable().GetColumns()) {
         std::vector<SV> parts;
         parts.reserve(tables.size());
@@ -386,7 +386,7 @@ SV ConcatenateTables(const std::vector<SV>& tables) {
             LUM_CHECK(table.HasColumn(columnName), LumError::ConcatenatedColumnsDiffer);
             parts.push_back(table.GetColumn(columnName));
         }
-        columns->emplace(columnName, ConcatenateArrays(parts, nullptr, SortSpecOrder::UNKNOWN));
+        columns.Insert(columnName, ConcatenateArrays(parts, nullptr, SortSpecOrder::UNKNOWN));
     }
     return factory::MakeTable(std::move(columns), nullptr);
 }

@@ -52,12 +52,16 @@ private:
         std::unique_ptr<Slot[]> slots;
     };
 
-    static const Slot* Find(const Index& index, unsigned int hash, const char16_t* units,
-                            std::size_t count);
+    // The hash of this table alone, which is made for names of a few words: a third of the time of
+    // the block hash.
+    unsigned int HashUnits(const char16_t* units, std::size_t count) const;
+    template <typename IsText>
+    static const Slot* Find(const Index& index, unsigned int hash, IsText isText);
     static void Insert(Index& index, unsigned int hash, unsigned int id, const TStringCore* text);
     Entry Add(unsigned int hash, const TStringCore& text);
     void GrowIndex();
 
+    const uint64 m_seed;  // Of the hashes.
     std::atomic<uint64> m_nextId{0};
     // Always one slot longer than there are ids. Elements never move.
     tbb::concurrent_vector<TStringCore> m_strings;

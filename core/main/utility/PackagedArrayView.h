@@ -28,6 +28,10 @@ public:
     template <std::derived_from<TypedRawData<T>> Block>
     explicit PackagedArrayView(std::shared_ptr<const Block> storage)
         : m_storage(std::move(storage)), m_view(static_cast<const Block&>(*m_storage).GetView()) {}
+    /// A block whose view the caller has at hand.
+    PackagedArrayView(std::shared_ptr<const TypedRawData<T>>&& storage,
+                      ArrayView<const T> view) noexcept
+        : m_storage(std::move(storage)), m_view(view) {}
     explicit PackagedArrayView(std::vector<T>&& elements)
         : PackagedArrayView(std::make_shared<const VectorRawData<T>>(std::move(elements))) {}
     /// `length` elements of `other` from `startIndex` on, which the caller has compared with the

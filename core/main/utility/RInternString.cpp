@@ -33,24 +33,22 @@ const InternTable::Entry& EmptyEntry() {
 
 }  // namespace
 
-RInternString::RInternString() : m_id(EmptyEntry().id), m_text(EmptyEntry().text) {}
-
-RInternString::RInternString(const TStringCore& text) {
-    const InternTable::Entry entry = GetInternTable().Intern(text);
+RInternString::RInternString() {
+    const InternTable::Entry& entry = EmptyEntry();
     m_id = entry.id;
     m_text = entry.text;
 }
 
-RInternString::RInternString(TStringCore&& text)
-    : RInternString(static_cast<const TStringCore&>(text)) {}
+RInternString RInternString::Intern(const TStringCore& text) {
+    const InternTable::Entry entry = GetInternTable().Intern(text);
+    return {entry.id, entry.text};
+}
 
 RInternString::RInternString(const wchar_t* text) {
     const InternTable::Entry entry = InternWide(text);
     m_id = entry.id;
     m_text = entry.text;
 }
-
-RInternString::RInternString(const RIndirectString& text) : RInternString(text.GetRString()) {}
 
 RInternString::RInternString(const RFormatString& text) : RInternString(text.result()) {}
 

@@ -131,7 +131,14 @@ protected:
     BinaryProtocolReader();
 
 private:
+    friend class BinaryValueReader;
     class TypeReader;
+
+    // A whole list with one look at the state, if the next is an array of Ts without specials: what
+    // the reads from BeginListType to EndListType would give. Otherwise false, and nothing is read.
+    // Not for subclasses that have reads of their own.
+    template <typename T>
+    bool TryReadPlainList(BinaryListType& type, ArrayView<const T>& items);
 
     void OpenData(const std::shared_ptr<ISharedArrayBuffer>& buffer,
                   ArrayView<const unsigned char> data);

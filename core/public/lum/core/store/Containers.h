@@ -23,7 +23,7 @@ template <typename T>
 using ContainerEqualTo =
     std::conditional_t<std::is_same_v<T, RIndirectString>, CollatorEqualTo, std::equal_to<T>>;
 
-/// The containers that sets, key sets and key maps take over.
+/// The containers that sets and key sets take over.
 template <typename T>
 using SetContainer = std::unordered_set<T, ContainerHash<T>, ContainerEqualTo<T>>;
 template <typename K, typename V>

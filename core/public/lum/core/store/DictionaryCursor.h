@@ -7,6 +7,7 @@
 
 #include "lum/core/Check.h"
 #include "lum/core/store/Containers.h"
+#include "lum/core/store/MemberMap.h"
 #include "lum/core/store/StorageTypes.h"
 #include "lum/core/types/Type.h"
 
@@ -55,7 +56,9 @@ class DictionaryCursor {
                                           std::is_same_v<V, typename ValueSide::Storage>;
 
 public:
-    using Container = MapContainer<typename KeySide::Storage, typename ValueSide::Storage>;
+    using Container =
+        std::conditional_t<std::is_same_v<K, RInternString>, MemberMap,
+                           MapContainer<typename KeySide::Storage, typename ValueSide::Storage>>;
     using value_type = std::pair<const K, V>;
     using difference_type = std::ptrdiff_t;
     /// The entry itself, or a pair made from it where a side is read as an element type.

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "lum/core/Export.h"
+#include "lum/core/store/MemberMap.h"
 #include "lum/core/store/RawData.h"
 #include "lum/core/store/SortSpecOrder.h"
 #include "lum/core/store/StoreValueFwd.h"
@@ -18,7 +19,7 @@ namespace lum::core {
 ///
 /// Threads: every operation runs on any threads at once.
 /// Ownership: tables made from this one share its columns' storage.
-/// Units: rows; columns have the order of the hash map that holds them.
+/// Units: rows; columns stand in the order of the map they came in.
 /// Errors: those of IStoreArray for row ranges and indices; from both, ExpectedArray where a column
 ///   is a special value, and ColumnSizeMismatch where columns of several forms answer a range
 ///   beyond the end differently; and as told.
@@ -34,8 +35,8 @@ public:
     class LUM_CORE_API ColumnIterable {
     public:
         virtual ~ColumnIterable() = default;
-        virtual Columns::const_iterator begin() const = 0;
-        virtual Columns::const_iterator end() const = 0;
+        virtual MemberMap::const_iterator begin() const = 0;
+        virtual MemberMap::const_iterator end() const = 0;
     };
 
     virtual ~IStoreTable() = default;

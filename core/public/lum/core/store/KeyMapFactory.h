@@ -4,6 +4,7 @@
 #include <unordered_map>
 
 #include "lum/core/Export.h"
+#include "lum/core/store/MemberMap.h"
 #include "lum/core/store/StoreValueFwd.h"
 #include "lum/core/utility/RInternString.h"
 
@@ -18,5 +19,7 @@ namespace lum::core::factory {
 LUM_CORE_API SV MakeKeyMap(std::unordered_map<RInternString, SV>&& values);
 /// A null pointer makes an empty key map.
 LUM_CORE_API SV MakeKeyMap(std::unique_ptr<std::unordered_map<RInternString, SV>> values);
+/// The one that costs nothing: the others put the members of theirs into one.
+LUM_CORE_API SV MakeKeyMap(MemberMap&& members);
 
 }  // namespace lum::core::factory

@@ -111,9 +111,9 @@ private:
 template <typename T>
 class LUM_CORE_API UnmanagedRawData final : public TypedRawData<T> {
 public:
-    UnmanagedRawData(std::shared_ptr<ISharedDataBuffer> owner, ArrayView<const T> elements)
+    UnmanagedRawData(const std::shared_ptr<ISharedDataBuffer>& owner, ArrayView<const T> elements)
         : TypedRawData<T>(LumSizeCastSafe(elements.GetSize()), sizeof(T)),
-          m_owner(std::move(owner)),
+          m_owner(owner),
           m_elements(elements) {}
     ~UnmanagedRawData() override;
 

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "lum/core/Export.h"
+#include "lum/core/store/MemberMap.h"
 #include "lum/core/store/SortSpecOrder.h"
 #include "lum/core/store/StoreValueFwd.h"
 #include "lum/core/utility/RInternString.h"
@@ -24,6 +25,10 @@ LUM_CORE_API SV MakeTable(std::unordered_map<RInternString, SV>&& columns,
 /// A null pointer for the columns makes a table of none, one for the statement states nothing.
 LUM_CORE_API SV
 MakeTable(std::unique_ptr<std::unordered_map<RInternString, SV>> columns,
+          std::unique_ptr<std::vector<std::pair<RInternString, SortSpecOrder>>> sortColumns);
+/// The one that costs least: the others put their columns into such a map.
+LUM_CORE_API SV
+MakeTable(MemberMap&& columns,
           std::unique_ptr<std::vector<std::pair<RInternString, SortSpecOrder>>> sortColumns);
 
 }  // namespace lum::core::factory

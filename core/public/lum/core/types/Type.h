@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <typeinfo>
 
 #include "lum/core/Export.h"
 #include "lum/core/types/StoreType.h"
@@ -42,7 +43,10 @@ public:
     /// This type as a class of the tree; null where it is none.
     template <typename T>
     const T* TryAs() const {
-        return dynamic_cast<const T*>(this);
+        // Mostly asked for by its own class, which one comparison tells; addresses may differ
+        // between libraries that know the class, and then the cast decides.
+        return &typeid(*this) == &typeid(T) ? static_cast<const T*>(this)
+                                            : dynamic_cast<const T*>(this);
     }
     /// Errors: InvalidTypeClassCast where this type is no T.
     template <typename T>

@@ -28,11 +28,11 @@ class LUM_CORE_API RInternString {
 public:
     /// The empty name.
     RInternString();
-    RInternString(TStringCore&& text);           // NOLINT(google-explicit-constructor)
-    RInternString(const TStringCore& text);      // NOLINT(google-explicit-constructor)
-    RInternString(const wchar_t* text);          // NOLINT(google-explicit-constructor)
-    RInternString(const RIndirectString& text);  // NOLINT(google-explicit-constructor)
-    RInternString(const RFormatString& text);    // NOLINT(google-explicit-constructor)
+    RInternString(TStringCore&& text) : RInternString(Intern(text)) {}                // NOLINT
+    RInternString(const TStringCore& text) : RInternString(Intern(text)) {}           // NOLINT
+    RInternString(const wchar_t* text);                                               // NOLINT
+    RInternString(const RIndirectString& text) : RInternString(text.GetRString()) {}  // NOLINT
+    RInternString(const RFormatString& text);                                         // NOLINT
     RInternString(std::nullptr_t) = delete;
     /// A name of one character.
     explicit RInternString(wchar_t character);
@@ -61,6 +61,12 @@ public:
     }
 
 private:
+    RInternString(uint64 id, const TStringCore* text) noexcept : m_id(id), m_text(text) {}
+
+    // Comes in two registers: a name that a constructor wrote to memory in two halves and that is
+    // copied at once as a whole would wait for both.
+    static RInternString Intern(const TStringCore& text);
+
     uint64 m_id;
     const TStringCore* m_text;
 };

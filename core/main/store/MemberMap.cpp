@@ -1,0 +1,64 @@
+#include "lum/core/store/MemberMap.h"
+
+#include <bit>
+#include <new>
+
+namespace lum::core {
+
+MemberMap::MemberMap(std::unordered_map<RInternString, SV>&& members) : MemberMap() {
+    Reserve(members.size());
+    for (auto& [name, value] : members) {
+        CheckValue(value);
+        Put(FindPlace(name), name, std::move(value));
+    }
+    members.clear();
+}
+
+// Free slots hold nothing that would have to be destroyed.
+MemberMap::~MemberMap() {
+    for (const value_type& member : *this) {
+        std::destroy_at(&member);
+    }
+    ::operator delete(m_slots);
+}
+
+void MemberMap::Swap(MemberMap& other) noexcept {
+    std::swap(m_slots, other.m_slots);
+    std::swap(m_order, other.m_order);
+    std::swap(m_size, other.m_size);
+    std::swap(m_mask, other.m_mask);
+    std::swap(m_shift, other.m_shift);
+}
+
+bool MemberMap::Replace(const RInternString& name, SV value) {
+    CheckValue(value);
+    if (Find(name) == nullptr) {
+        return false;
+    }
+    m_slots[FindPlace(name)].second = std::move(value);
+    return true;
+}
+
+void MemberMap::Reserve(std::size_t count) {
+    if (count == 0 || (m_slots != nullptr && count * 2 <= m_mask + 1)) {
+        return;
+    }
+    const std::size_t capacity = std::bit_ceil(std::size_t{LumSizeCastSafe(uint64{count} * 2)});
+    const std::size_t bytes = capacity * sizeof(value_type) + capacity / 2 * sizeof(m_order[0]);
+    MemberMap larger;
+    larger.m_slots = static_cast<value_type*>(::operator new(bytes));
+    larger.m_order = reinterpret_cast<unsigned int*>(larger.m_slots + capacity);
+    larger.m_mask = capacity - 1;
+    larger.m_shift = static_cast<unsigned int>(64 - std::countr_zero(capacity));
+    const RInternString noName;
+    for (std::size_t place = 0; place < capacity; ++place) {
+        std::construct_at(larger.m_slots + place, noName, nullptr);
+    }
+    for (const unsigned int* place = m_order; place != m_order + m_size; ++place) {
+        auto& [name, value] = m_slots[*place];
+        larger.Put(larger.FindPlace(name), name, std::move(value));
+    }
+    Swap(larger);
+}
+
+}  // namespace lum::core
