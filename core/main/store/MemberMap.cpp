@@ -1,6 +1,8 @@
 #include "lum/core/store/MemberMap.h"
 
 #include <bit>
+#include <cstddef>
+#include <memory>
 #include <new>
 
 namespace lum::core {
@@ -19,7 +21,7 @@ MemberMap::~MemberMap() {
     for (const value_type& member : *this) {
         std::destroy_at(&member);
     }
-    ::operator delete(m_slots);
+    ::operator delete(m_order);
 }
 
 void MemberMap::Swap(MemberMap& other) noexcept {
@@ -40,15 +42,19 @@ bool MemberMap::Replace(const RInternString& name, SV value) {
 }
 
 void MemberMap::Reserve(std::size_t count) {
-    if (count == 0 || (m_slots != nullptr && count * 2 <= m_mask + 1)) {
+    if (count == 0 || (m_slots != nullptr && count * 2 <= std::size_t{m_mask} + 1)) {
         return;
     }
     const std::size_t capacity = std::bit_ceil(std::size_t{LumSizeCastSafe(uint64{count} * 2)});
-    const std::size_t bytes = capacity * sizeof(value_type) + capacity / 2 * sizeof(m_order[0]);
+    const std::size_t orderBytes = capacity / 2 * sizeof(m_order[0]);
+    std::size_t slotBytes = capacity * sizeof(value_type);
+    std::size_t room = slotBytes + sizeof(value_type);
     MemberMap larger;
-    larger.m_slots = static_cast<value_type*>(::operator new(bytes));
-    larger.m_order = reinterpret_cast<unsigned int*>(larger.m_slots + capacity);
-    larger.m_mask = capacity - 1;
+    larger.m_order = static_cast<unsigned int*>(::operator new(orderBytes + room));
+    void* slots = reinterpret_cast<std::byte*>(larger.m_order) + orderBytes;
+    larger.m_slots =
+        static_cast<value_type*>(std::align(sizeof(value_type), slotBytes, slots, room));
+    larger.m_mask = static_cast<unsigned int>(capacity - 1);
     larger.m_shift = static_cast<unsigned int>(64 - std::countr_zero(capacity));
     const RInternString noName;
     for (std::size_t place = 0; place < capacity; ++place) {

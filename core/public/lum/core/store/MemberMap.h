@@ -79,7 +79,7 @@ public:
 
     /// The value of a name, or null; good until a member is added. Cost: O(1).
     const SV* Find(const RInternString& name) const noexcept {
-        if (m_size == 0) {
+        if (m_slots == nullptr) {
             return nullptr;
         }
         const value_type& slot = m_slots[FindPlace(name)];
@@ -89,8 +89,8 @@ public:
     /// answer is false. Cost: O(1) amortized.
     bool Insert(RInternString name, SV&& value) {
         CheckValue(value);
-        if ((m_size + 1) * 2 > m_mask + 1) {
-            Reserve(m_size + 1);
+        if (m_slots == nullptr || size() * 2 > m_mask) {
+            Reserve(size() + 1);
         }
         const std::size_t place = FindPlace(name);
         if (m_slots[place].second != nullptr) {
@@ -127,11 +127,12 @@ private:
         ++m_size;
     }
 
-    value_type* m_slots = nullptr;    // A power of two; the value of a free one is null.
-    unsigned int* m_order = nullptr;  // The places of the members; behind the slots, in one block.
-    std::size_t m_size = 0;
-    std::size_t m_mask = 0;
+    // What a find needs stands in front, and two slots fill a cache line.
+    value_type* m_slots = nullptr;  // A power of two; the value of a free one is null.
+    unsigned int m_mask = 0;
     unsigned int m_shift = 0;
+    unsigned int m_size = 0;
+    unsigned int* m_order = nullptr;  // The places of the members. The slots are in its block.
 };
 
 }  // namespace lum::core
