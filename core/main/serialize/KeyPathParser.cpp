@@ -9,7 +9,6 @@
 
 #include "core/main/serialize/NestingLimit.h"
 #include "core/main/serialize/VtlScanner.h"
-#include "core/main/utility/InternTable.h"
 #include "lum/core/Check.h"
 #include "lum/core/types/CollectionTypes.h"
 #include "lum/core/types/ExternalType.h"
@@ -275,9 +274,7 @@ RInternString NameOf(const VtlToken& token) {
     if (token.Is(Kind::StringLiteral)) {
         return token.GetText();
     }
-    // Known names, nearly all, are found without making a string of them.
-    const std::u16string_view units = token.GetUnits();
-    return RInternString(GetInternTable().Intern(units.data(), units.size()).id);
+    return RInternString(token.GetUnits());
 }
 
 // Paths -------------------------------------------------------------------------------------------

@@ -113,9 +113,11 @@ InternTable::Entry InternTable::Intern(const TStringCore& text) {
 
 InternTable::Entry InternTable::Intern(const char16_t* units, std::size_t count) {
     const unsigned int hash = HashUnits(units, count);
-    const std::u16string_view wanted(units, count);
-    const Slot* const slot = Find(*m_ids.load(std::memory_order_acquire), hash,
-                                  [&](const TStringCore& known) { return known.view() == wanted; });
+    const Slot* const slot =
+        Find(*m_ids.load(std::memory_order_acquire), hash, [&](const TStringCore& known) {
+            return known.length() == count &&
+                   std::memcmp(known.data(), units, count * sizeof(char16_t)) == 0;
+        });
     return slot != nullptr ? Entry{slot->id, slot->text.load(std::memory_order_relaxed)}
                            : Add(hash, TStringCore(units, count));
 }

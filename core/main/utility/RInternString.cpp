@@ -44,6 +44,11 @@ RInternString RInternString::Intern(const TStringCore& text) {
     return {entry.id, entry.text};
 }
 
+RInternString RInternString::Intern(std::u16string_view units) {
+    const InternTable::Entry entry = GetInternTable().Intern(units.data(), units.size());
+    return {entry.id, entry.text};
+}
+
 RInternString::RInternString(const wchar_t* text) {
     const InternTable::Entry entry = InternWide(text);
     m_id = entry.id;

@@ -3,6 +3,7 @@
 #include <concepts>
 #include <cstddef>
 #include <functional>
+#include <string_view>
 #include <type_traits>
 
 #include "lum/core/Export.h"
@@ -34,6 +35,8 @@ public:
     RInternString(const RIndirectString& text) : RInternString(text.GetRString()) {}  // NOLINT
     RInternString(const RFormatString& text);                                         // NOLINT
     RInternString(std::nullptr_t) = delete;
+    /// A known name is found without making a string of the units.
+    explicit RInternString(std::u16string_view units) : RInternString(Intern(units)) {}
     /// A name of one character.
     explicit RInternString(wchar_t character);
     /// The name of an id, unchecked: the text of an id that was never given out is empty.
@@ -66,6 +69,7 @@ private:
     // Comes in two registers: a name that a constructor wrote to memory in two halves and that is
     // copied at once as a whole would wait for both.
     static RInternString Intern(const TStringCore& text);
+    static RInternString Intern(std::u16string_view units);
 
     uint64 m_id;
     const TStringCore* m_text;
