@@ -30,7 +30,8 @@ uint64 Fold(uint64 a, uint64 b) {
 // of them meet in the table.
 uint64 MakeSeed() {
     const auto now = std::chrono::steady_clock::now().time_since_epoch().count();
-    const auto place = reinterpret_cast<std::uintptr_t>(std::make_unique<char>().get());
+    const auto block = std::make_unique<char>();
+    const auto place = reinterpret_cast<std::uintptr_t>(block.get());
     return Fold(static_cast<uint64>(now) ^ 0xA0761D6478BD642F, place ^ 0xE7037ED1A0B428DB);
 }
 
