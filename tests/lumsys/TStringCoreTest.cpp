@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <cstring>
 #include <iterator>
 #include <limits>
 #include <sstream>
@@ -162,6 +164,19 @@ TEST(TStringCoreTest, ShortTextAndCopiesTakeNoMemory) {
     const lum::test::AllocationCounter another;
     texts[6] = TStringCore(13, u'x');
     EXPECT_EQ(another.GetCount(), 1u);
+}
+
+TEST(TStringCoreTest, IsMadeOfWords) {
+    const std::u16string_view units = u"twelve\u00e9units"sv;
+    for (std::size_t count = 0; count <= units.size(); ++count) {
+        char16_t padded[12] = {};
+        units.copy(padded, count);
+        std::uint64_t words[3];
+        std::memcpy(words, padded, sizeof(padded));
+        const TStringCore text = TStringCore::fromWords(words[0], words[1], words[2], count);
+        EXPECT_EQ(text, TStringCore(units.data(), count));
+        EXPECT_EQ(text.view(), units.substr(0, count));
+    }
 }
 
 TEST(TStringCoreTest, GrowsByHalf) {

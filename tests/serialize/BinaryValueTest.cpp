@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <memory>
 #include <numeric>
 #include <string>
@@ -174,6 +175,36 @@ TEST_F(BinaryValueTest, ColumnsStandInThePayload) {
         lastShare.reset();
         EXPECT_TRUE(life.expired());
         EXPECT_EQ(test::TextOf(text), "s: a 'longer than the handle'");
+    }
+}
+
+// Heads of columns come in batches, which live as long as any of theirs, and readers of a host's own
+// see each event of a list where others take it as a whole.
+TEST_F(BinaryValueTest, ManyColumnsOfOnePayload) {
+    constexpr int kColumns = 100;
+    const auto nameOf = [](int i) { return RInternString(TStringCore::number(i)); };
+    std::unordered_map<RInternString, SV> members;
+    for (int i = 0; i < kColumns; ++i) {
+        const char* const columns[] = {"i: 1 2", "l: 3 -", "b: true", "i:", "s: a", "r: 4"};
+        members.emplace(nameOf(i), test::ColumnOf(columns[i % std::size(columns)]));
+    }
+    const auto store = factory::MakeDataStore(std::move(members));
+    const std::vector<unsigned char> bytes = test::WriteStore(*store);
+    CountingReader counting(test::MakePayload(bytes));
+    EXPECT_EQ(RootTextOf(*StoreValueParser::MakeDataStore(counting)), RootTextOf(*store));
+
+    for (const int kept : {0, 5, 61, kColumns - 1}) {
+        auto payload = test::MakePayload(bytes);
+        const std::weak_ptr<test::PayloadBytes> life = payload;
+        const auto read = [&payload] {
+            BinaryProtocolReader reader(std::exchange(payload, nullptr));
+            return StoreValueParser::MakeDataStore(reader);
+        };
+        SV column = read()->GetValue(KeyPath(nameOf(kept)));
+        EXPECT_FALSE(life.expired());
+        EXPECT_EQ(test::TextOf(column), test::TextOf(store->GetValue(KeyPath(nameOf(kept)))));
+        column.reset();
+        EXPECT_TRUE(life.expired());
     }
 }
 

@@ -109,6 +109,41 @@ TEST(KeyMapTest, WritesKeepTheTypesOfMembers) {
     }
 }
 
+// The members move when there is no more room for them.
+TEST(KeyMapTest, ManyMembersKeepTheirOrder) {
+    constexpr int kCount = 1009;
+    const auto nameOf = [](int i) { return RInternString(TStringCore::number(i * 601 % kCount)); };
+    MemberMap members;
+    EXPECT_EQ(members.Find(nameOf(0)), nullptr);
+    EXPECT_FALSE(members.Replace(nameOf(0), factory::MakeInt32(0)));
+    for (int i = 0; i < kCount; ++i) {
+        ASSERT_TRUE(members.Insert(nameOf(i), factory::MakeInt32(i)));
+        ASSERT_FALSE(members.Insert(nameOf(i / 2), factory::MakeInt32(-1)));
+        ASSERT_EQ(members.Find(nameOf(i + 1)), i + 1 == kCount ? &members.begin()->second : nullptr);
+        ASSERT_EQ(members.size(), static_cast<std::size_t>(i + 1));
+    }
+    ASSERT_TRUE(members.Replace(nameOf(7), factory::MakeInt32(-7)));
+    EXPECT_LUM_REPORT(NullArgument, "", "(value) != nullptr", members.Insert(nameOf(7), nullptr));
+    EXPECT_LUM_REPORT(NullArgument, "", "(value) != nullptr", members.Replace(nameOf(7), nullptr));
+    // A value of the map itself, where it runs out of room.
+    MemberMap few;
+    for (int i = 0; i < 9; ++i) {
+        few.Insert(nameOf(i), i == 0 ? factory::MakeInt32(0) : *few.Find(nameOf(i - 1)));
+    }
+    EXPECT_EQ(few.Find(nameOf(8))->get(), few.begin()->second.get());
+
+    const SV map = factory::MakeKeyMap(std::move(members));
+    EXPECT_TRUE(members.empty());
+    int i = 0;
+    for (const auto& [name, value] : map->AsKeyMap().GetEntries()) {
+        ASSERT_EQ(name, nameOf(i));
+        ASSERT_EQ(value->AsInt32(), i == 7 ? -7 : i);
+        ASSERT_EQ(map->AsKeyMap().GetValue(name), value);
+        ++i;
+    }
+    EXPECT_EQ(i, kCount);
+}
+
 TEST(KeyMapTest, TypesFollowTheMembers) {
     const SV inner = MakeMap({{L"b", test::ColumnOf("s: x")}});
     const SV map = MakeMap({{L"b", inner}, {L"a", factory::MakeInt32(1)}});

@@ -73,6 +73,24 @@ TEST(RInternStringTest, TextsOfEveryShapeAreKept) {
     }
 }
 
+// A name differs from those that are one unit longer, or other in any one place.
+TEST(RInternStringTest, EveryUnitCounts) {
+    for (std::size_t length = 1; length <= 40; ++length) {
+        std::u16string units(length, u'x');
+        const RInternString name{std::u16string_view(units)};
+        EXPECT_EQ(name, RInternString(TStringCore(units)));
+        EXPECT_EQ(name.GetValue(), TStringCore(units));
+        for (char16_t& unit : units) {
+            unit = u'y';
+            EXPECT_EQ(RInternString(std::u16string_view(units)).GetValue(), TStringCore(units));
+            EXPECT_FALSE(RInternString(std::u16string_view(units)) == name);
+            unit = u'x';
+        }
+        units += u'x';
+        EXPECT_FALSE(RInternString(TStringCore(units)) == name);
+    }
+}
+
 TEST(RInternStringTest, IdsAreDenseAndTextsStayWhereTheyAre) {
     const RInternString first(L"the first of many names");
     const TStringCore* const place = &first.GetValue();
