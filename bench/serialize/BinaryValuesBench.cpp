@@ -120,6 +120,20 @@ void BM_WriteColumns(benchmark::State& state) {
 }
 BENCHMARK(BM_WriteColumns)->Apply(ApplyRows);
 
+// Payload after payload into the same memory.
+void BM_WriteColumnsAgain(benchmark::State& state) {
+    const auto store = MakeColumns(static_cast<lumsize_t>(state.range(0)));
+    std::vector<unsigned char> payload;
+    for (auto _ : state) {
+        BinaryProtocolCreator creator;
+        SerializeDataStore(creator, *store);
+        creator.FinalizePayload(payload);
+        benchmark::DoNotOptimize(payload.data());
+    }
+    SetBytes(state);
+}
+BENCHMARK(BM_WriteColumnsAgain)->Apply(ApplyRows);
+
 void BM_WriteColumnsMemcpy(benchmark::State& state) {
     const auto rows = static_cast<std::size_t>(state.range(0));
     const std::vector<double> from(kColumns * rows, 0.5);

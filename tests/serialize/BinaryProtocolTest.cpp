@@ -128,6 +128,26 @@ TEST_F(BinaryProtocolTest, RefusesToFinalize) {
     EXPECT_LUM_REPORT(NullArgument, "", "(type) != nullptr", creator.AppendKeyType(nullptr, false));
 }
 
+TEST_F(BinaryProtocolTest, PayloadsReuseMemory) {
+    std::vector<unsigned char> payload(1, 7);
+    for (const lumsize_t count : {10u, 1000u, 500u, 1u, 1000u}) {
+        const std::vector<unsigned char> former = payload;
+        const unsigned char* const place = payload.data();
+        BinaryProtocolCreator creator;
+        EXPECT_LUM_ERROR(EmptyPayload, "", creator.FinalizePayload(payload));
+        EXPECT_EQ(payload, former);
+        const auto store = factory::MakeDataStore(std::unordered_map<RInternString, SV>{
+            {L"k", factory::MakeConstantArray<unsigned int>(IntType::Get32(), count, 7u)
+                       ->AsArray()
+                       .Materialize()}});
+        SerializeDataStore(creator, *store);
+        const bool isEnough = payload.capacity() >= sizeof(int) * count + 100;
+        creator.FinalizePayload(payload);
+        EXPECT_EQ(ToHex(payload), ToHex(test::WriteStore(*store)));
+        EXPECT_TRUE(!isEnough || payload.data() == place);
+    }
+}
+
 struct HeaderCase {
     std::string header;  // A whole payload.
     LumError error;

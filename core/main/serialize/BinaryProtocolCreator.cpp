@@ -99,6 +99,12 @@ void BinaryProtocolCreator::Reset() {
 }
 
 std::vector<unsigned char> BinaryProtocolCreator::FinalizePayload() {
+    std::vector<unsigned char> payload;
+    FinalizePayload(payload);
+    return payload;
+}
+
+void BinaryProtocolCreator::FinalizePayload(std::vector<unsigned char>& payload) {
     LUM_CHECK_NOT(m_state->HasStates(), LumError::ProtocolStateMismatch);
     LUM_CHECK(m_dataBuffer->GetLength() > 0, LumError::EmptyPayload);
 
@@ -132,9 +138,14 @@ std::vector<unsigned char> BinaryProtocolCreator::FinalizePayload() {
     }
     header.SetValueAt(positions + 16, LumSizeCastSafe(dataPosition));
 
-    std::vector<unsigned char> payload;
-    payload.reserve(LumSizeCastSafe(dataPosition + GetDataLength()));
-    lumsys::AdviseLargePages(payload.data(), payload.capacity());
+    const lumsize_t length = LumSizeCastSafe(dataPosition + GetDataLength());
+    if (payload.capacity() < length) {
+        std::vector<unsigned char> room;
+        room.reserve(length);
+        lumsys::AdviseLargePages(room.data(), room.capacity());
+        payload.swap(room);
+    }
+    payload.clear();
     AppendSection(payload, header);
     if (hasStrings) {
         AppendSection(payload, indices);
@@ -143,7 +154,6 @@ std::vector<unsigned char> BinaryProtocolCreator::FinalizePayload() {
     payload.resize(dataPosition);
     AppendDataTo(payload);
     Reset();
-    return payload;
 }
 
 uint64 BinaryProtocolCreator::GetDataLength() const {

@@ -57,6 +57,10 @@ public:
     /// container is open; EmptyPayload without any event; OutOfRange where the payload would pass
     /// 2^32 - 1 bytes.
     virtual std::vector<unsigned char> FinalizePayload();
+    /// The same into a vector whose memory is used again where it suffices: new memory costs more
+    /// than the copy, so this is for hosts that write payload after payload. Errors: the same;
+    /// `payload` stays as it was.
+    void FinalizePayload(std::vector<unsigned char>& payload);
 
     /// A list: one segment after another, each BeginListData, its items, EndListData. How many
     /// segments there are follows from the type.
