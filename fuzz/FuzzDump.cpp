@@ -54,6 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const lumhost::PayloadDump dump = lumhost::DumpPayload(payload);
     LUM_FUZZ_ASSERT(dump.text.size() <= kLongestLine * (size + 8), "a dump of many lines a byte");
     LUM_FUZZ_ASSERT(!dump.fault || dump.fault->position <= size - 1, "a fault behind the end");
-    LUM_FUZZ_ASSERT(!dump.fault || !IsStore(payload), "a store with a fault: " + dump.fault->reason);
+    LUM_FUZZ_ASSERT(!dump.fault || !IsStore(payload),
+                    "a store with a fault: " + dump.fault->reason);
     return 0;
 }

@@ -7,6 +7,8 @@
 #include <utility>
 #include <vector>
 
+#include "lum/core/store/ArrayFactory.h"
+#include "lum/core/types/ScalarTypes.h"
 #include "tests/serialize/GoldenPayloads.h"
 #include "tests/serialize/SerializeTest.h"
 #include "tests/support/ColumnText.h"
@@ -137,9 +139,8 @@ TEST_F(BinaryProtocolTest, PayloadsReuseMemory) {
         EXPECT_LUM_ERROR(EmptyPayload, "", creator.FinalizePayload(payload));
         EXPECT_EQ(payload, former);
         const auto store = factory::MakeDataStore(std::unordered_map<RInternString, SV>{
-            {L"k", factory::MakeConstantArray<unsigned int>(IntType::Get32(), count, 7u)
-                       ->AsArray()
-                       .Materialize()}});
+            {L"k", factory::MakeArray(IntType::Get32(), std::vector<unsigned int>(count, 7u),
+                                      SortSpecOrder::UNKNOWN)}});
         SerializeDataStore(creator, *store);
         const bool isEnough = payload.capacity() >= sizeof(int) * count + 100;
         creator.FinalizePayload(payload);

@@ -178,8 +178,8 @@ TEST_F(BinaryValueTest, ColumnsStandInThePayload) {
     }
 }
 
-// Heads of columns come in batches, which live as long as any of theirs, and readers of a host's own
-// see each event of a list where others take it as a whole.
+// Heads of columns come in batches, which live as long as any of theirs, and readers of a host's
+// own see each event of a list where others take it as a whole.
 TEST_F(BinaryValueTest, ManyColumnsOfOnePayload) {
     constexpr int kColumns = 100;
     const auto nameOf = [](int i) { return RInternString(TStringCore::number(i)); };

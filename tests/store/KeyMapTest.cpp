@@ -119,7 +119,8 @@ TEST(KeyMapTest, ManyMembersKeepTheirOrder) {
     for (int i = 0; i < kCount; ++i) {
         ASSERT_TRUE(members.Insert(nameOf(i), factory::MakeInt32(i)));
         ASSERT_FALSE(members.Insert(nameOf(i / 2), factory::MakeInt32(-1)));
-        ASSERT_EQ(members.Find(nameOf(i + 1)), i + 1 == kCount ? &members.begin()->second : nullptr);
+        ASSERT_EQ(members.Find(nameOf(i + 1)),
+                  i + 1 == kCount ? &members.begin()->second : nullptr);
         ASSERT_EQ(members.size(), static_cast<std::size_t>(i + 1));
     }
     ASSERT_TRUE(members.Replace(nameOf(7), factory::MakeInt32(-7)));

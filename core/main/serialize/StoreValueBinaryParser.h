@@ -109,7 +109,7 @@ private:
 
     BinaryProtocolReader& m_reader;
     const std::shared_ptr<ISharedDataBuffer> m_buffer;  // That of the payload.
-    const bool m_hasOwnReads;  // A subclass, which is to see each read.
+    const bool m_hasOwnReads;                           // A subclass, which is to see each read.
     uint64 m_room;             // Of the payload's bytes, those that no count was granted.
     unsigned int m_level = 0;  // How many values the next one stands in, the root aside.
 };

@@ -75,7 +75,8 @@ void StringTableReader::AppendPayloadStrings(BinaryBufferReader& indices,
         start = end;
     }
     // Fewer bytes than an offset has are refused.
-    AppendText(strings, (indices.IsAtEnd() ? strings.GetLength() : indices.Read<unsigned int>()) - start);
+    AppendText(strings,
+               (indices.IsAtEnd() ? strings.GetLength() : indices.Read<unsigned int>()) - start);
 }
 
 void StringTableReader::AppendText(BinaryBufferReader& strings, buffersize_t length) {

@@ -22,8 +22,8 @@ public:
     /// `specials` and `indices` may be null views.
     /// Errors: those of factory::MakeArray.
     ValueArray(const CollectionType* type, PackagedArrayView<T>&& values,
-               PackagedArrayView<SpecialKind>&& specials, const PackagedArrayView<unsigned>& indices,
-               SortSpecOrder order);
+               PackagedArrayView<SpecialKind>&& specials,
+               const PackagedArrayView<unsigned>& indices, SortSpecOrder order);
     /// Shares the storage; states no order.
     ValueArray(const ValueArray& other);
 

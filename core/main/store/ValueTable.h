@@ -65,7 +65,9 @@ private:
     class ColumnIterableImpl final : public ColumnIterable {
     public:
         explicit ColumnIterableImpl(const ValueTable& table) : m_table(&table) {}
-        MemberMap::const_iterator begin() const override { return m_table->m_columns->Get().begin(); }
+        MemberMap::const_iterator begin() const override {
+            return m_table->m_columns->Get().begin();
+        }
         MemberMap::const_iterator end() const override { return m_table->m_columns->Get().end(); }
 
     private:

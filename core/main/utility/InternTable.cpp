@@ -19,7 +19,8 @@ uint64 Load(const char* bytes) {
     return word;
 }
 
-// Both halves of the product and both factors in one: where one factor is 0, the other still counts.
+// Both halves of the product and both factors in one: where one factor is 0, the other still
+// counts.
 uint64 Fold(uint64 a, uint64 b) {
     __extension__ using Wide = unsigned __int128;
     const Wide product = Wide{a} * b;
@@ -126,8 +127,8 @@ InternTable::Entry InternTable::Intern(const char16_t* units, std::size_t count)
 InternTable::Entry InternTable::Add(unsigned int hash, const TStringCore& text) {
     const lumsys::TWriteGuard guard(m_lock);
     // Another thread may have added it before the lock was ours.
-    if (const Slot* const slot =
-            Find(*m_indexes.back(), hash, [&](const TStringCore& known) { return known == text; })) {
+    if (const Slot* const slot = Find(*m_indexes.back(), hash,
+                                      [&](const TStringCore& known) { return known == text; })) {
         return {slot->id, slot->text.load(std::memory_order_relaxed)};
     }
     const uint64 id = m_nextId.load(std::memory_order_relaxed);

@@ -28,8 +28,9 @@ public:
             m_capacity = std::min(m_capacity * 8, kMaxCapacity);
             m_batch = std::make_shared<Batch>(m_capacity);
         }
-        T* const object = std::construct_at(reinterpret_cast<T*>(m_batch->places[m_batch->count].bytes),
-                                   std::forward<Arguments>(arguments)...);
+        T* const object =
+            std::construct_at(reinterpret_cast<T*>(m_batch->places[m_batch->count].bytes),
+                              std::forward<Arguments>(arguments)...);
         ++m_batch->count;
         return {m_batch, object};
     }

@@ -70,6 +70,7 @@
 #include "lum/core/store/KeySegment.h"  // IWYU pragma: export
 #include "lum/core/store/KeySetAdapter.h"  // IWYU pragma: export
 #include "lum/core/store/KeySetFactory.h"  // IWYU pragma: export
+#include "lum/core/store/MemberMap.h"  // IWYU pragma: export
 #include "lum/core/store/PrefixTreeChildren.h"  // IWYU pragma: export
 #include "lum/core/store/RawData.h"  // IWYU pragma: export
 #include "lum/core/store/RawDataView.h"  // IWYU pragma: export

@@ -117,9 +117,7 @@ private:
         }
         return place;
     }
-    static void CheckValue(const SV& value) {
-        LUM_CHECK_NOT_NULL(value, LumError::NullArgument);
-    }
+    static void CheckValue(const SV& value) { LUM_CHECK_NOT_NULL(value, LumError::NullArgument); }
     // Adds a member at its free slot; there must be room.
     void Put(std::size_t place, RInternString name, SV&& value) noexcept {
         std::construct_at(m_slots + place, name, std::move(value));
