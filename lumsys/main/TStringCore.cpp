@@ -1,6 +1,9 @@
 #include "lumsys/TStringCore.h"
 
 #include <algorithm>
+#include <bit>
+#include <cstdint>
+#include <cstring>
 #include <cwchar>
 #include <new>
 #include <ostream>
@@ -16,6 +19,45 @@ constexpr unsigned int kHashSeed = 0xDEADBEEF;
 
 bool IsBlank(char16_t unit) noexcept {
     return unit == u' ' || (unit >= u'\t' && unit <= u'\r');
+}
+
+template <typename Word>
+std::uint64_t Load(const char* bytes) noexcept {
+    Word word;
+    std::memcpy(&word, bytes, sizeof(word));
+    return word;
+}
+
+/// At most 12 bytes, the first in the lowest place; 0 behind them.
+struct ShortBytes {
+    std::uint64_t low;   // 8 of them.
+    std::uint64_t high;  // The others.
+};
+
+ShortBytes LoadShort(const char* bytes, std::size_t count) noexcept {
+    if (count > 8) {
+        return {Load<std::uint64_t>(bytes),
+                Load<std::uint64_t>(bytes + count - 8) >> (128 - 8 * count)};
+    }
+    if (count == 8) {
+        return {Load<std::uint64_t>(bytes), 0};
+    }
+    if (count >= 4) {  // The two halves overlap in the same bytes.
+        return {Load<std::uint32_t>(bytes) |
+                    Load<std::uint32_t>(bytes + count - 4) << 8 * (count - 4),
+                0};
+    }
+    std::uint64_t low = 0;
+    for (std::size_t i = 0; i < count; ++i) {
+        low |= Load<std::uint8_t>(bytes + i) << 8 * i;
+    }
+    return {low, 0};
+}
+
+/// Four bytes, each in 16 bits.
+std::uint64_t Widen(std::uint64_t bytes) noexcept {
+    bytes = (bytes | bytes << 16) & 0x0000FFFF0000FFFF;
+    return (bytes | bytes << 8) & 0x00FF00FF00FF00FF;
 }
 
 }  // namespace
@@ -36,6 +78,14 @@ TStringCore::TStringCore(wchar_t character) : TStringCore() {
 }
 
 TStringCore TStringCore::fromUtf8(const char* bytes, std::size_t count) {
+    // Most texts are short and plain.
+    if (std::endian::native == std::endian::little && count <= kInlineCapacity) {
+        const ShortBytes units = LoadShort(bytes, count);
+        if (((units.low | units.high) & 0x8080808080808080) == 0) {
+            return fromWords(Widen(units.low & 0xFFFFFFFF), Widen(units.low >> 32),
+                             Widen(units.high), count);
+        }
+    }
     TStringCore text;
     AppendUtf8(text, bytes, count);
     if (text.m_shared != 0 && text.length() <= kInlineCapacity) {

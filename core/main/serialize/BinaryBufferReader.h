@@ -83,7 +83,7 @@ public:
 
     // The same, for numbers that come one by one and seldom take more than two bytes.
     unsigned int ReadBase128Count() {
-        if (m_bufferEnd - m_pos >= 2 && m_pos < m_bufferEnd) {
+        if (m_pos < m_bufferEnd && m_bufferEnd - m_pos >= 2) {
             const unsigned char* const bytes = GetPointer();
             if (bytes[0] >= 0x80 && bytes[1] < 0x80) {
                 m_pos += 2;

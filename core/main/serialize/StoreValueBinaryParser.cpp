@@ -105,8 +105,10 @@ SV BinaryValueReader::ReadScalar(const Type* type) {
 // Key maps and tables -----------------------------------------------------------------------------
 
 MemberMap BinaryValueReader::ReadMembers(lumsize_t count) {
+    // Room for a member is large. More than this comes as members do.
+    constexpr lumsize_t kMembersAtOnce = 1024;
     MemberMap members;
-    members.Reserve(PlanRoom(count));
+    members.Reserve(std::min(PlanRoom(count), kMembersAtOnce));
     for (lumsize_t i = 0; i < count; ++i) {
         const TStringCore& name = m_reader.ReadStringKey();
         SV value = MakeStoreValue(m_reader.ReadKeyType());

@@ -1,40 +1,9 @@
 #include "core/main/serialize/StringTableReader.h"
 
-#include <cstdint>
 #include <cstring>
 #include <new>
 
 namespace lum::core {
-namespace {
-
-// Four bytes, each in 16 bits.
-uint64 Widen(uint64 bytes) {
-    bytes = (bytes | bytes << 16) & 0x0000FFFF0000FFFF;
-    return (bytes | bytes << 8) & 0x00FF00FF00FF00FF;
-}
-
-// The text of UTF-8. `room` bytes can be read, of which `length` are meant. Short plain text, as
-// most names and cells are, is widened as a whole.
-TStringCore Decode(const unsigned char* bytes, std::size_t length, uint64 room) {
-    constexpr std::size_t kPlainLength = TStringCore::kInlineCapacity;
-    static_assert(kPlainLength == 12);
-    if (length <= kPlainLength && room >= kPlainLength) {
-        constexpr uint64 kHighBits = 0x8080808080808080;
-        uint64 low;
-        std::uint32_t high;
-        std::memcpy(&low, bytes, sizeof(low));
-        std::memcpy(&high, bytes + sizeof(low), sizeof(high));
-        low &= length >= 8 ? ~uint64{0} : (uint64{1} << 8 * length) - 1;
-        high &= static_cast<std::uint32_t>(length <= 8 ? 0 : (uint64{1} << 8 * (length - 8)) - 1);
-        if (((low | high) & kHighBits) == 0) {
-            return TStringCore::fromWords(Widen(low & 0xFFFFFFFF), Widen(low >> 32), Widen(high),
-                                          length);
-        }
-    }
-    return TStringCore::fromUtf8(reinterpret_cast<const char*>(bytes), length);
-}
-
-}  // namespace
 
 StringTableReader::Strings::~Strings() {
     for (std::size_t i = 0; i < m_size; ++i) {
@@ -80,9 +49,7 @@ void StringTableReader::AppendPayloadStrings(BinaryBufferReader& indices,
 }
 
 void StringTableReader::AppendText(BinaryBufferReader& strings, buffersize_t length) {
-    const uint64 room = strings.GetRemaining();
-    const auto* const bytes = strings.ReadPointer<unsigned char>(length);
-    m_strings.Append([&] { return length == 0 ? TStringCore() : Decode(bytes, length, room); });
+    m_strings.Append([&] { return strings.ReadStringBytes(length); });
 }
 
 }  // namespace lum::core

@@ -45,7 +45,8 @@ void MemberMap::Reserve(std::size_t count) {
     if (count == 0 || (m_slots != nullptr && count * 2 <= std::size_t{m_mask} + 1)) {
         return;
     }
-    const std::size_t capacity = std::bit_ceil(std::size_t{LumSizeCastSafe(uint64{count} * 2)});
+    const std::size_t capacity =
+        std::bit_ceil(std::size_t{LumSizeCastSafe(2 * uint64{LumSizeCastSafe(count)})});
     const std::size_t orderBytes = capacity / 2 * sizeof(m_order[0]);
     std::size_t slotBytes = capacity * sizeof(value_type);
     std::size_t room = slotBytes + sizeof(value_type);
