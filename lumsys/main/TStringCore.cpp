@@ -43,8 +43,8 @@ ShortBytes LoadShort(const char* bytes, std::size_t count) noexcept {
         return {Load<std::uint64_t>(bytes), 0};
     }
     if (count >= 4) {  // The two halves overlap in the same bytes.
-        return {Load<std::uint32_t>(bytes) |
-                    Load<std::uint32_t>(bytes + count - 4) << 8 * (count - 4),
+        return {Load<std::uint32_t>(bytes) | Load<std::uint32_t>(bytes + count - 4)
+                                                 << 8 * (count - 4),
                 0};
     }
     std::uint64_t low = 0;

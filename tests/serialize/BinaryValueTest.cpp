@@ -186,7 +186,8 @@ TEST_F(BinaryValueTest, ManyColumnsOfOnePayload) {
     std::unordered_map<RInternString, SV> members;
     for (int i = 0; i < kColumns; ++i) {
         const char* const columns[] = {"i: 1 2", "l: 3 -", "b: true", "i:", "s: a", "r: 4"};
-        members.emplace(nameOf(i), test::ColumnOf(columns[static_cast<std::size_t>(i) % std::size(columns)]));
+        members.emplace(nameOf(i),
+                        test::ColumnOf(columns[static_cast<std::size_t>(i) % std::size(columns)]));
     }
     const auto store = factory::MakeDataStore(std::move(members));
     const std::vector<unsigned char> bytes = test::WriteStore(*store);
