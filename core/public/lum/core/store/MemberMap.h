@@ -33,7 +33,7 @@ public:
     using value_type = std::pair<const RInternString, SV>;
 
     /// Good until a member is added.
-    class const_iterator {
+    class Iterator {
     public:
         using iterator_category = std::forward_iterator_tag;
         using value_type = MemberMap::value_type;
@@ -41,26 +41,28 @@ public:
         using pointer = const value_type*;
         using reference = const value_type&;
 
-        const_iterator() noexcept = default;
+        Iterator() noexcept = default;
         reference operator*() const noexcept { return m_slots[*m_place]; }
         pointer operator->() const noexcept { return &**this; }
-        const_iterator& operator++() noexcept {
+        Iterator& operator++() noexcept {
             ++m_place;
             return *this;
         }
-        const_iterator operator++(int) noexcept { return const_iterator(m_slots, m_place++); }
-        friend bool operator==(const const_iterator& a, const const_iterator& b) noexcept {
+        Iterator operator++(int) noexcept { return Iterator(m_slots, m_place++); }
+        friend bool operator==(const Iterator& a, const Iterator& b) noexcept {
             return a.m_place == b.m_place;
         }
 
     private:
         friend class MemberMap;
-        const_iterator(pointer slots, const unsigned int* place) noexcept
+        Iterator(pointer slots, const unsigned int* place) noexcept
             : m_slots(slots), m_place(place) {}
 
         pointer m_slots = nullptr;
         const unsigned int* m_place = nullptr;
     };
+
+    using const_iterator = Iterator;
 
     MemberMap() noexcept = default;
     /// The members of a standard map, in its order.
