@@ -1,7 +1,8 @@
 #include "core/main/serialize/StringTableReader.h"
 
 #include <cstring>
-#include <new>
+
+#include "lumsys/Memory.h"
 
 namespace lum::core {
 
@@ -11,16 +12,23 @@ StringTableReader::Strings::~Strings() {
     }
 }
 
-template <typename Make>
-void StringTableReader::Strings::Append(Make make) {
-    if (m_size == m_blocks.size() * kBlockSize) {
-        m_blocks.push_back(std::make_unique_for_overwrite<Block>());
+void StringTableReader::Strings::Reserve(std::size_t count) {
+    const std::size_t blockCount = (m_size + count + kBlockSize - 1) / kBlockSize;
+    if (blockCount <= m_blocks.size()) {
+        return;
     }
-    new (m_blocks.back()->GetPlace(m_size % kBlockSize)) TStringCore(make());
-    ++m_size;
+    const std::size_t newCount = blockCount - m_blocks.size();
+    m_blocks.reserve(blockCount);
+    m_memory.push_back(std::make_unique_for_overwrite<Block[]>(newCount));
+    Block* const blocks = m_memory.back().get();
+    lumsys::AdviseLargePages(blocks, newCount * sizeof(Block));
+    for (std::size_t i = 0; i < newCount; ++i) {
+        m_blocks.push_back(blocks + i);
+    }
 }
 
 StringTableReader::StringTableReader() {
+    m_strings.Reserve(1);
     m_strings.Append([] { return TStringCore(); });
 }
 
@@ -37,19 +45,18 @@ void StringTableReader::AppendPayloadStrings(BinaryBufferReader& indices,
     auto start = indices.Read<unsigned int>();
     const uint64 offsetCount = indices.GetRemaining() / sizeof(start);
     const auto* offset = indices.ReadPointer<unsigned char>(offsetCount * sizeof(start));
+    const auto append = [this, &strings](buffersize_t length) {
+        m_strings.Append([&] { return strings.ReadStringBytes(length); });
+    };
+    m_strings.Reserve(offsetCount + 1);
     for (uint64 i = 0; i < offsetCount; ++i, offset += sizeof(start)) {
         unsigned int end = 0;
         std::memcpy(&end, offset, sizeof(end));
-        AppendText(strings, end - start);
+        append(end - start);
         start = end;
     }
     // Fewer bytes than an offset has are refused.
-    AppendText(strings,
-               (indices.IsAtEnd() ? strings.GetLength() : indices.Read<unsigned int>()) - start);
-}
-
-void StringTableReader::AppendText(BinaryBufferReader& strings, buffersize_t length) {
-    m_strings.Append([&] { return strings.ReadStringBytes(length); });
+    append((indices.IsAtEnd() ? strings.GetLength() : indices.Read<unsigned int>()) - start);
 }
 
 }  // namespace lum::core

@@ -44,9 +44,15 @@ private:
         const TStringCore& operator[](std::size_t index) const noexcept {
             return m_blocks[index / kBlockSize]->GetPlace(index % kBlockSize)[0];
         }
-        // Builds the next string in its place as what `make` gives.
+        // Makes room for `count` more strings, at once: those of a payload are in one piece of
+        // memory.
+        void Reserve(std::size_t count);
+        // Builds the next string in its place as what `make` gives. There must be room.
         template <typename Make>
-        void Append(Make make);
+        void Append(Make make) {
+            new (m_blocks[m_size / kBlockSize]->GetPlace(m_size % kBlockSize)) TStringCore(make());
+            ++m_size;
+        }
 
     private:
         static constexpr std::size_t kBlockSize = 256;
@@ -59,12 +65,10 @@ private:
             alignas(TStringCore) std::byte bytes[kBlockSize * sizeof(TStringCore)];
         };
 
-        std::vector<std::unique_ptr<Block>> m_blocks;
+        std::vector<std::unique_ptr<Block[]>> m_memory;
+        std::vector<Block*> m_blocks;  // All of them, one after the other.
         std::size_t m_size = 0;
     };
-
-    // The next `length` bytes as a text.
-    void AppendText(BinaryBufferReader& strings, buffersize_t length);
 
     Strings m_strings;
 };
