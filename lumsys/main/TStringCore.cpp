@@ -82,7 +82,7 @@ TStringCore TStringCore::fromUtf8(const char* bytes, std::size_t count) {
     if (std::endian::native == std::endian::little && count <= kInlineCapacity) {
         const ShortBytes units = LoadShort(bytes, count);
         if (((units.low | units.high) & 0x8080808080808080) == 0) {
-            return fromWords(Widen(units.low & 0xFFFFFFFF), Widen(units.low >> 32),
+            return FromWords(Widen(units.low & 0xFFFFFFFF), Widen(units.low >> 32),
                              Widen(units.high), count);
         }
     }

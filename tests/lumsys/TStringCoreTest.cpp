@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdint>
-#include <cstring>
 #include <iterator>
 #include <limits>
 #include <sstream>
@@ -166,16 +164,21 @@ TEST(TStringCoreTest, ShortTextAndCopiesTakeNoMemory) {
     EXPECT_EQ(another.GetCount(), 1u);
 }
 
-TEST(TStringCoreTest, IsMadeOfWords) {
-    const std::u16string_view units = u"twelve\u00e9units"sv;
-    for (std::size_t count = 0; count <= units.size(); ++count) {
-        char16_t padded[12] = {};
-        units.copy(padded, count);
-        std::uint64_t words[3];
-        std::memcpy(words, padded, sizeof(padded));
-        const TStringCore text = TStringCore::fromWords(words[0], words[1], words[2], count);
-        EXPECT_EQ(text, TStringCore(units.data(), count));
-        EXPECT_EQ(text.view(), units.substr(0, count));
+// Plain text and text with one other character in each place, of all lengths about that of a
+// handle.
+TEST(TStringCoreTest, ReadsShortUtf8) {
+    for (std::size_t count = 0; count <= 14; ++count) {
+        const std::string plain = std::string("twelve units, ").substr(0, count);
+        const TStringCore text = TStringCore::fromUtf8(plain);
+        EXPECT_EQ(text, TStringCore(std::u16string(plain.begin(), plain.end())));
+        EXPECT_EQ(text.toStdString(), plain);
+        for (std::size_t i = 0; i < count; ++i) {
+            std::u16string units(plain.begin(), plain.end());
+            units[i] = u'\u00e9';
+            std::string bytes = plain;
+            bytes.replace(i, 1, "\u00e9");
+            EXPECT_EQ(TStringCore::fromUtf8(bytes), TStringCore(units)) << bytes;
+        }
     }
 }
 

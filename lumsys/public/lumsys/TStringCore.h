@@ -86,18 +86,6 @@ public:
     /// The text of UTF-8 bytes. Each maximal invalid part becomes U+FFFD; zeros are ordinary.
     static TStringCore fromUtf8(const char* bytes, std::size_t count);
     static TStringCore fromUtf8(const std::string& bytes);
-    /// The text of `count` units, at most kInlineCapacity, that stand in three words as they would
-    /// in memory; those behind them are 0.
-    static TStringCore fromWords(std::uint64_t first, std::uint64_t second, std::uint64_t third,
-                                 std::size_t count) noexcept {
-        static_assert(kInlineCapacity == 12);
-        TStringCore text;
-        std::memcpy(text.m_inline, &first, sizeof(first));
-        std::memcpy(text.m_inline + 4, &second, sizeof(second));
-        std::memcpy(text.m_inline + 8, &third, sizeof(third));
-        text.m_length = static_cast<std::uint32_t>(count);
-        return text;
-    }
     /// The text as UTF-8; a lone surrogate becomes U+FFFD.
     std::string toStdString() const;
 
@@ -235,6 +223,18 @@ private:
     }
     [[noreturn]] static void ThrowTooLong();
 
+    /// The text of `count` units, at most kInlineCapacity, that stand in three words as they would
+    /// in memory; those behind them are 0.
+    static TStringCore FromWords(std::uint64_t first, std::uint64_t second, std::uint64_t third,
+                                 std::size_t count) noexcept {
+        static_assert(kInlineCapacity == 12);
+        TStringCore text;
+        std::memcpy(text.m_inline, &first, sizeof(first));
+        std::memcpy(text.m_inline + 4, &second, sizeof(second));
+        std::memcpy(text.m_inline + 8, &third, sizeof(third));
+        text.m_length = static_cast<std::uint32_t>(count);
+        return text;
+    }
     void CopyBits(const TStringCore& other) noexcept {
         std::memcpy(static_cast<void*>(this), static_cast<const void*>(&other), sizeof(*this));
     }
