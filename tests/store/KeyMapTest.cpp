@@ -29,7 +29,10 @@ TEST(KeyMapTest, FactoriesTakeMembersOver) {
     const SV one = factory::MakeInt32(1);
     const SV map = factory::MakeKeyMap(std::make_unique<Members>(Members{{L"a", one}}));
     EXPECT_EQ(map->AsKeyMap().GetValue(L"a"), one);
-    EXPECT_LUM_REPORT(NullArgument, "", "(value) != nullptr", MakeMap({{L"a", nullptr}}));
+    Members refused{{L"a", one}, {L"b", nullptr}};
+    EXPECT_LUM_REPORT(NullArgument, "", "(value) != nullptr",
+                      factory::MakeKeyMap(std::move(refused)));
+    EXPECT_EQ(refused.at(L"a"), one);
 }
 
 TEST(KeyMapTest, Reads) {

@@ -8,9 +8,11 @@
 namespace lum::core {
 
 MemberMap::MemberMap(std::unordered_map<RInternString, SV>&& members) : MemberMap() {
+    for (const auto& member : members) {
+        CheckValue(member.second);
+    }
     Reserve(members.size());
     for (auto& [name, value] : members) {
-        CheckValue(value);
         Put(FindPlace(name), name, std::move(value));
     }
     members.clear();
