@@ -54,6 +54,15 @@ ShortBytes LoadShort(const char* bytes, std::size_t count) noexcept {
     return {low, 0};
 }
 
+TStringCore DecodeUtf8(const char* bytes, std::size_t count) {
+    TStringCore text;
+    AppendUtf8(text, bytes, count);
+    if (text.length() <= TStringCore::kInlineCapacity && count > TStringCore::kInlineCapacity) {
+        text = TStringCore(text.data(), text.length());  // Fewer units than bytes: it fits inline.
+    }
+    return text;
+}
+
 /// Four bytes, each in 16 bits.
 std::uint64_t Widen(std::uint64_t bytes) noexcept {
     bytes = (bytes | bytes << 16) & 0x0000FFFF0000FFFF;
@@ -86,12 +95,7 @@ TStringCore TStringCore::fromUtf8(const char* bytes, std::size_t count) {
                              Widen(units.high), count);
         }
     }
-    TStringCore text;
-    AppendUtf8(text, bytes, count);
-    if (text.m_shared != 0 && text.length() <= kInlineCapacity) {
-        return TStringCore(text.data(), text.length());  // Fewer units than bytes: it fits inline.
-    }
-    return text;
+    return DecodeUtf8(bytes, count);
 }
 
 TStringCore TStringCore::fromUtf8(const std::string& bytes) {

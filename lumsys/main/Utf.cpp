@@ -102,23 +102,27 @@ bool IsAsciiWord(const unsigned char* bytes) noexcept {
 
 void AppendUtf8(TStringCore& text, const char* bytes, std::size_t count) {
     const auto* in = reinterpret_cast<const unsigned char*>(bytes);
+    const auto* const end = in + count;
     // A byte gives at most one unit: four bytes give two, and an invalid part has at least one
     // byte.
     char16_t* const start = text.prepareAppend(count);
     char16_t* out = start;
-    while (count != 0) {
-        if (count >= kWord && IsAsciiWord(in)) {
+    const bool hasWord = count >= kWord;
+    while (in != end) {
+        const auto left = static_cast<std::size_t>(end - in);
+        if (left >= kWord && IsAsciiWord(in)) {
             out = std::copy(in, in + kWord, out);
             in += kWord;
-            count -= kWord;
+        } else if (left < kWord && hasWord && IsAsciiWord(end - kWord)) {
+            // The last word begins among bytes that are done, and writes their units once more.
+            out = std::copy(end - kWord, end, out + left - kWord);
+            in = end;
         } else if (in[0] < 0x80) {
             *out++ = *in++;
-            --count;
         } else {
-            const Decoded decoded = DecodeUtf8(in, count);
+            const Decoded decoded = DecodeUtf8(in, left);
             out = WriteCodePoint(decoded.code, out);
             in += decoded.bytes;
-            count -= decoded.bytes;
         }
     }
     text.commitAppend(static_cast<std::size_t>(out - start));
@@ -140,11 +144,13 @@ void AppendWide(TStringCore& text, const wchar_t* characters, std::size_t count)
 }
 
 std::string ToUtf8(const char16_t* units, std::size_t count) {
+    // So much at once that it is still at hand when it is read for the second time.
+    constexpr std::size_t kNear = 4096;
     std::string bytes;
     bytes.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
         if (units[i] < 0x80) {
-            const std::size_t run = CountAscii(units + i, count - i);
+            const std::size_t run = CountAscii(units + i, std::min(count - i, kNear));
             const std::size_t start = bytes.size();
             bytes.resize(start + run);
             std::transform(units + i, units + i + run, bytes.data() + start,

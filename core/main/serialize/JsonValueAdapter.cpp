@@ -28,6 +28,17 @@ namespace {
     return *real;
 }
 
+// JsonCpp takes the values of an array from the heap one after another, each two or three lines
+// behind the one before, so a walk over a long one waits for memory, and for each page of it the
+// longer. An address at which there is nothing does no harm.
+void FetchAhead(const Json::Value& value) {
+    constexpr std::size_t kAhead = 16 << 10;  // About a hundred values.
+    constexpr std::size_t kLine = 64;
+    const char* const ahead = reinterpret_cast<const char*>(&value) + kAhead;
+    __builtin_prefetch(ahead);
+    __builtin_prefetch(ahead + kLine);
+}
+
 }  // namespace
 
 // Values ------------------------------------------------------------------------------------------
@@ -142,6 +153,7 @@ T JsonValueIteratorAdapter<T>::Get() {
 template <typename T>
 void JsonValueIteratorAdapter<T>::MoveNext() {
     LUM_CHECK(!m_isAtEnd, LumError::IteratorOutOfBounds);
+    FetchAhead(*m_position);
     ++m_position;
     m_isAtEnd = m_position == m_end;
     if (m_item.use_count() == 1 && !m_isAtEnd) {
