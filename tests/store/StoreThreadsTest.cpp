@@ -17,6 +17,7 @@
 #include "lum/core/store/StoreTypeDispatcher.h"
 #include "lum/core/store/TableFactory.h"
 #include "lum/core/types/ScalarTypes.h"
+#include "lum/core/types/StringType.h"
 #include "tests/support/CollatorPoolGuard.h"
 #include "tests/support/ColumnForms.h"
 #include "tests/support/ColumnText.h"
@@ -121,6 +122,25 @@ TEST(StoreThreadsTest, SetsLookColumnsUp) {
         return count;
     });
     EXPECT_EQ(found, 4 * kCount / 2);
+}
+
+TEST(StoreThreadsTest, SetsLookStringsUp) {
+    const test::CollatorPoolGuard pool;
+    auto values = std::make_unique<SetContainer<RIndirectString>>();
+    for (unsigned value = 0; value < 600; value += 2) {
+        values->insert(TStringCore::number(value));
+    }
+    const SV value =
+        factory::MakeSet<RIndirectString>(StringType::Get(), std::move(values), nullptr);
+    const auto& set = value->AsTypedSet<RIndirectString>();
+    const int found = OneAnswer([&] {
+        int count = 0;
+        for (unsigned wanted = 0; wanted < 3000; ++wanted) {
+            count += set.Contains(TStringCore::number(wanted % 1000)) ? 1 : 0;
+        }
+        return count;
+    });
+    EXPECT_EQ(found, 3 * 300);
 }
 
 }  // namespace

@@ -9,10 +9,6 @@ namespace {
 
 // How many buckets beyond its home a value may stand.
 constexpr unsigned kFarthest = 16;
-// A table costs as much as some look-ups of each of its values in the container. So it is made when
-// many times as many were asked for, and when it is no matter.
-constexpr uint64 kFewestCells = 1024;
-constexpr uint64 kTimesOfItsSize = 8;
 // Bytes; what is larger is worth a word to the memory in advance.
 constexpr uint64 kNearMemory = 256 << 10;
 // How many look-ups wait for memory together.
@@ -60,16 +56,6 @@ ProbeTable<T>::ProbeTable(const SetContainer<T>& values) {
 }
 
 template <StorageType T>
-uint64 ProbeTable<T>::HomeOf(T value) const noexcept {
-    // Two rounds of a multiplicative hash (Knuth, 1973), since regular distances between values
-    // could fall together in one.
-    uint64 hash = uint64{value} * 0x9E3779B97F4A7C15ull;
-    hash ^= hash >> 32;
-    hash *= 0xD6E8FEB86659FD93ull;
-    return hash >> m_shift;
-}
-
-template <StorageType T>
 bool ProbeTable<T>::Place(T value, std::vector<unsigned char>& counts) {
     uint64 bucket = HomeOf(value);
     for (unsigned distance = 0; distance <= kFarthest; ++distance) {
@@ -95,8 +81,7 @@ bool ProbeTable<T>::FindBeyond(T value) const noexcept {
     uint64 bucket = HomeOf(value);
     while (m_buckets[bucket].IsPassed()) {
         bucket = (bucket + 1) & (m_buckets.size() - 1);
-        const T* const stored = m_buckets[bucket].values;
-        if (std::find(stored, stored + kRoom, value) != stored + kRoom) {
+        if (m_buckets[bucket].Has(value)) {
             return true;
         }
     }
@@ -117,13 +102,11 @@ void ProbeTable<T>::FindBlock(const T* values, unsigned char* out, uint64 count)
     uint64 leftOverCount = 0;
     for (uint64 i = 0; i < count; ++i) {
         const Bucket& home = buckets[HomeOf(values[i])];
-        int isFound = 0;
-        for (const T stored : home.values) {
-            isFound |= static_cast<int>(stored == values[i]);
-        }
-        out[i] = static_cast<unsigned char>(isFound);
+        const bool isFound = home.Has(values[i]);
+        out[i] = isFound ? 1 : 0;
         leftOver[leftOverCount] = i;
-        leftOverCount += static_cast<uint64>(static_cast<int>(home.IsPassed()) & (isFound ^ 1));
+        leftOverCount +=
+            static_cast<uint64>(static_cast<int>(home.IsPassed()) & static_cast<int>(!isFound));
     }
     for (uint64 i = 0; i < leftOverCount; ++i) {
         out[leftOver[i]] = FindBeyond(values[leftOver[i]]) ? 1 : 0;
@@ -140,53 +123,7 @@ void ProbeTable<T>::Find(const T* values, unsigned char* out, uint64 count) cons
     }
 }
 
-namespace {
-
-// The container's own look-up in steps, each of which waits for memory once for a block of values.
-template <StorageType T>
-void FindInContainer(const SetContainer<T>& members, const T* values, unsigned char* out,
-                     uint64 count) {
-    using Place = typename SetContainer<T>::const_local_iterator;
-    std::size_t buckets[kBlock];
-    Place places[kBlock];
-    for (uint64 i = 0; i < count; ++i) {
-        buckets[i] = members.bucket(values[i]);
-    }
-    for (uint64 i = 0; i < count; ++i) {
-        places[i] = members.begin(buckets[i]);
-    }
-    for (uint64 i = 0; i < count; ++i) {
-        const Place end = members.end(buckets[i]);
-        out[i] = std::find(places[i], end, values[i]) != end ? 1 : 0;
-    }
-}
-
-}  // namespace
-
-template <StorageType T>
-void NumberLookup<T>::Find(const SetContainer<T>& members, const T* values, unsigned char* out,
-                           uint64 count) {
-    if (const ProbeTable<T>* const table = GetTable(members, count)) {
-        return table->Find(values, out, count);
-    }
-    for (uint64 start = 0; start < count; start += kBlock) {
-        FindInContainer(members, values + start, out + start, std::min(count - start, kBlock));
-    }
-}
-
-template <StorageType T>
-const ProbeTable<T>* NumberLookup<T>::GetTable(const SetContainer<T>& members, uint64 count) {
-    const uint64 asked = m_askedCount.fetch_add(count, std::memory_order_relaxed) + count;
-    if (asked < std::max(kFewestCells, kTimesOfItsSize * members.size())) {
-        return nullptr;
-    }
-    std::call_once(m_flag, [&] { m_table.emplace(members); });
-    return m_table->IsUsable() ? &*m_table : nullptr;
-}
-
 template class ProbeTable<unsigned int>;
 template class ProbeTable<unsigned long long>;
-template class NumberLookup<unsigned int>;
-template class NumberLookup<unsigned long long>;
 
 }  // namespace lum::core

@@ -1,9 +1,5 @@
 #pragma once
 
-#include <atomic>
-#include <mutex>
-#include <optional>
-#include <type_traits>
 #include <vector>
 
 #include "lum/core/store/Containers.h"
@@ -26,6 +22,9 @@ namespace lum::core {
 template <StorageType T>
 class ProbeTable {
 public:
+    /// How many look-ups of each value in the container pay for the table.
+    static constexpr uint64 kCost = 8;
+
     /// Cost: O(values), and from 2 to 8 times the size of a value for each of them.
     explicit ProbeTable(const SetContainer<T>& values);
 
@@ -40,9 +39,24 @@ private:
     struct alignas(kRoom * sizeof(T)) Bucket {
         T values[kRoom];
         bool IsPassed() const noexcept { return values[0] > values[1]; }
+        // Without a branch for each, which nobody could foresee.
+        bool Has(T value) const noexcept {
+            int isFound = 0;
+            for (const T stored : values) {
+                isFound |= static_cast<int>(stored == value);
+            }
+            return isFound != 0;
+        }
     };
 
-    uint64 HomeOf(T value) const noexcept;
+    uint64 HomeOf(T value) const noexcept {
+        // Two rounds of a multiplicative hash (Knuth, 1973), since regular distances between values
+        // could fall together in one.
+        uint64 hash = uint64{value} * 0x9E3779B97F4A7C15ull;
+        hash ^= hash >> 32;
+        hash *= 0xD6E8FEB86659FD93ull;
+        return hash >> m_shift;
+    }
     bool Place(T value, std::vector<unsigned char>& counts);
     /// Find for as many as are looked up together.
     template <bool kPrefetches>
@@ -56,32 +70,7 @@ private:
     bool m_areMembers[2] = {};
 };
 
-/// Look-ups of many values in a set of numbers, by a table once it is worth while to make one.
-///
-/// Threads: any.
-template <StorageType T>
-class NumberLookup {
-public:
-    /// As ProbeTable::Find. `members` are the same at every call.
-    void Find(const SetContainer<T>& members, const T* values, unsigned char* out, uint64 count);
-
-private:
-    /// Null as long as so few values were looked up that a table would cost more, those of now
-    /// included; and for good if the table is not usable.
-    const ProbeTable<T>* GetTable(const SetContainer<T>& members, uint64 count);
-
-    std::atomic<uint64> m_askedCount{0};
-    std::once_flag m_flag;  // Guards the making of the table.
-    std::optional<const ProbeTable<T>> m_table;
-};
-
-template <StorageType T>
-inline constexpr bool kHasNumberLookup =
-    std::is_same_v<T, unsigned int> || std::is_same_v<T, unsigned long long>;
-
 extern template class ProbeTable<unsigned int>;
 extern template class ProbeTable<unsigned long long>;
-extern template class NumberLookup<unsigned int>;
-extern template class NumberLookup<unsigned long long>;
 
 }  // namespace lum::core

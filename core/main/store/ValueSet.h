@@ -6,7 +6,7 @@
 #include <type_traits>
 #include <unordered_set>
 
-#include "core/main/store/ProbeTable.h"
+#include "core/main/store/SetLookup.h"
 #include "lum/core/store/Containers.h"
 #include "lum/core/store/IStoreCollection.h"
 #include "lum/core/store/IStoreSet.h"
@@ -80,7 +80,6 @@ public:
 
 private:
     class SetStoreValueIterator;
-    struct NoLookup {};
 
     class SpecialKindIterableImpl final : public SpecialKindIterable {
     public:
@@ -112,8 +111,7 @@ private:
     const SpecialKindIterableImpl m_kindIterable;
     mutable std::once_flag m_iterableFlag;  // Guards the making of the iterable.
     mutable std::unique_ptr<StoreValueIterableImpl> m_iterable;
-    [[no_unique_address]] mutable std::conditional_t<kHasNumberLookup<T>, NumberLookup<T>, NoLookup>
-        m_lookup;
+    [[no_unique_address]] mutable SetLookup<T> m_lookup;
 };
 
 }  // namespace lum::core

@@ -222,20 +222,13 @@ SV ValueSet<T>::WithoutSpecials() const {
 
 template <StorageType T>
 bool ValueSet<T>::Contains(const T& value) const {
-    return m_values->find(value) != m_values->end();
+    return m_lookup.Contains(*m_values, value);
 }
 
 template <StorageType T>
 void ValueSet<T>::ContainsEach(ArrayView<const T> values, ArrayView<unsigned char> out) const {
     LUM_CHECK(out.GetSize() >= values.GetSize(), LumError::OutOfBounds);
-    const uint64 count = values.GetSize();
-    if constexpr (kHasNumberLookup<T>) {
-        m_lookup.Find(*m_values, values.GetData(), out.GetData(), count);
-    } else {
-        for (uint64 i = 0; i < count; ++i) {
-            out.GetData()[i] = Contains(values.GetData()[i]) ? 1 : 0;
-        }
-    }
+    m_lookup.ContainsEach(*m_values, values.GetData(), out.GetData(), values.GetSize());
 }
 
 template <StorageType T>

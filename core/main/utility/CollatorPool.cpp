@@ -19,6 +19,7 @@ public:
         return TStringCore::compare(a, b, CaseSensitivity::Sensitive);
     }
     uint64 Hash(const RIndirectString& text) const override { return text.GetRString().hash(); }
+    bool IsExact() const override { return true; }
 
 private:
     const Collation m_collation;

@@ -7,6 +7,7 @@
 #include <memory>
 #include <vector>
 
+#include "core/main/utility/UnitHash.h"
 #include "lum/core/utility/LumSize.h"
 #include "lum/core/utility/LumString.h"
 #include "lumsys/TReadWriteLock.h"
@@ -52,16 +53,16 @@ private:
         std::unique_ptr<Slot[]> slots;
     };
 
-    // The hash of this table alone, which is made for names of a few words: a third of the time of
-    // the block hash.
-    unsigned int HashUnits(const char16_t* units, std::size_t count) const;
+    unsigned int Hash(const char16_t* units, std::size_t count) const {
+        return static_cast<unsigned int>(m_hash(units, count));
+    }
     template <typename IsText>
     static const Slot* Find(const Index& index, unsigned int hash, IsText isText);
     static void Insert(Index& index, unsigned int hash, unsigned int id, const TStringCore* text);
     Entry Add(unsigned int hash, const TStringCore& text);
     void GrowIndex();
 
-    const uint64 m_seed;  // Of the hashes.
+    const UnitHash m_hash;
     std::atomic<uint64> m_nextId{0};
     // Always one slot longer than there are ids. Elements never move.
     tbb::concurrent_vector<TStringCore> m_strings;

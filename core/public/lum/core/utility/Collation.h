@@ -53,6 +53,9 @@ public:
     virtual int Compare(const RIndirectString& a, const RIndirectString& b) const = 0;
     /// Strings that compare equal hash equal.
     virtual uint64 Hash(const RIndirectString& text) const = 0;
+    /// Whether only strings of the same code units compare equal. Sets of strings are then free to
+    /// find their members without Compare and Hash.
+    virtual bool IsExact() const { return false; }
 };
 
 /// Finds the collator of a collation.
@@ -85,6 +88,8 @@ public:
     explicit CollatorEqualTo(const Collation& collation) : m_collator(&collation.GetCollator()) {}
 
     const Collation& GetCollation() const { return m_collator->GetCollation(); }
+    /// That of the collator.
+    bool IsExact() const { return m_collator->IsExact(); }
     bool operator()(const RIndirectString& a, const RIndirectString& b) const {
         return m_collator->Compare(a, b) == 0;
     }

@@ -1,16 +1,20 @@
-// Look-ups of a column of values, which sets of numbers answer from a table of their own.
+// Look-ups in sets, which those of numbers and of strings answer from tables of their own once they
+// were asked much.
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "lum/core/store/IStoreSet.h"
 #include "lum/core/store/SetFactory.h"
 #include "lum/core/store/StoreValue.h"
 #include "lum/core/types/ScalarTypes.h"
+#include "lum/core/types/StringType.h"
 #include "tests/support/CollatorPoolGuard.h"
 #include "tests/support/ColumnText.h"
+#include "tests/support/FoldingCollatorPool.h"
 #include "tests/support/LumErrorMatchers.h"
 #include "tests/support/Random.h"
 
@@ -64,7 +68,7 @@ void CheckSetOfSize(std::size_t size, test::Random& random) {
     ExpectSameAnswers(SetOf(members), wanted);
 }
 
-TEST(SetContainsEachTest, AnswersAsContainsDoes) {
+TEST(SetLookupTest, AnswersAsContainsDoes) {
     test::Random random;
     SCOPED_TRACE(random.Trace());
     for (const std::size_t size : {0u, 1u, 2u, 5u, 64u, 1000u, 3000u, 20000u, 40000u}) {
@@ -92,7 +96,7 @@ std::vector<unsigned long long> CollidingNumbers(unsigned long long count) {
     return numbers;
 }
 
-TEST(SetContainsEachTest, NumbersMadeToCollide) {
+TEST(SetLookupTest, NumbersMadeToCollide) {
     // Few of them overflow into the places behind their own, many leave the set without a table.
     for (const unsigned long long count : {6u, 40u, 2000u}) {
         SCOPED_TRACE(count);
@@ -104,18 +108,64 @@ TEST(SetContainsEachTest, NumbersMadeToCollide) {
     }
 }
 
-TEST(SetContainsEachTest, OtherMembersAreFoundOneByOne) {
-    const test::CollatorPoolGuard pool;
+/// Texts that stand in their object and texts that do not, of which some differ in case alone.
+RIndirectString MakeText(test::Random& random, std::size_t variety) {
+    const std::size_t seed = random.Below(variety);
+    const char16_t first = random.Below(2) == 0 ? u'a' : u'A';
+    std::u16string units(seed % 40, static_cast<char16_t>(first + seed % 26));
+    if (units.size() > 3) {
+        units[units.size() / 2] = static_cast<char16_t>(seed);
+    }
+    return TStringCore(units);
+}
+
+/// As many look-ups, alone and together, as pass the moment at which a set makes a table.
+void ExpectStringsAreFound(const Type* type, std::size_t size, test::Random& random) {
+    SetContainer<RIndirectString> members(0, CollatorHash(type->As<StringType>().GetCollation()),
+                                          CollatorEqualTo(type->As<StringType>().GetCollation()));
+    for (std::size_t i = 0; i < size; ++i) {
+        members.insert(MakeText(random, 4 * size));
+    }
+    std::vector<RIndirectString> wanted;
+    Bytes expected;
+    for (std::size_t i = 0; i < size + 600; ++i) {
+        wanted.push_back(MakeText(random, 4 * size + 1));
+        expected.push_back(members.count(wanted.back()) != 0 ? 1 : 0);
+    }
+    const SV value = factory::MakeSet<RIndirectString>(
+        type, std::make_unique<SetContainer<RIndirectString>>(members), nullptr);
+    const auto& set = value->AsTypedSet<RIndirectString>();
+    for (int round = 0; round < 4; ++round) {
+        Bytes each;
+        std::transform(wanted.begin(), wanted.end(), std::back_inserter(each),
+                       [&](const RIndirectString& text) { return set.Contains(text) ? 1 : 0; });
+        EXPECT_EQ(each, expected);
+        Bytes together(wanted.size());
+        set.ContainsEach(wanted, together);
+        EXPECT_EQ(together, expected);
+    }
+}
+
+TEST(SetLookupTest, StringsByTheirCollation) {
+    const test::CollatorPoolGuard pool(std::make_shared<test::FoldingCollatorPool>());
+    test::Random random;
+    SCOPED_TRACE(random.Trace());
+    for (const RInternString& locale : {RInternString(L"ROOT"), RInternString(L"fold")}) {
+        SCOPED_TRACE(locale.GetValue().toStdString());
+        for (const std::size_t size : {0u, 1u, 500u, 5000u}) {
+            ExpectStringsAreFound(StringType::Get(Collation(locale)), size, random);
+        }
+    }
+}
+
+TEST(SetLookupTest, OtherMembersAreFoundOneByOne) {
     Bytes out(2);
-    const std::vector<RIndirectString> wanted{L"other", L"member"};
-    test::SetOf("s: member")->AsTypedSet<RIndirectString>().ContainsEach(wanted, out);
-    EXPECT_EQ(out, (Bytes{0, 1}));
     const Bytes cells{1, 0};
     test::SetOf("b: true")->AsTypedSet<unsigned char>().ContainsEach(cells, out);
     EXPECT_EQ(out, (Bytes{1, 0}));
 }
 
-TEST(SetContainsEachTest, RoomForAllAnswersIsNeeded) {
+TEST(SetLookupTest, RoomForAllAnswersIsNeeded) {
     const std::vector<unsigned> wanted{1, 1};
     Bytes out(1, 9);
     EXPECT_LUM_REPORT(OutOfBounds, "", "(out.GetSize() >= values.GetSize())",
