@@ -16,12 +16,12 @@
 #include <vector>
 
 #include "fuzz/FuzzAssert.h"
+#include "fuzz/QuietLog.h"
 #include "lum/core/serialize/BinaryProtocolCreator.h"
 #include "lum/core/serialize/BinaryProtocolReader.h"
 #include "lum/core/store/ExternalTypeRegistry.h"
 #include "lum/core/utility/Collation.h"
 #include "lum/core/utility/LumException.h"
-#include "lum/core/utility/LumLog.h"
 #include "tests/support/AnyLocalePool.h"
 #include "tests/support/PayloadBytes.h"
 #include "tests/support/PayloadWalk.h"
@@ -34,10 +34,7 @@ using lum::test::PayloadBytes;
 using lum::test::PayloadWalk;
 
 bool SetUp() {
-    // Refusals are the ordinary case here.
-    SetLumLogger(std::make_shared<LumLogger>(
-        LumLogger::WideSink(), [](LumLogLevel, const TStringCore&) {},
-        [](LumLogLevel) { return false; }));
+    lumfuzz::SilenceLog();
     SetCollatorPool(std::make_shared<lum::test::AnyLocalePool>());
     RegisterExternalType(
         61, L"kind", [](const ValueExternal&) { return std::vector<unsigned char>(); },

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "fuzz/FuzzAssert.h"
+#include "fuzz/QuietLog.h"
 #include "lum/core/serialize/BinaryProtocolCreator.h"
 #include "lum/core/serialize/BinaryProtocolReader.h"
 #include "lum/core/serialize/StoreValueBinarySerializer.h"
@@ -20,7 +21,6 @@
 #include "lum/core/store/ExternalTypeRegistry.h"
 #include "lum/core/store/IDataStore.h"
 #include "lum/core/utility/LumException.h"
-#include "lum/core/utility/LumLog.h"
 #include "tests/support/ExactText.h"
 #include "tests/support/FoldingCollatorPool.h"
 #include "tests/support/PayloadBytes.h"
@@ -47,10 +47,7 @@ private:
 };
 
 bool SetUp() {
-    // Refusals are the ordinary case here.
-    SetLumLogger(std::make_shared<LumLogger>(
-        LumLogger::WideSink(), [](LumLogLevel, const TStringCore&) {},
-        [](LumLogLevel) { return false; }));
+    lumfuzz::SilenceLog();
     SetCollatorPool(std::make_shared<lum::test::FoldingCollatorPool>());
     RegisterExternalType(
         62, L"bytes",

@@ -12,11 +12,11 @@
 #include "PayloadBuffers.h"
 #include "PayloadDump.h"
 #include "fuzz/FuzzAssert.h"
+#include "fuzz/QuietLog.h"
 #include "lum/core/serialize/BinaryProtocolReader.h"
 #include "lum/core/serialize/StoreValueParser.h"
 #include "lum/core/store/IDataStore.h"
 #include "lum/core/utility/LumException.h"
-#include "lum/core/utility/LumLog.h"
 #include "tests/support/FoldingCollatorPool.h"
 
 namespace {
@@ -24,10 +24,7 @@ namespace {
 using namespace lum::core;  // NOLINT(google-build-using-namespace): a target is a small program.
 
 bool SetUp() {
-    // Refusals are the ordinary case here.
-    SetLumLogger(std::make_shared<LumLogger>(
-        LumLogger::WideSink(), [](LumLogLevel, const TStringCore&) {},
-        [](LumLogLevel) { return false; }));
+    lumfuzz::SilenceLog();
     SetCollatorPool(std::make_shared<lum::test::FoldingCollatorPool>());
     return true;
 }

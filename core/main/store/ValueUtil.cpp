@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <bit>
+#include <typeinfo>
 #include <utility>
 
+#include "core/main/store/ValueArray.h"
 #include "core/main/store/ValueCompositeArray.h"
 #include "lum/core/Check.h"
 #include "lum/core/store/ArrayAdapter.h"
@@ -44,9 +46,16 @@ SV MakeStringOfType(const Type* type, const RIndirectString& value) {
                              : factory::MakeString(value, type->As<StringType>().GetCollation());
 }
 
-/// Puts the elements behind `values`, which has room for them.
+/// The column as its own class, calls to which are direct; null for one of another form.
 template <StorageType T>
-void AppendValues(const ITypedArray<T>& array, std::vector<T>& values) {
+const ValueArray<T>* TryAsStored(const StoreValue& column) {
+    return typeid(column) == typeid(ValueArray<T>) ? static_cast<const ValueArray<T>*>(&column)
+                                                   : nullptr;
+}
+
+/// Puts the elements behind `values`, which has room for them.
+template <typename Array, StorageType T>
+void AppendValues(const Array& array, std::vector<T>& values) {
     const lumsize_t count = array.GetCount();
     if (array.IsConstant()) {
         values.insert(values.end(), count, array.GetValueUnchecked(0));
@@ -61,8 +70,8 @@ void AppendValues(const ITypedArray<T>& array, std::vector<T>& values) {
     }
 }
 
-template <StorageType T>
-void AppendKinds(const ITypedArray<T>& array, std::vector<SpecialKind>& kinds) {
+template <typename Array>
+void AppendKinds(const Array& array, std::vector<SpecialKind>& kinds) {
     const lumsize_t count = array.GetCount();
     const std::size_t start = kinds.size();
     kinds.resize(start + count, SpecialKind::Normal);
@@ -77,8 +86,13 @@ SV CopyTogether(const std::vector<SV>& arrays, std::unique_ptr<std::vector<unsig
     uint64 count = 0;
     bool haveSpecials = false;
     for (const SV& array : arrays) {
-        count += array->GetCount();
-        haveSpecials |= array->AsArray().HasSpecialValues();
+        if (const ValueArray<T>* const stored = TryAsStored<T>(*array)) {
+            count += stored->GetCount();
+            haveSpecials |= stored->HasSpecialValues();
+        } else {
+            count += array->GetCount();
+            haveSpecials |= array->AsArray().HasSpecialValues();
+        }
     }
     const lumsize_t total = LumSizeCastSafe(count);
     auto values = std::make_unique<std::vector<T>>();
@@ -88,12 +102,15 @@ SV CopyTogether(const std::vector<SV>& arrays, std::unique_ptr<std::vector<unsig
         kinds = std::make_unique<std::vector<SpecialKind>>();
         kinds->reserve(total);
     }
-    for (const SV& array : arrays) {
-        const ArrayAdapter<T> adapter(array);
-        AppendValues(adapter.GetArray(), *values);
+    const auto append = [&](const auto& array) {
+        AppendValues(array, *values);
         if (haveSpecials) {
-            AppendKinds(adapter.GetArray(), *kinds);
+            AppendKinds(array, *kinds);
         }
+    };
+    for (const SV& array : arrays) {
+        const ValueArray<T>* const stored = TryAsStored<T>(*array);
+        stored != nullptr ? append(*stored) : append(ArrayAdapter<T>(array).GetArray());
     }
     return factory::MakeArray<T>(arrays.front()->AsArray().GetElementType(), std::move(values),
                                  std::move(indices), std::move(kinds), order);
