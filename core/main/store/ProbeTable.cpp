@@ -91,20 +91,21 @@ bool ProbeTable<T>::FindBeyond(T value) const noexcept {
 template <StorageType T>
 template <bool kPrefetches>
 void ProbeTable<T>::FindBlock(const T* values, unsigned char* out, uint64 count) const noexcept {
-    const Bucket* const buckets = m_buckets.data();
-    if constexpr (kPrefetches) {
-        for (uint64 i = 0; i < count; ++i) {
-            __builtin_prefetch(buckets + HomeOf(values[i]));
+    const Bucket* homes[kBlock];
+    for (uint64 i = 0; i < count; ++i) {
+        homes[i] = &m_buckets[HomeOf(values[i])];
+        if constexpr (kPrefetches) {
+            __builtin_prefetch(homes[i]);
         }
     }
     // Those that are left over are put aside without a branch, which nobody could foresee.
-    uint64 leftOver[kBlock];
+    unsigned char leftOver[kBlock];
     uint64 leftOverCount = 0;
     for (uint64 i = 0; i < count; ++i) {
-        const Bucket& home = buckets[HomeOf(values[i])];
+        const Bucket& home = *homes[i];
         const bool isFound = home.Has(values[i]);
         out[i] = isFound ? 1 : 0;
-        leftOver[leftOverCount] = i;
+        leftOver[leftOverCount] = static_cast<unsigned char>(i);
         leftOverCount +=
             static_cast<uint64>(static_cast<int>(home.IsPassed()) & static_cast<int>(!isFound));
     }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <mutex>
+#include <new>
 #include <optional>
 #include <type_traits>
 
@@ -39,11 +40,15 @@ private:
         if (asked < std::max(kFewest, Table::kCost * members.size())) {
             return nullptr;
         }
-        std::call_once(m_flag, [&] {
-            if (m_table.emplace(members).IsUsable()) {
-                m_usable.store(&*m_table, std::memory_order_release);
-            }
-        });
+        try {
+            std::call_once(m_flag, [&] {
+                if (m_table.emplace(members).IsUsable()) {
+                    m_usable.store(&*m_table, std::memory_order_release);
+                }
+            });
+        } catch (const std::bad_alloc&) {
+            return nullptr;  // The container answers, too.
+        }
         return m_usable.load(std::memory_order_acquire);
     }
 
