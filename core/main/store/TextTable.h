@@ -15,8 +15,8 @@ namespace lum::core {
 /// it is while this lives.
 class TextTable {
 public:
-    /// How many look-ups of each string in the container pay for the table.
-    static constexpr uint64 kCost = 2;
+    /// How many look-ups of each string in the container pay for the table; half of that would do.
+    static constexpr uint64 kCost = 1;
 
     /// Cost: O(strings), and 24 to 48 bytes for each of them.
     explicit TextTable(const SetContainer<RIndirectString>& texts);

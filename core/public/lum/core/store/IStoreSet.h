@@ -49,8 +49,8 @@ public:
     /// The same of many values: `out` gets 1 in the place of each that is a member, else 0.
     /// Cost: one hash probe a value; numbers are looked up side by side. A set that is asked much
     /// makes a table for it, keeps it, and is several times as fast from then on: of numbers once
-    /// this was asked for 8 times as many as it has, of strings once this and Contains were for
-    /// twice as many, and for 1,024 either way. It takes 2 to 8 times the size of the numbers, or
+    /// this was asked for 8 times as many as it has, of strings once this and Contains were for as
+    /// many as it has, and for 1,024 either way. It takes 2 to 8 times the size of the numbers, or
     /// 24 to 48 bytes a string. Strings have one only where their collator is exact.
     /// Errors: OutOfBounds where `out` is shorter than `values`, nothing being written; those of
     /// Contains, at the value that has them.
