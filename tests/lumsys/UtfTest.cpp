@@ -3,6 +3,7 @@
 
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "lumsys/TStringCore.h"
@@ -105,6 +106,32 @@ std::string Encode(char32_t code) {
         bytes += byte(0x80 | (code >> 6 * i & 0x3F));
     }
     return bytes;
+}
+
+TEST(UtfTest, PlainRunsOfAnyLengthBesideOtherText) {
+    // Plain text is taken by words and by longer pieces, which end anywhere.
+    const std::pair<std::string, std::u16string> others[] = {
+        {"", u""}, {"\xC3\xA9", u"\u00E9"}, {"\xF0\x9F\x98\x80", u"\U0001F600"}};
+    std::vector<std::size_t> lengths{4095, 4096, 4097, 8200};
+    for (std::size_t length = 0; length <= 40; ++length) {
+        lengths.push_back(length);
+    }
+    for (const std::size_t length : lengths) {
+        SCOPED_TRACE(length);
+        std::string plain;
+        for (std::size_t i = 0; i < length; ++i) {
+            plain += static_cast<char>(i % 0x80);
+        }
+        for (const auto& [frontBytes, frontUnits] : others) {
+            for (const auto& [backBytes, backUnits] : others) {
+                const std::string bytes = frontBytes + plain + backBytes;
+                const TStringCore text = TStringCore::fromUtf8(bytes);
+                EXPECT_EQ(text.view(),
+                          frontUnits + std::u16string(plain.begin(), plain.end()) + backUnits);
+                EXPECT_EQ(text.toStdString(), bytes);
+            }
+        }
+    }
 }
 
 TEST(UtfTest, EveryCodePointGoesThereAndBack) {
