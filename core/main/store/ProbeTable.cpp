@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstring>
 #include <utility>
 
 namespace lum::core {
@@ -16,7 +17,41 @@ constexpr uint64 kBlock = 64;
 // The highest bit of a count, beside the number of values in the bucket.
 constexpr unsigned char kPassed = 0x80;
 
+// Whether a value is one of four. There is no branch for each, which nobody could foresee; numbers
+// of 32 bits are compared as one vector.
+bool IsAmongFour(unsigned int value, const unsigned int* four) noexcept {
+    using Lanes [[gnu::vector_size(4 * sizeof(value))]] = unsigned int;
+    Lanes lanes;
+    std::memcpy(&lanes, four, sizeof(lanes));
+    const auto areEqual = lanes == (Lanes{} + value);
+    uint64 halves[2];
+    std::memcpy(halves, &areEqual, sizeof(halves));
+    return (halves[0] | halves[1]) != 0;
+}
+bool IsAmongFour(unsigned long long value, const unsigned long long* four) noexcept {
+    int isFound = 0;
+    for (int i = 0; i < 4; ++i) {
+        isFound |= static_cast<int>(four[i] == value);
+    }
+    return isFound != 0;
+}
+
 }  // namespace
+
+template <StorageType T>
+inline bool ProbeTable<T>::Bucket::Has(T value) const noexcept {
+    return IsAmongFour(value, values);
+}
+
+template <StorageType T>
+inline uint64 ProbeTable<T>::HomeOf(T value) const noexcept {
+    // Two rounds of a multiplicative hash (Knuth, 1973), since regular distances between values
+    // could fall together in one.
+    uint64 hash = uint64{value} * 0x9E3779B97F4A7C15ull;
+    hash ^= hash >> 32;
+    hash *= 0xD6E8FEB86659FD93ull;
+    return hash >> m_shift;
+}
 
 template <StorageType T>
 ProbeTable<T>::ProbeTable(const SetContainer<T>& values) {

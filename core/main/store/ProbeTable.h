@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstring>
 #include <vector>
 
 #include "lum/core/store/Containers.h"
@@ -8,25 +7,6 @@
 #include "lum/core/utility/LumSize.h"
 
 namespace lum::core {
-
-/// Whether a value is one of four. There is no branch for each, which nobody could foresee; numbers
-/// of 32 bits are compared as one vector.
-inline bool IsAmongFour(unsigned int value, const unsigned int* four) noexcept {
-    using Lanes [[gnu::vector_size(4 * sizeof(value))]] = unsigned int;
-    Lanes lanes;
-    std::memcpy(&lanes, four, sizeof(lanes));
-    const auto areEqual = lanes == (Lanes{} + value);
-    uint64 halves[2];
-    std::memcpy(halves, &areEqual, sizeof(halves));
-    return (halves[0] | halves[1]) != 0;
-}
-inline bool IsAmongFour(unsigned long long value, const unsigned long long* four) noexcept {
-    int isFound = 0;
-    for (int i = 0; i < 4; ++i) {
-        isFound |= static_cast<int>(four[i] == value);
-    }
-    return isFound != 0;
-}
 
 /// A copy of a set of numbers in a form that answers a whole column of them: a table of buckets, of
 /// which each value has one for its home. A standard container follows two pointers and divides for
@@ -59,17 +39,10 @@ private:
     struct alignas(kRoom * sizeof(T)) Bucket {
         T values[kRoom];
         bool IsPassed() const noexcept { return values[0] > values[1]; }
-        bool Has(T value) const noexcept { return IsAmongFour(value, values); }
+        bool Has(T value) const noexcept;
     };
 
-    uint64 HomeOf(T value) const noexcept {
-        // Two rounds of a multiplicative hash (Knuth, 1973), since regular distances between values
-        // could fall together in one.
-        uint64 hash = uint64{value} * 0x9E3779B97F4A7C15ull;
-        hash ^= hash >> 32;
-        hash *= 0xD6E8FEB86659FD93ull;
-        return hash >> m_shift;
-    }
+    uint64 HomeOf(T value) const noexcept;
     bool Place(T value, std::vector<unsigned char>& counts);
     /// Find for as many as are looked up together.
     template <bool kPrefetches>
